@@ -1,0 +1,175 @@
+// The log of a run, and how a failure travels.
+//
+// The log tells how a run went: each record is one line, its items joined by one blank (a
+// "list-directed" record). A routine that finds a fault writes the lines that say what is wrong
+// and calls Log::fail; on the way up each level that holds a Tag adds its own name, so that the
+// last lines of the log are the stack trace of the failure, innermost first:
+//
+//     void read_patch(frame::Log& log, ...) {
+//       const frame::Tag tag(log, "(tsrf_module_patch)(read_patch)");
+//       if (area <= 0) log.data_error(frame::items("area =", area), "it must be > 0");
+//
+// Only the main program turns a failure into an exit status. Owned by the run; every routine that
+// reports anything receives it.
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <exception>
+#include <iosfwd>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "frame/numbers.hpp"
+
+namespace frame {
+
+class TextInput;
+
+/// A fault has been reported; the run unwinds to its abnormal end.
+struct Failure {};
+
+/// The run ends on the spot (a state that correct input cannot reach, or a file that cannot be
+/// opened); no tags are written. `status` is the process status.
+struct Stop {
+  int status;
+};
+
+inline constexpr int kStatusProgramError = 1;
+inline constexpr int kStatusOpenError = 2;
+inline constexpr int kStatusAccounts = 132;  ///< stop code 900 as the system keeps it
+inline constexpr int kStatusAbnormal = 231;  ///< stop code 999 as the system keeps it
+
+inline void append_item(std::string& out, std::string_view text) { out += text; }
+template <std::integral Int>
+void append_item(std::string& out, Int value) {
+  append_number(out, static_cast<std::int64_t>(value));
+}
+template <std::floating_point Real>
+void append_item(std::string& out, Real value) {
+  append_number(out, static_cast<double>(value));
+}
+
+/// The items of a record as one line: texts as they are, integers plain, reals in the shortest
+/// form that reads back to the same bits, joined by one blank.
+template <class First, class... Rest>
+std::string items(const First& first, const Rest&... rest) {
+  std::string text;
+  append_item(text, first);
+  ((text += ' ', append_item(text, rest)), ...);
+  return text;
+}
+
+class Log {
+ public:
+  /// `screen` takes what goes to standard output, `errors` what goes to standard error.
+  Log(std::ostream& screen, std::ostream& errors);
+  ~Log();
+  Log(const Log&) = delete;
+  Log& operator=(const Log&) = delete;
+
+  /// Opens the log file `name` and starts it anew. Throws Stop when it cannot be opened.
+  void open(const std::string& name);
+  /// From here on the log is standard output.
+  void use_screen();
+  [[nodiscard]] bool is_screen() const { return fd_ < 0; }
+
+  /// One record on the log.
+  template <class... Items>
+  void line(const Items&... values) {
+    write_line(items(values...));
+  }
+  /// One record on standard output.
+  template <class... Items>
+  void screen(const Items&... values) {
+    write_screen(items(values...));
+  }
+  /// One line on standard error, and the same on the log.
+  void error_and_log(std::string_view text);
+
+  /// Ends the run in order: writes the given lines and throws Failure.
+  template <class... Lines>
+  [[noreturn]] void fail(const Lines&... lines) {
+    (write_line(lines), ...);
+    unwind();
+  }
+  /// As fail, headed by "### error : data error".
+  template <class... Lines>
+  [[noreturn]] void data_error(const Lines&... lines) {
+    fail("### error : data error", lines...);
+  }
+  /// As fail, headed by an information line that names the file and the line in it where the last
+  /// record of `file` could not be read.
+  template <class... Lines>
+  [[noreturn]] void read_error(const TextInput& file, const Lines&... lines) {
+    write_read_fault(file);
+    fail(lines...);
+  }
+  /// Stops on the spot: the given lines ("### program error ...") go to standard output.
+  template <class... Lines>
+  [[noreturn]] void program_error(const Lines&... lines) {
+    (write_screen(lines), ...);
+    flush();
+    throw Stop{kStatusProgramError};
+  }
+
+  /// True from the call of fail on: what unwinds is a reported fault.
+  [[nodiscard]] bool failing() const { return failing_; }
+
+  /// One tag of the stack trace; called while a failure unwinds, so it never throws.
+  void note_tag(std::string_view text) noexcept;
+
+  /// Brings all lines to the file. Throws Stop, with a line on standard error, when the file
+  /// cannot take them (a full disk).
+  void flush();
+
+ private:
+  void write_line(std::string_view text);
+  void write_screen(std::string_view text);
+  void write_read_fault(const TextInput& file);
+  [[noreturn]] void unwind();
+
+  std::ostream& screen_;
+  std::ostream& errors_;
+  std::string name_;
+  std::string pending_;
+  int fd_ = -1;
+  bool failing_ = false;
+};
+
+/// Names a level of the program on the log when a reported fault passes through it. A text with a
+/// line break gives two lines.
+class Tag {
+ public:
+  Tag(Log& log, std::string_view text)
+      : log_(log), text_(text), exceptions_(std::uncaught_exceptions()) {}
+  ~Tag() {
+    if (std::uncaught_exceptions() > exceptions_ && log_.failing()) log_.note_tag(text_);
+  }
+  Tag(const Tag&) = delete;
+  Tag& operator=(const Tag&) = delete;
+
+ private:
+  Log& log_;
+  std::string_view text_;
+  int exceptions_;
+};
+
+/// Runs `take`, which takes memory; memory exhaustion becomes the orderly failure
+/// "### error : allocation failed".
+template <class Take>
+void allocating(Log& log, Take&& take) {
+  bool exhausted = false;
+  try {
+    take();
+  } catch (const std::bad_alloc&) {
+    exhausted = true;
+  } catch (const std::length_error&) {
+    exhausted = true;
+  }
+  if (exhausted) log.fail("### error : allocation failed");
+}
+
+}  // namespace frame

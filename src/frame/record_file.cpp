@@ -1,0 +1,133 @@
+#include "frame/record_file.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "frame/log.hpp"
+
+namespace frame {
+
+namespace {
+
+constexpr std::size_t kMark = sizeof(std::uint32_t);
+
+/// The file that a name stands for, links followed.
+std::string resolved(const std::string& name) {
+  char* path = ::realpath(name.c_str(), nullptr);
+  if (path == nullptr) return name;
+  std::string result = path;
+  std::free(path);
+  return result;
+}
+
+bool write_all(int fd, const void* data, std::size_t size) {
+  const char* at = static_cast<const char*>(data);
+  while (size > 0) {
+    const ssize_t written = ::write(fd, at, size);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    at += written;
+    size -= static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+bool write_records(int fd, std::span<const std::span<const std::byte>> records) {
+  for (const auto record : records) {
+    const auto mark = static_cast<std::uint32_t>(record.size());
+    if (!write_all(fd, &mark, kMark) || !write_all(fd, record.data(), record.size()) ||
+        !write_all(fd, &mark, kMark)) {
+      return false;
+    }
+  }
+  return ::fsync(fd) == 0;
+}
+
+/// Makes the rename itself durable.
+void sync_folder_of(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);
+  ::close(fd);
+}
+
+}  // namespace
+
+bool RecordFile::check_access() {
+  const int fd = ::open(name_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  if (fd < 0) {
+    reason_ = std::strerror(errno);
+    return false;
+  }
+  ::close(fd);
+  return true;
+}
+
+bool RecordFile::load() {
+  unload();
+  const int fd = ::open(name_.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return errno == ENOENT;
+  struct stat info {};
+  std::size_t filled = 0;
+  if (::fstat(fd, &info) == 0) content_.resize(static_cast<std::size_t>(info.st_size));
+  while (filled < content_.size()) {
+    const ssize_t got = ::read(fd, content_.data() + filled, content_.size() - filled);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    filled += static_cast<std::size_t>(got);
+  }
+  ::close(fd);
+  content_.resize(filled);
+  std::size_t at = 0;
+  while (at < content_.size()) {
+    std::uint32_t before = 0;
+    std::uint32_t after = 0;
+    if (content_.size() - at < 2 * kMark) return false;
+    std::memcpy(&before, content_.data() + at, kMark);
+    if (content_.size() - at - 2 * kMark < before) return false;
+    std::memcpy(&after, content_.data() + at + kMark + before, kMark);
+    if (before != after) return false;
+    records_.emplace_back(content_.data() + at + kMark, before);
+    at += before + 2 * kMark;
+  }
+  return true;
+}
+
+void RecordFile::unload() {
+  records_.clear();
+  content_.clear();
+  content_.shrink_to_fit();
+}
+
+void RecordFile::replace(Log& log, std::span<const std::span<const std::byte>> records) {
+  const std::string target = resolved(name_);
+  const std::string beside = target + ".new";
+  const auto fail = [&](int error) {
+    ::unlink(beside.c_str());
+    log.fail("### error : write error", items("file =", name_), std::strerror(error));
+  };
+  for (const auto record : records) {
+    if (record.size() > INT32_MAX) fail(EFBIG);
+  }
+  struct stat info {};
+  const mode_t mode = ::stat(target.c_str(), &info) == 0 ? info.st_mode & 07777 : 0666;
+  const int fd = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
+  if (fd < 0) fail(errno);
+  const bool written = write_records(fd, records);
+  const int error = errno;
+  const bool closed = ::close(fd) == 0;
+  if (!written) fail(error);
+  if (!closed || ::rename(beside.c_str(), target.c_str()) != 0) fail(errno);
+  sync_folder_of(target);
+}
+
+}  // namespace frame

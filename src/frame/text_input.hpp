@@ -1,0 +1,195 @@
+// An input file and its free-form records.
+//
+// A file is read whole (or mapped, when it is large) once and parsed in place, so counting passes
+// and rewinds cost no second read from disk. Records are free-form ("list-directed"): fields are
+// separated by blanks, tabs or commas; a record may run on over lines; surplus fields of its last
+// line are ignored; `3*1.0` repeats, `,,` leaves a value as it was, a slash ends the record early,
+// text may stand in quotes. Blank lines hold no record. Fields are taken as whole tokens: what is
+// not a number of the wanted kind is an error, never half a number.
+//
+// Opened by the table of units and handed to the readers of the data sets, all of which read
+// their files only through this class.
+#pragma once
+
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "frame/numbers.hpp"
+
+namespace frame {
+
+enum class ReadStatus {
+  ok,     ///< the record was read
+  end,    ///< no record is left
+  error,  ///< a field cannot be read, or the last record is cut short
+};
+
+/// Splits the text from a given place into the fields of one record. Internal to TextInput, with
+/// the common field (a plain number behind blanks) inline.
+class RecordScanner {
+ public:
+  RecordScanner(const char* first, const char* last) : at_(first), last_(last) {}
+
+  /// Reads the next field; false at the end of the text or on a field that cannot be read.
+  template <class Number>
+  bool field(Number& value) {
+    if (plain_) {
+      const char* p = at_;
+      while (p < last_ && (*p == ' ' || *p == '\t')) ++p;
+      if (p < last_ && ((*p >= '0' && *p <= '9') || *p == '-')) {
+        Number number{};
+        const auto [end, status] = std::from_chars(p, last_, number);
+        if (status == std::errc() && end < last_ && is_blank(*end) && usable(number)) {
+          value = number;
+          at_ = end;
+          after_value_ = true;
+          any_ = true;
+          return true;
+        }
+      }
+    }
+    return slow_field(value);
+  }
+  bool field(std::string& value);
+  template <class Number>
+  bool field(std::span<Number> values) {
+    for (Number& value : values) {
+      if (!field(value)) return false;
+    }
+    return true;
+  }
+  /// Passes over one field without looking at it.
+  bool skip_field();
+
+  /// The place behind the line in which the record ends.
+  [[nodiscard]] const char* end_of_record() const;
+  /// True when nothing of a record was found before the text ended.
+  [[nodiscard]] bool at_end() const { return ended_ && !any_; }
+  /// Where the last field was looked for.
+  [[nodiscard]] const char* place() const { return fault_ != nullptr ? fault_ : at_; }
+
+ private:
+  enum class Token { value, null, none };
+
+  static bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+  static bool usable(std::int32_t) { return true; }
+  static bool usable(double value) { return std::isfinite(value); }
+  static bool usable(float value) { return std::isfinite(value); }
+
+  template <class Number>
+  bool slow_field(Number& value) {
+    switch (next_token()) {
+      case Token::value:
+        return !quoted_ && parse_number(token_, value);
+      case Token::null:
+        return true;
+      case Token::none:
+        break;
+    }
+    return false;
+  }
+  Token next_token();
+  Token quoted_token();
+  bool take_repeat(std::string_view& token);
+
+  const char* at_;
+  const char* last_;
+  const char* fault_ = nullptr;
+  std::string_view token_;    // the text of the current value
+  std::string text_;          // a quoted value, its doubled quotes undone
+  std::int64_t repeats_ = 0;  // how often token_ is still to be given
+  bool repeat_null_ = false;  // what is repeated is a null
+  bool plain_ = true;         // no repeat is under way and no slash was met
+  bool ended_by_slash_ = false;
+  bool after_value_ = false;  // a comma that follows belongs to the value before it
+  bool quoted_ = false;
+  bool any_ = false;    // a field (or null) of the record was met
+  bool ended_ = false;  // the text ended while a field was wanted
+};
+
+class TextInput {
+ public:
+  /// A file held in memory under a name for messages.
+  TextInput(std::string name, std::string content);
+  /// Reads or maps the file `path`. On failure the result is not `good` and `reason` says why.
+  explicit TextInput(const std::string& path);
+  ~TextInput();
+  TextInput(const TextInput&) = delete;
+  TextInput& operator=(const TextInput&) = delete;
+
+  [[nodiscard]] bool good() const { return reason_.empty(); }
+  /// The system's reason why the file cannot be opened or read.
+  [[nodiscard]] const std::string& reason() const { return reason_; }
+  [[nodiscard]] const std::string& name() const { return name_; }
+  /// The whole text.
+  [[nodiscard]] std::string_view content() const {
+    return {first_, static_cast<std::size_t>(last_ - first_)};
+  }
+
+  /// Goes back to the first line.
+  void rewind() { at_ = first_; }
+  /// The place of the next record; `seek` returns to it.
+  [[nodiscard]] std::size_t tell() const { return static_cast<std::size_t>(at_ - first_); }
+  void seek(std::size_t place) { at_ = first_ + place; }
+  /// Passes over one line as it stands (a title); false when there is none.
+  bool skip_line();
+  /// Takes one line as it stands, without its line end; false when there is none.
+  bool next_line(std::string_view& line);
+
+  /// Reads one record into `fields` (int32_t, double, float, std::string, or std::span of
+  /// numbers); surplus fields are ignored. On `error` some fields may have been set, and
+  /// `fault_line` tells where.
+  template <class... Fields>
+  ReadStatus read(Fields&&... fields) {
+    RecordScanner scan(at_, last_);
+    if ((scan.field(fields) && ...)) {
+      advance(scan.end_of_record());
+      return ReadStatus::ok;
+    }
+    return failed(scan);
+  }
+
+  /// Number of records of `fields` fields from here to the end of the text; the place is kept. A
+  /// last record that is cut short counts.
+  [[nodiscard]] std::size_t count_records(std::size_t fields);
+  /// True when the rest of the text can hold `count` further values.
+  [[nodiscard]] bool can_hold(std::int64_t count) const;
+
+  /// Line (from 1) of the record or field that the last failed read could not take.
+  [[nodiscard]] std::int64_t fault_line() const;
+  /// Makes the present place the one that `fault_line` tells; for readers of other forms.
+  void mark_fault() { fault_ = at_; }
+
+ private:
+  void advance(const char* place) {
+    at_ = place;
+    if (mapped_ && at_ - released_ > kReleaseStep) release();
+  }
+  ReadStatus failed(const RecordScanner& scan);
+  void map(int fd, std::size_t size);
+  void slurp(int fd);
+  void release();
+
+  static constexpr std::ptrdiff_t kReleaseStep = 1 << 23;
+
+  std::string name_;
+  std::string reason_;
+  std::string owned_;
+  const char* first_ = nullptr;
+  const char* last_ = nullptr;
+  const char* at_ = nullptr;
+  const char* fault_ = nullptr;
+  const char* released_ = nullptr;
+  bool mapped_ = false;
+};
+
+/// Number of fields of a line, separated by blanks, tabs or commas; a quote (single or double)
+/// toggles a state in which separators do not split.
+[[nodiscard]] int count_fields(std::string_view line);
+
+}  // namespace frame

@@ -1,0 +1,60 @@
+// An output file of text.
+//
+// The file is opened at the start of a run, so that a name that cannot be written is found before
+// any work is done, but what stands in it is left alone until the first write: a start that fails
+// loses no earlier results. Lines are gathered and written in large pieces. Owned by the table of
+// units; filled by the result writers and the progress record.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace frame {
+
+class Log;
+
+class TextOutput {
+ public:
+  /// Opens `path` for writing without touching what it holds. On failure the result is not `good`.
+  explicit TextOutput(const std::string& path);
+  ~TextOutput();
+  TextOutput(const TextOutput&) = delete;
+  TextOutput& operator=(const TextOutput&) = delete;
+
+  [[nodiscard]] bool good() const { return fd_ >= 0; }
+  [[nodiscard]] const std::string& reason() const { return reason_; }
+  [[nodiscard]] const std::string& name() const { return name_; }
+
+  /// The buffer that the writer fills, line ends included; `flush` or a full buffer writes it.
+  [[nodiscard]] std::string& buffer() { return buffer_; }
+  /// To be called after each line: writes the buffer when it is large.
+  void line_done(Log& log) {
+    if (buffer_.size() >= kBufferLimit) write_out(log);
+  }
+  /// One whole line.
+  void line(Log& log, std::string_view text) {
+    buffer_ += text;
+    buffer_ += '\n';
+    line_done(log);
+  }
+  /// Starts the file over: what was written is dropped.
+  void rewind(Log& log);
+  /// Brings everything to the file. Fails, naming the file and the system's reason, when the
+  /// file cannot take it (a full disk).
+  void flush(Log& log) { write_out(log); }
+
+ private:
+  static constexpr std::size_t kBufferLimit = 1 << 20;
+
+  void write_out(Log& log);
+  void start_over(Log& log);
+  [[noreturn]] void fail(Log& log, int error) const;
+
+  std::string name_;
+  std::string reason_;
+  std::string buffer_;
+  int fd_ = -1;
+  bool started_ = false;
+};
+
+}  // namespace frame

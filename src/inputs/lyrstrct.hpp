@@ -1,0 +1,55 @@
+// tsrf_module_lyrstrct: from a material to the cells of a conduction column.
+//
+// Gives each land patch a graded ground column and each building surface its wall's layers, and
+// tells the largest number of cells. Called at the start, before the columns are made.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "frame/log.hpp"
+#include "inputs/matprp.hpp"
+#include "inputs/patch.hpp"
+
+namespace tsrf_module_lyrstrct {
+
+/// One part of a column: `cells` cells of one material.
+struct Part {
+  std::int32_t SurfCD = 0;
+  double thickness = 0.0;  ///< [m]
+  std::int32_t cells = 0;
+  double first_cell = -1.0;  ///< thickness of the first cell [m], or -1 for equal cells
+  double ratio = 1.0;        ///< growth of cell thickness
+};
+
+enum class Kind : std::int32_t { land = 1, building = 3 };
+
+struct Structure {
+  Kind kind = Kind::land;
+  std::vector<Part> parts;
+  [[nodiscard]] std::int32_t cells() const;
+};
+
+struct Data {
+  std::vector<Structure> structures;    ///< shared by all patches of one material
+  std::vector<std::int32_t> structure;  ///< per patch: position in `structures`, -1 for none
+  std::vector<std::int32_t> material;   ///< per patch: position of its material, -1 for none
+  std::vector<std::int32_t> building;   ///< per patch: position of its building, -1 for none
+};
+
+/// Ratio of growth and number of cells for a layer of thickness `zl`, first cell `dz`, at least
+/// `nmin` cells where dz nmin < zl. Stops the run when there is no such grading.
+struct Grading {
+  std::int32_t n;
+  double ratio;
+};
+Grading cal_gemtrc(frame::Log& log, std::int32_t nmin, double dz, double zl);
+
+/// Ground columns of all land patches; sets the sizes of the per-patch arrays.
+void lyrstrct_set_land(frame::Log& log, double dz, double zl, const tsrf_module_patch::Data& patch,
+                       const tsrf_module_matprp::Data& matprp, Data& data);
+
+/// One more than the largest number of cells of a patch's column; 2 where there is none.
+[[nodiscard]] std::int32_t column_size(const Data& data);
+
+}  // namespace tsrf_module_lyrstrct

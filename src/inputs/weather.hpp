@@ -1,0 +1,44 @@
+// tsrf_module_weather: the outside air and the measured radiation through time (Weather file).
+//
+// A dated series of eight items. Queried once a step at mid-step by tsrf_set_tqair; its current
+// values feed the air state of all patches and the sky fluxes.
+#pragma once
+
+#include <cstdint>
+
+#include "frame/log.hpp"
+#include "frame/text_input.hpp"
+#include "inputs/calendar.hpp"
+#include "inputs/dated_series.hpp"
+
+namespace tsrf_module_weather {
+
+inline constexpr double kNotGiven = -999.0;
+
+/// Current values.
+struct Weather {
+  double temperature = 0.0;   ///< [K]
+  double pressure = 0.0;      ///< [Pa]
+  double wind = 0.0;          ///< [m/s]
+  double humidity = 0.0;      ///< specific [kg/kg]
+  double Rhum = 0.0;          ///< relative [%]
+  double SunRad = kNotGiven;  ///< global horizontal [W/m2], or -999
+  double SunJdn = kNotGiven;  ///< direct normal [W/m2], or -999
+  double SunJsh = kNotGiven;  ///< scattered horizontal [W/m2], or -999
+  double AtmJsh = kNotGiven;  ///< atmospheric long-wave [W/m2], or -999
+};
+
+struct Data {
+  dated_series::Series series;
+  bool has_SunRad = false;  ///< some line has SunRad > 0 (after the check pass)
+  bool has_direct = false;
+  bool has_AtmJsh = false;
+  Weather now;
+};
+
+void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
+/// Brings data.now to `time` [s].
+void set_weather(frame::Log& log, frame::TextInput& file, double time,
+                 tsrf_module_calendar::Data& calendar, Data& data);
+
+}  // namespace tsrf_module_weather

@@ -1,0 +1,79 @@
+// tsrf_module_phydat: site, sun position, sky model, saturation humidity.
+//
+// The closed formulas that turn site, time and weather into the sun vector and the three sky
+// fluxes, and the humidity at saturation. Settings: groups DATE_AND_PLACE and JMK_RADSKY.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <span>
+
+#include "frame/log.hpp"
+#include "frame/text_input.hpp"
+#include "inputs/calendar.hpp"
+
+namespace tsrf_module_phydat {
+
+inline constexpr double kStefanBoltzmann = 5.6704e-8;         ///< [W/m2 K4]
+inline constexpr double kLatentHeat = 2501000.0;              ///< of vaporisation [J/kg]
+inline constexpr double kAirHeat = 1005.0;                    ///< specific heat of air [J/kg K]
+inline constexpr double kVapourRatio = 0.6219790084242508;    ///< molar mass of water over air
+inline constexpr double kVapourDeficit = 0.3780209915757492;  ///< 1 - kVapourRatio
+inline constexpr double kNotGiven = std::numeric_limits<double>::lowest();
+
+struct SunVector {
+  double x = 0.0;  ///< to the east
+  double y = 0.0;  ///< to the north
+  double z = 0.0;  ///< up: sine of the altitude
+};
+
+/// Fluxes from the sky [W/m2].
+struct SkyFluxes {
+  double direct = 0.0;     ///< direct normal
+  double scattered = 0.0;  ///< scattered, horizontal
+  double longwave = 0.0;   ///< atmospheric long-wave
+};
+
+struct Data {
+  std::array<std::int32_t, 4> DATE{};  ///< read, used by no formula
+  double LAT = kNotGiven;              ///< [deg]
+  double LNG = kNotGiven;              ///< [deg]
+  double RANGLE = kNotGiven;           ///< rotation of the site [deg]
+  double SDECL = kNotGiven;            ///< solar declination of the repeating day [deg]
+  double SHANGLE = 0.0;                ///< added to the hour angle [deg]
+  double PPA = kNotGiven;              ///< atmospheric transmittance now in force
+  std::array<double, 12> PPA_MONTH{0.76, 0.73, 0.69, 0.64, 0.63, 0.61,
+                                   0.61, 0.62, 0.65, 0.70, 0.74, 0.75};
+  double EVAP = 0.0;  ///< read and dropped
+  double TA = 0.0;    ///< read and dropped
+};
+
+void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
+/// Sun of the repeating day at `hour` (any value).
+SunVector sunvec_oneday(const Data& data, double hour);
+/// Sun of a dated run at model time `time` [s], in the stated single-precision roundings.
+SunVector sunvec_mltday(frame::Log& log, tsrf_module_calendar::Data& calendar, const Data& data,
+                        double time);
+/// Clear-sky direct normal and scattered flux for the sine of the solar altitude.
+SkyFluxes solar_split(const Data& data, double sinalt);
+/// Atmospheric long-wave flux (Brunt 1932) from air temperature [K] and vapour pressure [Pa].
+double atm_longrad(double T, double e);
+/// Takes the transmittance of `month` (1..12) into force.
+void set_ppa(Data& data, std::int32_t month);
+
+/// Saturation vapour pressure [Pa] and its slope [Pa/K] at T [K].
+struct Saturation {
+  double es;
+  double desdT;
+};
+Saturation satvap(double T);
+/// Specific humidity from vapour pressure over pressure.
+inline double humidity_of(double ratio) {
+  return kVapourRatio * ratio / (1.0 - kVapourDeficit * ratio);
+}
+/// Saturation specific humidity and its (simplified) slope of n surfaces.
+void satq(std::span<const double> P, std::span<const double> T, std::span<double> q,
+          std::span<double> dqdT);
+
+}  // namespace tsrf_module_phydat

@@ -1,0 +1,65 @@
+// tsrf_module_raddat: what the exchange of radiation works on.
+//
+// The map from patches to patch groups (PatchIndex file), the table of view factors among groups
+// (FormFactor file), the periodic pairs (PgidPrd file), the correction of areas, and the
+// radiosities that are carried from step to step. Settings: group TSRF_RADDAT.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "frame/code_index.hpp"
+#include "frame/log.hpp"
+#include "frame/text_input.hpp"
+#include "inputs/patch.hpp"
+
+namespace tsrf_module_raddat {
+
+struct Settings {
+  std::int32_t LCRADL = 1;   ///< > 0: long-wave exchange on
+  std::int32_t LCRADS = 1;   ///< > 0: short-wave exchange on
+  std::int32_t LOPREF = 10;  ///< sweeps a step
+  std::int32_t LVFSKY = 0;   ///< > 0: FormFactor rows carry the sky
+  std::int32_t LVFSWP = 0;   ///< > 0: rows are given in the reverse sense
+};
+
+/// View factors by destination group: entries first[g] .. first[g+1]-1 belong to group g, in file
+/// order, so that each group's sum keeps its order.
+struct ViewFactors {
+  struct Entry {
+    std::int32_t source;
+    float factor;
+  };
+  std::vector<std::int64_t> first;
+  std::vector<Entry> entries;
+};
+
+struct Data {
+  Settings settings;
+  std::int32_t NPGID = 0;          ///< number of groups
+  std::vector<std::int32_t> pgx;   ///< per patch: its group, from 0
+  std::vector<std::int32_t> PgID;  ///< per group: its identifier
+  frame::CodeIndex pgmap;          ///< PgID -> group; emptied after reading
+  ViewFactors view_factors;
+  std::vector<double> sky_factor;                          ///< per group
+  std::vector<std::pair<std::int32_t, std::int32_t>> prd;  ///< periodic pairs of groups
+  std::vector<double> c;                                   ///< per group: area correction
+  std::vector<double> JRl;  ///< per patch: long-wave radiosity [W/m2], 405 at first
+  std::vector<double> JRs;  ///< per patch: short-wave radiosity [W/m2], 0 at first
+};
+
+void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
+void read_lf2fr(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
+                Data& data);
+void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data);
+/// Reads the view factors; `skyvf0` receives each patch's sky view factor.
+void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
+                     Data& data, std::vector<double>& skyvf0);
+/// Takes the radiosity stores.
+void allocdata01(frame::Log& log, std::int32_t mpatch, Data& data);
+/// The correction of areas; patches whose group nothing sees get the whole sky.
+void tsrf_set_rdata(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data,
+                    std::vector<double>& skyvf0);
+
+}  // namespace tsrf_module_raddat

@@ -1,0 +1,40 @@
+// tsrf_module_shade: the sunlit fraction of each patch through time (Sun data).
+//
+// The fractions are made before the run, for its sun positions; here they are a dated series of
+// blocks, one line a patch. Queried once a step at the step's start.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "frame/log.hpp"
+#include "frame/text_input.hpp"
+#include "inputs/calendar.hpp"
+#include "inputs/dated_series.hpp"
+#include "inputs/patch.hpp"
+
+namespace tsrf_module_shade {
+
+/// Group TSRF_SHADE beyond the members of every series.
+struct Settings {
+  std::int32_t NITEM = 2;  ///< months kept packed (dated runs)
+  std::int32_t NBIT = 1;   ///< bits a fraction (dated runs)
+  std::array<std::int32_t, 2> MONTHS{0, 0};
+  std::array<std::int32_t, 2> DAYS{0, 0};
+};
+
+struct Data {
+  Settings settings;
+  dated_series::Series series;
+};
+
+/// Reads group TSRF_SHADE; `dated_run` tells which of its rules hold.
+void inputdata(frame::Log& log, frame::TextInput& control, bool dated_run, Data& data);
+/// Sunlit fraction of every patch at `time` [s], repeating-day form.
+void set_shade_oneday(frame::Log& log, frame::TextInput& file, double time,
+                      const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
+                      Data& data, std::span<double> fsun);
+
+}  // namespace tsrf_module_shade
