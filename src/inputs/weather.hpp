@@ -4,9 +4,11 @@
 // values feed the air state of all patches and the sky fluxes.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "frame/log.hpp"
+#include "frame/patch_table.hpp"
 #include "frame/text_input.hpp"
 #include "inputs/calendar.hpp"
 #include "inputs/dated_series.hpp"
@@ -30,14 +32,20 @@ struct Weather {
 
 struct Data {
   dated_series::Series series;
-  bool has_SunRad = false;  ///< some line has SunRad > 0 (after the check pass)
+  frame::PatchTable<double> values;  ///< a row of the eight items per stored line, as in the file
+  bool has_SunRad = false;           ///< some line has SunRad > 0 (after the check pass)
   bool has_direct = false;
   bool has_AtmJsh = false;
+  std::array<double, 8> line{};  ///< scratch: the line read last, what a null field keeps
   Weather now;
 };
 
+/// Reads group TSRF_WEATHER.
 void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
-/// Brings data.now to `time` [s].
+/// The check pass, run by the first query: every line of the file, and which items it gives.
+void check_data(frame::Log& log, frame::TextInput& file, Data& data);
+/// Brings data.now to `time` [s]. SunRad is a sum over the hour that ends at its line, so the later
+/// line's value holds between two lines; everything else is interpolated.
 void set_weather(frame::Log& log, frame::TextInput& file, double time,
                  tsrf_module_calendar::Data& calendar, Data& data);
 
