@@ -57,6 +57,17 @@ SunVector sunvec_mltday(frame::Log& log, tsrf_module_calendar::Data& calendar, c
                         double time);
 /// Clear-sky direct normal and scattered flux for the sine of the solar altitude.
 SkyFluxes solar_split(const Data& data, double sinalt);
+/// What the weather tells about the sky at one instant.
+struct MeasuredSky {
+  double temperature = 0.0;      ///< of the air [K]
+  double vapour_pressure = 0.0;  ///< of the air [Pa]
+  double SunRad = 0.0;           ///< global horizontal [W/m2]
+  double SunJdn = -1.0;          ///< direct normal [W/m2]; negative: not measured
+  double SunJsh = 0.0;           ///< scattered horizontal [W/m2], counts with SunJdn only
+  double AtmJsh = 0.0;           ///< atmospheric long-wave [W/m2]; 0 or less: not measured
+};
+/// Fluxes from the sky: what was measured, and where only the global flux was, its clear-sky split.
+SkyFluxes sky_fluxes(const Data& data, double sinalt, const MeasuredSky& measured);
 /// Atmospheric long-wave flux (Brunt 1932) from air temperature [K] and vapour pressure [Pa].
 double atm_longrad(double T, double e);
 /// Takes the transmittance of `month` (1..12) into force.

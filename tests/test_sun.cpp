@@ -1,0 +1,253 @@
+// Sun position, sky fluxes and humidity at saturation.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "radiation/phydat.hpp"
+#include "recorded_log.hpp"
+
+namespace {
+
+using namespace tsrf_module_phydat;
+
+constexpr double kDegrees = 180.0 / std::numbers::pi;
+constexpr std::array<int, 12> kMonths{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+
+Data site(double latitude, double longitude, double declination = 0.0) {
+  Data data;
+  data.LAT = latitude;
+  data.LNG = longitude;
+  data.SDECL = declination;
+  data.RANGLE = 0.0;
+  data.PPA = 0.7;
+  return data;
+}
+
+double zenith(const SunVector& sun) { return std::acos(sun.z) * kDegrees; }
+double azimuth(const SunVector& sun) {
+  const double angle = std::atan2(sun.x, sun.y) * kDegrees;
+  return angle < 0.0 ? angle + 360.0 : angle;
+}
+double length(const SunVector& sun) { return std::hypot(sun.x, sun.y, sun.z); }
+
+SunVector dated(const Data& data, double month, double day, double hour, double minute = 0.0,
+                double second = 0.0) {
+  RecordedLog recorded;
+  tsrf_module_calendar::Data calendar;
+  const double time =
+      tsrf_module_calendar::date2sec(calendar, {2003, month, day, hour, minute, second});
+  return sunvec_mltday(recorded.log, calendar, data, time);
+}
+
+// Reda and Andreas (2004), Solar Energy 76:577, table A5.1: 2003-10-17 12:30:30 at UTC-7, with the
+// declination and hour angle of the same table. The zenith there holds 0.0163 degrees refraction.
+TEST(Sun, AgreesWithTheWorkedExampleOfTheSolarPositionAlgorithm) {
+  Data golden = site(39.742476, -105.1786, -9.31434);
+  golden.SHANGLE = 11.1059;
+  const SunVector oneday = sunvec_oneday(golden, 12.0);
+  EXPECT_NEAR(zenith(oneday), 50.111622 + 0.0163, 3e-3);
+  EXPECT_NEAR(azimuth(oneday), 194.340241, 2e-3);
+  // The dated form counts as in a leap year (up to 0.4 degrees of declination) on the clock of
+  // UTC+9.
+  const SunVector mltday = dated(golden, 10, 18, 4, 30, 30);
+  EXPECT_NEAR(zenith(mltday), 50.111622, 0.5);
+  EXPECT_NEAR(azimuth(mltday), 194.340241, 0.5);
+}
+
+// Declination and equation of time as almanacs give them for a year after a leap year's end, at
+// noon of the clock's meridian; within a day's change of the declination and half a minute.
+TEST(Sun, DatedFormFollowsTheAlmanacThroughTheYear) {
+  struct Row {
+    double month, day, declination, minutes;
+  };
+  for (const Row& row : std::vector<Row>{{2, 11, -14.1, -14.2},
+                                         {3, 20, 0.0, -7.5},
+                                         {5, 14, 18.6, 3.7},
+                                         {6, 21, 23.44, -1.8},
+                                         {7, 26, 19.4, -6.5},
+                                         {9, 23, 0.0, 7.5},
+                                         {11, 3, -15.0, 16.4},
+                                         {12, 22, -23.44, 1.8}}) {
+    SCOPED_TRACE(testing::Message() << row.month << "/" << row.day);
+    EXPECT_NEAR(90.0 - zenith(dated(site(90, 135), row.month, row.day, 12)), row.declination, 0.45);
+    const SunVector equator = dated(site(0, 135), row.month, row.day, 12);
+    EXPECT_NEAR(4.0 * std::atan2(-equator.x, equator.z) * kDegrees, row.minutes, 0.5);
+  }
+}
+
+// The dated form once more, each operation in double precision and rounded by hand, with the day
+// counted on the calendar.
+SunVector dated_step_by_step(const Data& data, int leap_day, double clock_hours) {
+  const auto f = [](double value) { return static_cast<double>(static_cast<float>(value)); };
+  const double radian = static_cast<double>(0.017453292F);
+  const double w = f(leap_day * 0.01716717);
+  double degrees = 0.3622133 - 23.24763 * std::cos(w + 0.153231);
+  degrees = degrees - 0.3368908 * std::cos(2 * w + 0.2070988);
+  degrees = degrees - 0.1852646 * std::cos(3 * w + 0.6201293);
+  const double decl = f(f(degrees) * radian);
+  double hours = -0.0002786409 + 0.1227715 * std::cos(w + 1.498311);
+  hours = hours - 0.1654575 * std::cos(2 * w - 1.261546);
+  hours = hours - 0.00535383 * std::cos(3 * w - 1.1571);
+  const double angle = f((data.LNG - 135) + (f(hours) + f(clock_hours) - 12) * 15);
+  const double h = f(angle * radian);
+  const double lat = f(f(data.LAT) * radian);
+  const double sl = f(std::sin(lat)), cl = f(std::cos(lat));
+  const double sd = f(std::sin(decl)), cd = f(std::cos(decl));
+  const double sh = f(std::sin(h)), ch = f(std::cos(h));
+  return {-f(sh * cd), f(f(cl * sd) - f(f(sl * cd) * ch)), f(f(sd * sl) + f(f(cl * cd) * ch))};
+}
+
+TEST(Sun, DatedFormKeepsItsRoundingsToTheLastBit) {
+  for (const Data& data : {site(35.69, 139.77), site(-33.9, 18.4), site(90, 0), site(0, 135)}) {
+    int leap_day = 0;
+    for (int month = 1; month <= 12; ++month) {
+      for (int day = 1; day <= kMonths[static_cast<std::size_t>(month - 1)]; ++day) {
+        ++leap_day;
+        for (const int seconds : {0, 12345, 43200, 86399}) {
+          const SunVector sun =
+              dated(data, month, day, seconds / 3600, seconds / 60 % 60, seconds % 60);
+          const double clock = seconds / 3600 + seconds / 60 % 60 / 60.0 + seconds % 60 / 3600.0;
+          const SunVector plain = dated_step_by_step(data, leap_day, clock);
+          ASSERT_EQ(std::bit_cast<std::uint64_t>(sun.x), std::bit_cast<std::uint64_t>(plain.x));
+          ASSERT_EQ(sun.y, plain.y);
+          ASSERT_EQ(sun.z, plain.z);
+          ASSERT_NEAR(length(sun), 1.0, 3e-7);
+        }
+      }
+      if (month == 2) ++leap_day;
+    }
+  }
+}
+
+TEST(Sun, RepeatingDayIsSymmetricAboutNoonAtEverySite) {
+  for (double latitude = -90.0; latitude <= 90.0; latitude += 2.5) {
+    for (const double declination : {-23.44, -10.0, 0.0, 21.0, 23.44}) {
+      const Data data = site(latitude, 0, declination);
+      const SunVector noon = sunvec_oneday(data, 12.0);
+      ASSERT_NEAR(noon.z, std::cos((latitude - declination) / kDegrees), 1e-12);
+      for (double t = 0.0; t <= 12.0; t += 0.25) {
+        const SunVector morning = sunvec_oneday(data, 12.0 - t);
+        const SunVector evening = sunvec_oneday(data, 12.0 + t + 48.0);
+        ASSERT_NEAR(length(morning), 1.0, 1e-14);
+        // Near the zenith the azimuth comes from an arccos of nearly 1.
+        ASSERT_NEAR(morning.x, -evening.x, 1e-7);
+        ASSERT_NEAR(morning.y, evening.y, 1e-7);
+        ASSERT_NEAR(morning.z, evening.z, 1e-14);
+        ASSERT_NEAR(morning.x,
+                    std::cos(declination / kDegrees) * std::sin(t / 12 * std::numbers::pi), 1e-7);
+      }
+    }
+  }
+  EXPECT_NEAR(sunvec_oneday(site(51, 0, 0), 6.0).z, 0.0, 1e-15);
+}
+
+TEST(Sun, RotationOfTheSiteTurnsMorningAndAfternoonApart) {
+  Data data = site(35, 139, 10);
+  const double straight[2] = {azimuth(sunvec_oneday(data, 9)), azimuth(sunvec_oneday(data, 15))};
+  data.RANGLE = 5.0;
+  EXPECT_NEAR(azimuth(sunvec_oneday(data, 9)), straight[0] + 5.0, 1e-10);
+  EXPECT_NEAR(azimuth(sunvec_oneday(data, 15)), straight[1] - 5.0, 1e-10);
+}
+
+TEST(Sky, SplitsTheMeasuredFluxByTheClearSky) {
+  const Data data = site(0, 0);
+  for (const double sinalt : {1e-3, 0.1, 0.5, 1.0}) {
+    const SkyFluxes clear = solar_split(data, sinalt);
+    EXPECT_LT(sinalt * clear.direct + clear.scattered, 1365.0 * sinalt);
+    const SkyFluxes sky = sky_fluxes(data, sinalt, {.temperature = 290, .SunRad = 400});
+    EXPECT_NEAR(sinalt * sky.direct + sky.scattered, 400.0, 1e-10);
+    EXPECT_NEAR(sky.direct * clear.scattered, sky.scattered * clear.direct, 1e-9);
+  }
+  // Overhead sun: the beam is the transmittance's share of the solar constant.
+  EXPECT_DOUBLE_EQ(solar_split(data, 1.0).direct, 1365.0 * 0.7);
+}
+
+TEST(Sky, TakesMeasuredPartsWhereTheyAreGiven) {
+  struct Row {
+    double sinalt;
+    MeasuredSky measured;
+    double direct, scattered;
+  };
+  for (const Row& row : std::vector<Row>{{-0.2, {.SunRad = 7}, 0, 7},
+                                         {0.0, {.SunRad = 7}, 0, 7},
+                                         {0.5, {.SunRad = 0}, 0, 0},
+                                         {0.5, {.SunRad = 300, .SunJdn = 0, .SunJsh = 80}, 0, 80},
+                                         {-0.2, {.SunJdn = 20, .SunJsh = 8}, 20, 8}}) {
+    const SkyFluxes sky = sky_fluxes(site(0, 0), row.sinalt, row.measured);
+    EXPECT_EQ(sky.direct, row.direct);
+    EXPECT_EQ(sky.scattered, row.scattered);
+  }
+  const auto longwave = [](double measured) {
+    return sky_fluxes(site(0, 0), 0.5, {293.15, 1200.0, 0, -1, 0, measured}).longwave;
+  };
+  EXPECT_EQ(longwave(345.0), 345.0);
+  EXPECT_EQ(longwave(0.0), longwave(-999.0));
+  // Brunt's formula at 20 degC and 9 mmHg (1199.9 Pa): 0.754 of a black body.
+  EXPECT_NEAR(longwave(0.0), 0.754 * 418.76, 0.05);
+}
+
+TEST(Saturation, FollowsTheVapourTableAndItsOwnSlope) {
+  // Vapour pressure over water, WMO tables [degC, Pa]; the formula's constant heat of
+  // vaporisation takes it 6 % too high at 40 degC.
+  for (const auto& [celsius, pascal] : std::vector<std::pair<double, double>>{
+           {0, 611.2}, {10, 1227}, {20, 2337}, {30, 4243}, {40, 7378}}) {
+    EXPECT_NEAR(satvap(celsius + 273.15).es / pascal, 1.0, 0.06);
+  }
+  const std::vector<double> P{101325, 90000}, T{280, 310};
+  std::vector<double> q(2), slope(2);
+  satq(P, T, q, slope);
+  for (std::size_t i = 0; i < 2; ++i) {
+    const Saturation s = satvap(T[i]);
+    const double by_difference = (satvap(T[i] + 0.01).es - satvap(T[i] - 0.01).es) / 0.02;
+    EXPECT_NEAR(s.desdT / by_difference, 1.0, 1e-7);
+    EXPECT_NEAR(q[i], 0.62198 * s.es / (P[i] - 0.37802 * s.es), 1e-7);
+    EXPECT_NEAR(slope[i] / (0.62198 * s.desdT / P[i]), 1.0, 1e-5);
+  }
+}
+
+TEST(Settings, EveryFaultHasItsWords) {
+  const std::string place = "&DATE_AND_PLACE DATE=1,2,3,4 LAT=35 LNG=139 RANGLE=0 SDECL=21 /\n";
+  const std::string tags = "(tsrf_module_phydat)\n(inputdata)\n";
+  const auto lacks = [&](const std::string& name) {
+    return "### error : data error\nlack of data : " + name + "\n" + tags;
+  };
+  struct Row {
+    std::string text, end;
+  };
+  for (const Row& row :
+       std::vector<Row>{{"", lacks("sdecl")},
+                        {"&DATE_AND_PLACE LAT=1 /", lacks("sdecl")},
+                        {"&DATE_AND_PLACE SDECL=1 RANGLE=0 /", lacks("lat")},
+                        {"&DATE_AND_PLACE SDECL=1 LAT=1 /", lacks("lng")},
+                        {"&date_and_place sdecl=1 lat=1 lng=1 /", lacks("rangle")},
+                        {place, lacks("ppa")},
+                        {place + "&JMK_RADSKY EVAP=1 TA=2 /", lacks("ppa")},
+                        {place + "&JMK_RADSKY PPA=-0.5 /",
+                         "### error : data error\nppa = -0.5\nit must be > 0\n" + tags},
+                        {place + "&JMK_RADSKY PPA=0.5 PPA_MONTH(12)=0 /",
+                         "### error : data error\nm,ppa_month(m) = 12 0\nit must be > 0\n" + tags},
+                        {"&DATE_AND_PLACE LAT=x /",
+                         "namelist = date_and_place\niostat = 1\n(flw_nml_errmsg0)\n" + tags},
+                        {place + "&JMK_RADSKY PPA=0.5",
+                         "namelist = jmk_radsky\niostat = -1\n(flw_nml_errmsg0)\n" + tags}}) {
+    RecordedLog recorded;
+    frame::TextInput control("control", row.text);
+    Data data;
+    const std::string lines = recorded.lines_of([&] { inputdata(recorded.log, control, data); });
+    EXPECT_TRUE(lines.ends_with(row.end)) << lines;
+  }
+  RecordedLog recorded;
+  frame::TextInput control("control", "&JMK_RADSKY PPA=0.6 PPA_MONTH=2*0.5,,0.25 /\n" + place);
+  Data data;
+  inputdata(recorded.log, control, data);
+  set_ppa(data, 4);
+  EXPECT_EQ(data.PPA, 0.25);
+  set_ppa(data, 3);
+  EXPECT_EQ(data.PPA, 0.69);
+}
+
+}  // namespace
