@@ -1,0 +1,21 @@
+#include "results/io.hpp"
+
+#include "frame/namelist.hpp"
+
+namespace tsrf_module_io {
+
+void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
+  const frame::Tag tag(log, "(tsrf_module_io)(inputdata)");
+  frame::Group group("TSRF_IO", {{"TIMES", data.settings.TIMES},
+                                 {"REWIND_OUTFILE", data.settings.REWIND_OUTFILE}});
+  group.read(log, control);
+}
+
+void start_file(frame::Log& log, frame::TextOutput& file, std::string_view heading,
+                const Settings& settings, std::int32_t hour, FileStart& start) {
+  if (!starts_over(settings, hour, start)) return;
+  file.rewind(log);
+  file.line(log, heading);
+}
+
+}  // namespace tsrf_module_io
