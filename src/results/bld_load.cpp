@@ -1,0 +1,81 @@
+#include "results/bld_load.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+#include "results/row.hpp"
+
+namespace tsrf_module_io {
+
+namespace {
+
+constexpr std::size_t kHeadingWidth = 200;  // characters of a StHeat line that are taken over
+
+double volume_of(const tsrf_main01::Grid& grid, std::int32_t i, std::int32_t j, std::int32_t k) {
+  if (!grid.given) return 1.0;
+  return grid.axes[0].dx(i) * grid.axes[1].dx(j) * grid.axes[2].dx(k);
+}
+
+void write_heading(frame::Log& log, frame::TextOutput& file, frame::TextInput* stheat) {
+  bool any = false;
+  std::string_view line;
+  if (stheat != nullptr) stheat->rewind();
+  while (stheat != nullptr && stheat->next_line(line)) {
+    line = line.substr(0, kHeadingWidth);
+    file.line(log, line.substr(0, line.find_last_not_of(' ') + 1));
+    any = true;
+  }
+  if (!any) {
+    file.line(log, "#  I    J   K Hr      VclSens      VclLant      BldSens      BldLant");
+  }
+}
+
+}  // namespace
+
+void prep_bldload(frame::Log& log, const tsrf_module_patch::Data& patch,
+                  const tsrf_main01::Grid& grid, BldLoad& data) {
+  frame::allocating(log, [&] {
+    data.cells = list_cells(patch, {false, true}, CellOrder::j_fastest);
+    data.volume.resize(data.cells.size());
+    data.released.assign(data.cells.size(), CellHeat{});
+  });
+  for (std::size_t c = 0; c < data.cells.size(); ++c) {
+    data.volume[c] = volume_of(grid, data.cells.i[c], data.cells.j[c], data.cells.k[c]);
+  }
+}
+
+void sum_bldload(std::span<const double> sensible, std::span<const double> latent, BldLoad& data) {
+  std::fill(data.released.begin(), data.released.end(), CellHeat{});
+  for (std::size_t p = 0; p < data.cells.of_patch.size(); ++p) {
+    if (data.cells.of_patch[p] == CellList::kNone) continue;
+    CellHeat& cell = data.released[static_cast<std::size_t>(data.cells.of_patch[p])];
+    cell[0] += sensible[p];
+    cell[1] += latent[p];
+  }
+}
+
+void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput* stheat,
+                   const Settings& settings, std::int32_t sod, std::span<const CellHeat> released,
+                   BldLoad& data) {
+  if (!is_whole_hour(sod)) return;
+  const std::int32_t hour = hour_slot(sod);
+  if (starts_over(settings, hour, data.start)) {
+    file.rewind(log);
+    write_heading(log, file, stheat);
+  }
+  constexpr int kDecimals = 4;
+  Row row;
+  for (std::size_t c = 0; c < data.cells.size(); ++c) {
+    row.integer(data.cells.i[c], 4);
+    row.integer(data.cells.j[c], 5);
+    row.integer(data.cells.k[c], 4);
+    row.integer(hour, 3);
+    row.real(0.0, kDecimals);
+    row.real(0.0, kDecimals);
+    for (const double heat : released[c]) row.real(heat / data.volume[c], kDecimals);
+    row.end(log, file);
+  }
+  file.flush(log);
+}
+
+}  // namespace tsrf_module_io

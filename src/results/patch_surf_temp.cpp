@@ -1,0 +1,31 @@
+#include "results/patch_surf_temp.hpp"
+
+#include "results/row.hpp"
+
+namespace tsrf_module_io {
+
+void write_patchsurftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
+                         std::int32_t sod, const tsrf_module_patch::Data& patch,
+                         const PatchColumns& columns, FileStart& start) {
+  if (!is_whole_hour(sod)) return;
+  const std::int32_t hour = hour_slot(sod);
+  start_file(log, file, "# PID, i, j, k, hour, Temp, Rad_L, Rad_S", settings, hour, start);
+  Row row;
+  for (std::size_t p = 0; p < patch.PID.size(); ++p) {
+    row.integer(patch.PID[p], 8);
+    row.integer(patch.i[p], 5);
+    row.integer(patch.j[p], 5);
+    row.integer(patch.k[p], 5);
+    row.integer(hour, 3);
+    row.real(columns.temperature[p] - columns.zero);
+    row.real(columns.JRl.empty() ? 0.0 : columns.JRl[p]);
+    row.real(columns.JRs.empty() ? 0.0 : columns.JRs[p]);
+    row.real(columns.latent[p]);
+    row.real(columns.conductive[p]);
+    row.real(columns.area[p]);
+    row.end(log, file);
+  }
+  file.flush(log);
+}
+
+}  // namespace tsrf_module_io

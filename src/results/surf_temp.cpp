@@ -1,0 +1,77 @@
+#include "results/surf_temp.hpp"
+
+#include <cmath>
+
+#include "results/row.hpp"
+
+namespace tsrf_module_io {
+
+namespace {
+
+constexpr double kFlat = 0.001;  // a normal this near to upright is a roof's
+
+enum Kind : std::size_t { kWall, kGround, kRoof };
+
+Kind kind_of(std::int32_t type, double nz) {
+  if (type != tsrf_module_patch::kBuilding) return kGround;
+  return std::abs(nz - 1.0) < kFlat ? kRoof : kWall;
+}
+
+}  // namespace
+
+void prep_surftemp(frame::Log& log, const tsrf_module_patch::Data& patch,
+                   const tsrf_module_grdindx::Data& grid_index, SurfTemp& data) {
+  frame::allocating(log, [&] {
+    // Trees, mirrors and the far boundary are no surfaces that heat the air of a cell.
+    data.cells = list_cells(patch, {false, true, false, true, true, true, false, false},
+                            CellOrder::i_fastest);
+    data.swlr.assign(data.cells.size(), CellSums{});
+    data.tdrg.assign(data.cells.size(), CellSums{});
+    data.i = data.cells.i;
+    data.j = data.cells.j;
+  });
+  for (std::int32_t& i : data.i) i -= grid_index.ox;
+  for (std::int32_t& j : data.j) j -= grid_index.oy;
+  for (std::size_t p = 0; p < data.cells.of_patch.size(); ++p) {
+    if (data.cells.of_patch[p] == CellList::kNone) continue;
+    const auto cell = static_cast<std::size_t>(data.cells.of_patch[p]);
+    data.swlr[cell][kind_of(patch.type[p], patch.nz[p])] += patch.area[p];
+  }
+}
+
+void sum_surftemp(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Data& srfprp,
+                  const tsrf_module_data::Data& state, SurfTemp& data) {
+  std::fill(data.tdrg.begin(), data.tdrg.end(), CellSums{});
+  const std::span<const double> surface = state.tlyr.row(0);
+  for (std::size_t p = 0; p < data.cells.of_patch.size(); ++p) {
+    if (data.cells.of_patch[p] == CellList::kNone) continue;
+    CellSums& tdrg = data.tdrg[static_cast<std::size_t>(data.cells.of_patch[p])];
+    const double beta = srfprp.beta[static_cast<std::size_t>(state.isrf[p])];
+    const double exchange = patch.area[p] * state.hc[p];
+    tdrg[0] += exchange;
+    tdrg[1] += exchange * surface[p];
+    tdrg[2] += beta * patch.area[p] * state.hc[p];
+  }
+}
+
+void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
+                    std::int32_t sod, std::span<const CellSums> tdrg,
+                    std::span<const CellSums> swlr, SurfTemp& data) {
+  if (!is_whole_hour(sod)) return;
+  const std::int32_t hour = hour_slot(sod);
+  start_file(log, file, "# i,j,k,hour,tdrg(1:3),swlr(1:3)", settings, hour, data.start);
+  Row row;
+  for (std::size_t c = 0; c < data.cells.size(); ++c) {
+    row.integer(data.i[c], 6);
+    row.integer(data.j[c], 6);
+    row.integer(data.cells.k[c], 6);
+    row.integer(hour, 3);
+    // The reader of this file keeps single precision.
+    for (const double value : tdrg[c]) row.real(static_cast<float>(value));
+    for (const double value : swlr[c]) row.real(static_cast<float>(value));
+    row.end(log, file);
+  }
+  file.flush(log);
+}
+
+}  // namespace tsrf_module_io
