@@ -26,11 +26,11 @@ bool next_text_line(frame::TextInput& file, std::string_view& line) {
 }
 
 void check_columns(frame::Log& log, frame::TextInput& file, const Words& words,
-                   std::int32_t columns, const Settings& settings) {
+                   std::int64_t columns, const Settings& settings) {
   file.rewind();
   std::string_view line;
   if (!file.skip_line() || !next_text_line(file, line)) return;
-  const std::int32_t found = frame::count_fields(line) - columns;
+  const std::int64_t found = frame::count_fields(line) - columns;
   const std::int32_t wanted = settings.LDATE[1] - settings.LDATE[0] + 1;
   if (found == wanted) return;
   log.data_error(items(of_data("no. of date elements", words.counted), found),
@@ -242,11 +242,7 @@ std::vector<frame::Member> members(Settings& settings, Hour hour) {
       {"LDATE", std::span<std::int32_t>(settings.LDATE), check_ldate}};
 }
 
-void reset(Series& series) {
-  const Settings settings = series.settings;
-  series = Series{};
-  series.settings = settings;
-}
+void reset(Series& series) { series = Series(series.settings); }
 
 std::string text(const IntDate& date) {
   return items(date[0], date[1], date[2], date[3], date[4], date[5]);
@@ -256,7 +252,14 @@ std::string of_data(std::string_view item, std::string_view data) {
   return items(item, "in", data, "data =");
 }
 
-void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::int32_t columns,
+void check_same_date(frame::Log& log, const Words& words, const IntDate& date,
+                     const IntDate& of_block, std::int64_t line) {
+  if (date == of_block) return;
+  log.data_error(items(of_data("date", words.data), text(date)),
+                 items("it must be =", text(of_block)), items("line no. =", line));
+}
+
+void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::int64_t columns,
                 frame::FunctionRef<ReadStatus(Counter&, IntDate&)> check, Series& series) {
   check_columns(log, file, words, columns, series.settings);
   file.rewind();

@@ -58,6 +58,9 @@ struct Words {
 };
 
 struct Series {
+  Series() = default;
+  explicit Series(const Settings& with) : settings(with) {}
+
   Settings settings;
 
   // From the check pass.
@@ -101,10 +104,10 @@ struct Counter {
 /// The check pass: the number of fields of the first record (`columns` of them values), then every
 /// unit by `check`, which reads the next one, fills its date and checks its values; then the date.
 /// Sets the number of units and the first and last date.
-void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::int32_t columns,
+void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::int64_t columns,
                 frame::FunctionRef<frame::ReadStatus(Counter&, IntDate&)> check, Series& series);
 
-/// Reads the records of one block: `record` reads the n-th (from 0). The end of the file before
+/// Reads the records of one block: `record(n)` reads the n-th, from 0. The end of the file before
 /// the first is the end of the series, behind it a fault.
 template <class Record>
 frame::ReadStatus read_block(frame::Log& log, frame::TextInput& file, const Words& words,
@@ -118,6 +121,28 @@ frame::ReadStatus read_block(frame::Log& log, frame::TextInput& file, const Word
     return status;
   }
   return frame::ReadStatus::ok;
+}
+
+/// Fails unless a record has the date of its block.
+void check_same_date(frame::Log& log, const Words& words, const IntDate& date,
+                     const IntDate& of_block, std::int64_t line);
+
+/// One block in the check pass: `record(line, on_record)` reads a record, the elements of its date
+/// into the span; when the date is that of the block `check(line)` follows.
+template <class Record, class Check>
+frame::ReadStatus check_block(frame::Log& log, frame::TextInput& file, const Words& words,
+                              const Settings& settings, std::int32_t records, Counter& at,
+                              IntDate& date, Record&& record, Check&& check) {
+  at.line = (at.time - 1) * records + 1;
+  return read_block(log, file, words, records, [&](std::int32_t n) {
+    IntDate of_record = date;
+    const frame::ReadStatus status = record(at.line + n, on_record(settings, of_record));
+    if (status != frame::ReadStatus::ok) return status;
+    if (n == 0) date = of_record;
+    check_same_date(log, words, of_record, date, at.line + n);
+    check(at.line + n);
+    return status;
+  });
 }
 
 /// A series' file as its module reads it.
@@ -138,6 +163,14 @@ struct Bracket {
 
 inline double mix(double weight, double lower, double upper) {
   return (1.0 - weight) * lower + weight * upper;
+}
+/// The same for all values of a unit; single-precision values are mixed in double.
+template <class Real>
+void mix(double weight, std::span<const Real> lower, std::span<const Real> upper,
+         std::span<double> result) {
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    result[i] = mix(weight, static_cast<double>(lower[i]), static_cast<double>(upper[i]));
+  }
 }
 
 /// Finds the units round `time`. The first query runs the check pass. Any order of times will do;

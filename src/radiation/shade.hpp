@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "frame/log.hpp"
+#include "frame/patch_table.hpp"
 #include "frame/text_input.hpp"
 #include "inputs/calendar.hpp"
 #include "inputs/dated_series.hpp"
@@ -21,18 +22,32 @@ namespace tsrf_module_shade {
 struct Settings {
   std::int32_t NITEM = 2;  ///< months kept packed (dated runs)
   std::int32_t NBIT = 1;   ///< bits a fraction (dated runs)
-  std::array<std::int32_t, 2> MONTHS{0, 0};
-  std::array<std::int32_t, 2> DAYS{0, 0};
+  std::array<std::int32_t, 2> MONTHS{0,
+                                     0};   ///< months with Sun files (dated runs); 0, 0: none given
+  std::array<std::int32_t, 2> DAYS{0, 0};  ///< days of a month with Sun files; 0, 0: all
 };
 
 struct Data {
   Settings settings;
-  dated_series::Series series;
+  dated_series::Series series{dated_series::Settings{.NSTRDT = 2}};
+  frame::PatchTable<float> fractions;  ///< a row per stored block
+  std::vector<std::int32_t> seen;  ///< scratch: per patch, number of the block that gave it last
+  std::int32_t blocks_read = 0;
 };
 
 /// Reads group TSRF_SHADE; `dated_run` tells which of its rules hold.
 void inputdata(frame::Log& log, frame::TextInput& control, bool dated_run, Data& data);
-/// Sunlit fraction of every patch at `time` [s], repeating-day form.
+
+/// Sunlit fraction of every patch at `time` [s], the entry of both forms. `file` is the Sun file of
+/// a repeating-day run.
+void set_shade(frame::Log& log, frame::TextInput* file, double time,
+               const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
+               Data& data, std::span<double> fsun);
+
+/// The check pass of the repeating-day form, run by the first query.
+void check_data(frame::Log& log, frame::TextInput& file, std::int32_t mpatch, Data& data);
+/// The repeating-day form: interpolates between the blocks round `time`. A block has one line for
+/// every patch; fractions beyond 0..1 are taken as 0 or 1.
 void set_shade_oneday(frame::Log& log, frame::TextInput& file, double time,
                       const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                       Data& data, std::span<double> fsun);

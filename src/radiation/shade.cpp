@@ -1,0 +1,93 @@
+#include "radiation/shade.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace tsrf_module_shade {
+
+namespace {
+
+using dated_series::IntDate;
+using frame::ReadStatus;
+
+constexpr dated_series::Words kWords{
+    "Sun", "(tsrf_module_shade)", "(set_shade_oneday)", "%%% read shade : date=", "Sun",
+    "Sun", "time no. ="};
+constexpr std::int32_t kColumns = 3;
+
+/// A line behind its date.
+struct Line {
+  std::int32_t index = 0;  ///< running number, of no use here
+  std::int32_t PID = 0;
+  float fraction = 0.0F;
+};
+
+ReadStatus read_line(frame::TextInput& file, std::span<std::int32_t> date, Line& line) {
+  return file.read(date, line.index, line.PID, line.fraction);
+}
+
+/// Reads a block into its row.
+ReadStatus read_block(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
+                      IntDate& date, Data& data, std::span<float> row) {
+  const std::span<std::int32_t> on_record = dated_series::on_record(data.series.settings, date);
+  const std::int32_t block = ++data.blocks_read;
+  Line line;
+  return dated_series::read_block(log, file, kWords, patch.mpatch, [&](std::int32_t n) {
+    const ReadStatus status = read_line(file, on_record, line);
+    if (status != ReadStatus::ok) return status;
+    // As a rule the lines come in the order of the patches.
+    const auto guess = static_cast<std::size_t>(n);
+    const std::int32_t found = patch.PID[guess] == line.PID ? n : patch.by_pid.find(line.PID);
+    const auto p = static_cast<std::size_t>(found);
+    if (found < 0 || data.seen[p] == block) {
+      log.program_error("### program error -2- (tsrf_module_shade)", "(set_shade_oneday)");
+    }
+    data.seen[p] = block;
+    row[p] = std::clamp(line.fraction, 0.0F, 1.0F);
+    return status;
+  });
+}
+
+}  // namespace
+
+void set_shade(frame::Log& log, frame::TextInput* file, double time,
+               const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
+               Data& data, std::span<double> fsun) {
+  const frame::Tag tag(log, "(tsrf_module_shade)(set_shade)");
+  set_shade_oneday(log, *file, time, patch, calendar, data, fsun);
+}
+
+void check_data(frame::Log& log, frame::TextInput& file, std::int32_t mpatch, Data& data) {
+  const frame::Tag tag(log, "(tsrf_module_shade)(check_data)");
+  Line line;
+  const auto read = [&](std::int64_t, std::span<std::int32_t> date) {
+    return read_line(file, date, line);
+  };
+  const auto check = [&](dated_series::Counter& at, IntDate& date) {
+    return dated_series::check_block(log, file, kWords, data.series.settings, mpatch, at, date,
+                                     read, [](std::int64_t) {});
+  };
+  dated_series::check_pass(log, file, kWords, kColumns, check, data.series);
+}
+
+void set_shade_oneday(frame::Log& log, frame::TextInput& file, double time,
+                      const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
+                      Data& data, std::span<double> fsun) {
+  const frame::Tag tag(log, "(tsrf_module_shade)(set_shade_oneday)");
+  if (patch.mpatch == 0) return;
+  const auto check = [&] { check_data(log, file, patch.mpatch, data); };
+  const auto prepare = [&](std::int32_t slots) {
+    data.fractions = frame::PatchTable<float>(patch.mpatch, slots);
+    data.seen.assign(static_cast<std::size_t>(patch.mpatch), 0);
+  };
+  const auto read = [&](std::int32_t slot, IntDate& date) {
+    return read_block(log, file, patch, date, data, data.fractions.row(slot));
+  };
+  const dated_series::Source source{kWords, check, prepare, read};
+  const dated_series::Bracket at =
+      dated_series::find(log, file, time, calendar, source, data.series);
+  const auto& fractions = std::as_const(data.fractions);
+  dated_series::mix(at.weight, fractions.row(at.lower), fractions.row(at.upper), fsun);
+}
+
+}  // namespace tsrf_module_shade
