@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -33,6 +34,16 @@ struct ViewFactors {
   };
   std::vector<std::int64_t> first;
   std::vector<Entry> entries;
+
+  /// Entries of destination g.
+  [[nodiscard]] std::span<const Entry> of(std::size_t g) const {
+    return std::span(entries).subspan(static_cast<std::size_t>(first[g]),
+                                      static_cast<std::size_t>(first[g + 1] - first[g]));
+  }
+  [[nodiscard]] std::span<Entry> of(std::size_t g) {
+    return std::span(entries).subspan(static_cast<std::size_t>(first[g]),
+                                      static_cast<std::size_t>(first[g + 1] - first[g]));
+  }
 };
 
 struct Data {
@@ -49,16 +60,24 @@ struct Data {
   std::vector<double> JRs;  ///< per patch: short-wave radiosity [W/m2], 0 at first
 };
 
+/// Reads group TSRF_RADDAT.
 void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
+/// Reads the PatchIndex file: the group of every patch.
 void read_lf2fr(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
                 Data& data);
+/// Reads the PgidPrd file; one without lines gives no pairs. Needs the groups of read_lf2fr.
 void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data);
-/// Reads the view factors; `skyvf0` receives each patch's sky view factor.
+/// Reads the FormFactor file; `skyvf0` receives each patch's sky view factor. The last of the
+/// readers: it drops `pgmap`.
 void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
                      Data& data, std::vector<double>& skyvf0);
-/// Takes the radiosity stores.
+/// Takes the radiosity stores and the corrections, at their first values.
 void allocdata01(frame::Log& log, std::int32_t mpatch, Data& data);
-/// The correction of areas; patches whose group nothing sees get the whole sky.
+/// Sums of a value per patch over the patches of each group, in the order of patches.
+std::vector<double> group_sums(const Data& data, std::span<const double> values);
+/// The correction of areas: what a group receives through its view factors is scaled to the part
+/// of its area that the sky leaves, so that a table whose rows were truncated still closes.
+/// Patches whose group nothing sees get the whole sky.
 void tsrf_set_rdata(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data,
                     std::vector<double>& skyvf0);
 

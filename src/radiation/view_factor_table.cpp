@@ -1,0 +1,50 @@
+#include "radiation/view_factor_table.hpp"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace tsrf_module_raddat {
+
+ViewFactorGatherer::ViewFactorGatherer(std::int32_t groups)
+    : width_(std::clamp((static_cast<std::uint32_t>(groups) + kSpans - 1) / kSpans, 1U, kWidest)),
+      spans_((static_cast<std::uint32_t>(groups) + width_ - 1) / width_),
+      counts_(static_cast<std::size_t>(groups)) {}
+
+void ViewFactorGatherer::open_block(Span& span) {
+  // Left as it comes: pages that are never filled never take memory.
+  span.blocks.push_back(std::make_unique_for_overwrite<Block>());
+  span.filled = 0;
+}
+
+ViewFactors ViewFactorGatherer::take_table() {
+  ViewFactors table;
+  table.first.resize(counts_.size() + 1);
+  std::inclusive_scan(counts_.begin(), counts_.end(), table.first.begin() + 1);
+  table.entries.reserve(static_cast<std::size_t>(table.first.back()));
+  for (std::size_t i = 0; i < spans_.size(); ++i) sort_span(i, table);
+  counts_.clear();
+  return table;
+}
+
+void ViewFactorGatherer::sort_span(std::size_t index, ViewFactors& table) {
+  const std::size_t begin = index * width_;
+  const std::size_t end = std::min(begin + width_, counts_.size());
+  std::vector<std::int64_t> next(table.first.begin() + static_cast<std::ptrdiff_t>(begin),
+                                 table.first.begin() + static_cast<std::ptrdiff_t>(end));
+  // The table grows span by span, within the memory reserved, so that its pages are taken only
+  // as those of the blocks are given back.
+  table.entries.resize(static_cast<std::size_t>(table.first[end]));
+  Span& span = spans_[index];
+  for (auto& block : span.blocks) {
+    const std::size_t count = block == span.blocks.back() ? span.filled : kBlock;
+    for (std::size_t k = 0; k < count; ++k) {
+      const auto to = static_cast<std::size_t>(next[block->place[k]]++);
+      table.entries[to] = {block->source[k], block->factor[k]};
+    }
+    block.reset();
+  }
+  span = {};
+}
+
+}  // namespace tsrf_module_raddat

@@ -1,0 +1,165 @@
+#include <algorithm>
+#include <optional>
+#include <span>
+
+#include "radiation/raddat.hpp"
+#include "radiation/view_factor_table.hpp"
+
+namespace tsrf_module_raddat {
+
+namespace {
+
+constexpr double kGreatestFactor = 1.0001;  // some rounding in the file is tolerated
+constexpr double kGreatestSum = 1.01;
+constexpr std::int32_t kSky = 0;  // stands for the sky as second group
+
+/// One line of the file.
+struct Row {
+  std::int32_t first_rank = 0;
+  std::int32_t SrcPgID = 0;
+  std::int32_t second_rank = 0;
+  std::int32_t DstPgID = 0;
+  double FormFct = 0.0;
+};
+
+/// What the lines say of each group beside the table.
+struct Groups {
+  explicit Groups(std::size_t n) : sky(n), sum(n), sky_line(n) {}
+  std::vector<double> sky;             // its sky factor
+  std::vector<double> sum;             // of the view factors whose first group it is
+  std::vector<std::int64_t> sky_line;  // line of its sky row, from 1; 0 for none
+};
+
+std::int32_t group_of(frame::Log& log, const Data& data, std::int32_t id, const char* words) {
+  const std::int32_t group = data.pgmap.find(id);
+  if (group < 0) {
+    log.data_error(frame::items(words, id), "it is not defined in PatchIndex data");
+  }
+  return group;
+}
+
+void take_sky(frame::Log& log, const Row& row, std::int64_t line, std::size_t group,
+              Groups& groups) {
+  std::int64_t& earlier = groups.sky_line[group];
+  if (earlier != 0) {
+    log.data_error(frame::items("SrcPgID of FormFactor data =", row.SrcPgID),
+                   "it is specified redundantly in line no. n1 & n2",
+                   frame::items("n1,n2 =", earlier, line));
+  }
+  earlier = line;
+  groups.sky[group] = row.FormFct;
+}
+
+void take_row(frame::Log& log, const Data& data, Row row, std::int64_t line, Groups& groups,
+              ViewFactorGatherer& table) {
+  if (row.FormFct < 0.0 || row.FormFct > kGreatestFactor) {
+    log.data_error(frame::items("FormFct =", row.FormFct), "it must be >= 0 and <= 1");
+  }
+  row.FormFct = std::min(row.FormFct, 1.0);
+  const std::int32_t first = group_of(log, data, row.SrcPgID, "SrcPgID of FormFactor data =");
+  const auto g = static_cast<std::size_t>(first);
+  if (row.DstPgID == kSky) {
+    take_sky(log, row, line, g, groups);
+    return;
+  }
+  const std::int32_t second = group_of(log, data, row.DstPgID, "DstPgID of FormFactor data =");
+  const auto factor = static_cast<float>(row.FormFct);
+  if (data.settings.LVFSWP > 0) {
+    table.add(second, first, factor);
+  } else {
+    table.add(first, second, factor);
+  }
+  groups.sum[g] += row.FormFct;
+}
+
+void take_rows(frame::Log& log, frame::TextInput& file, const Data& data, Groups& groups,
+               ViewFactorGatherer& table) {
+  file.rewind();
+  file.skip_line();
+  Row row;
+  std::int64_t line = 0;
+  for (;;) {
+    const auto status =
+        file.read(row.first_rank, row.SrcPgID, row.second_rank, row.DstPgID, row.FormFct);
+    if (status == frame::ReadStatus::end) break;
+    if (status == frame::ReadStatus::error) {
+      log.read_error(file, "### read error : FormFactor data");
+    }
+    take_row(log, data, row, ++line, groups, table);
+  }
+  if (line == 0) log.data_error("lack of FormFactor data");
+}
+
+void check_given_sky(frame::Log& log, const Data& data, const Groups& groups) {
+  for (std::size_t g = 0; g < groups.sky.size(); ++g) {
+    const std::string id = frame::items("SrcPgID of FormFactor data =", data.PgID[g]);
+    if (groups.sky_line[g] == 0) {
+      log.line("%%% warning : data error");
+      log.line(id);
+      log.line("it does not have view factor of sky");
+    }
+    const double sum = groups.sky[g] + groups.sum[g];
+    if (sum > kGreatestSum) {
+      log.data_error(id, frame::items("sum of view factor =", sum), "it must be < 1.01");
+    }
+  }
+}
+
+/// The sky is what the other groups leave.
+void find_sky(frame::Log& log, const Data& data, Groups& groups) {
+  for (std::size_t g = 0; g < groups.sky.size(); ++g) {
+    if (groups.sky_line[g] != 0) {
+      log.data_error(frame::items("SrcPgID of FormFactor data =", data.PgID[g]),
+                     "it has view factor of sky");
+    }
+    groups.sky[g] = std::clamp(1.0 - groups.sum[g], 0.0, 1.0);
+  }
+}
+
+/// Reciprocity: factors measured from the destination become shares of the source's power.
+void turn_round(const std::vector<double>& area, ViewFactors& table) {
+  for (std::size_t g = 0; g + 1 < table.first.size(); ++g) {
+    for (ViewFactors::Entry& entry : table.of(g)) {
+      const double share = static_cast<double>(entry.factor) * area[g] /
+                           area[static_cast<std::size_t>(entry.source)];
+      entry.factor = static_cast<float>(share);
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<double> group_sums(const Data& data, std::span<const double> values) {
+  std::vector<double> sums(static_cast<std::size_t>(data.NPGID));
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    sums[static_cast<std::size_t>(data.pgx[i])] += values[i];
+  }
+  return sums;
+}
+
+void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
+                     Data& data, std::vector<double>& skyvf0) {
+  const frame::Tag tag(log, "(tsrf_module_raddat)(read_viewfactor)");
+  frame::allocating(log, [&] {
+    Groups groups(static_cast<std::size_t>(data.NPGID));
+    {
+      ViewFactorGatherer table(data.NPGID);
+      data.view_factors = {};
+      take_rows(log, file, data, groups, table);
+      data.view_factors = table.take_table();
+    }
+    if (data.settings.LVFSKY > 0) {
+      check_given_sky(log, data, groups);
+    } else {
+      find_sky(log, data, groups);
+    }
+    if (data.settings.LVFSWP > 0) turn_round(group_sums(data, patch.area), data.view_factors);
+    for (std::size_t i = 0; i < data.pgx.size(); ++i) {
+      skyvf0[i] = groups.sky[static_cast<std::size_t>(data.pgx[i])];
+    }
+    data.sky_factor = std::move(groups.sky);
+  });
+  data.pgmap = {};
+}
+
+}  // namespace tsrf_module_raddat
