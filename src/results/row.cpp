@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -21,8 +22,9 @@ struct Scaled {
   int exponent;
 };
 
-constexpr int kLeastPower = -304;
+constexpr int kLeastPower = -323;
 constexpr int kGreatestPower = 329;
+constexpr int kGreatestExponent = std::numeric_limits<double>::max_exponent10;
 constexpr Wide kTopBit = static_cast<Wide>(1) << 127;
 
 /// Powers of ten, each at most one unit of the mantissa below its true value.
@@ -53,6 +55,8 @@ constexpr auto kPowers = [] {
   return table;
 }();
 
+Scaled power_of_ten(int k) { return kPowers[static_cast<std::size_t>(k - kLeastPower)]; }
+
 /// The bits of a positive finite number, denormal ones included.
 Scaled scaled(double value) {
   constexpr int kFractionBits = 52;
@@ -65,100 +69,122 @@ Scaled scaled(double value) {
   return {mantissa << shift, std::max(biased, 1) - kBias - shift};
 }
 
-/// A positive number as `digits` * 10^(exponent - decimals).
+/// A positive number as `digits` * 10^(exponent - Decimals).
 struct Decimal {
   std::uint32_t digits;
   int exponent;
 };
 
-/// Rounds a positive finite number to decimals + 1 digits. False when the product with the power
-/// of ten lies too near to the middle of two results to be sure of its side.
-bool round_to(double value, int decimals, std::uint32_t limit, Decimal& result) {
-  const Scaled number = scaled(value);
-  // Digits before the point of 2^b, less one: at most one below those of the number.
-  int exponent = ((number.exponent + 63) * 315653) >> 20;
-  for (;; ++exponent) {
-    const Scaled power = kPowers[static_cast<std::size_t>(decimals - exponent - kLeastPower)];
-    const Wide product = static_cast<Wide>(number.mantissa) * power.mantissa;
-    const int shift = -(number.exponent + power.exponent);
-    auto digits = static_cast<std::uint32_t>(product >> shift);
-    if (digits >= limit) continue;
-    const Wide half = static_cast<Wide>(1) << (shift - 1);
-    const Wide fraction = product & ((half << 1) - 1);
-    constexpr Wide kDoubt = static_cast<Wide>(1) << 65;  // the power's missing unit, and spare
-    if (fraction <= half && fraction + kDoubt >= half) return false;
-    if (fraction > half) ++digits;
-    if (digits == limit) {
-      digits /= 10;
-      ++exponent;
-    }
-    result = {digits, exponent};
-    return true;
-  }
+/// Decimal exponent of a number: the greatest e with 10^e not above it. At a number that is 10^e
+/// but for its last bits either e or e - 1; both round to the same digits.
+int decimal_exponent(Scaled number) {
+  const int least = ((number.exponent + 63) * 315653) >> 20;  // that of the number's binade
+  if (least + 1 > kGreatestExponent) return least;
+  const Scaled next = power_of_ten(least + 1);
+  const bool reached = (number.exponent > next.exponent) |
+                       ((number.exponent == next.exponent) & (number.mantissa >= next.mantissa));
+  return least + static_cast<int>(reached);
 }
 
-/// The same for any value, by way of the plain form.
+/// Rounds a positive finite number to Decimals + 1 digits. False when the product with the power
+/// of ten lies too near to the middle of two results to be sure of its side.
+template <int Decimals>
+bool round_to(double value, Decimal& result) {
+  constexpr std::uint32_t kLimit = Decimals == 5 ? 1000000 : 100000;
+  const Scaled number = scaled(value);
+  const int exponent = decimal_exponent(number);
+  const Scaled power = power_of_ten(Decimals - exponent);
+  const Wide product = static_cast<Wide>(number.mantissa) * power.mantissa;
+  const int shift = -(number.exponent + power.exponent);
+  const Wide half = static_cast<Wide>(1) << (shift - 1);
+  const Wide fraction = product & ((half << 1) - 1);
+  constexpr Wide kDoubt = static_cast<Wide>(1) << 65;  // the power's missing unit, and spare
+  if (fraction <= half && fraction + kDoubt >= half) return false;
+  result = {
+      static_cast<std::uint32_t>(product >> shift) + static_cast<std::uint32_t>(fraction > half),
+      exponent};
+  if (result.digits == kLimit) result = {kLimit / 10, exponent + 1};
+  return true;
+}
+
+/// Any value, by way of the plain form.
 char* put_plain(char* to, double value, int decimals) {
   std::string text;
   frame::append_e13(text, value, decimals);
   return std::copy(text.begin(), text.end(), to);
 }
 
-char* put_two_digits(char* to, int value) {
-  to[0] = static_cast<char>('0' + value / 10);
-  to[1] = static_cast<char>('0' + value % 10);
+constexpr auto kPairs = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t n = 0; n < 100; ++n) {
+    pairs[2 * n] = static_cast<char>('0' + n / 10);
+    pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
+  }
+  return pairs;
+}();
+
+void put_pair(char* to, std::uint32_t value) { std::memcpy(to, &kPairs[2 * value], 2); }
+
+template <int Decimals>
+char* put_decimal(char* to, bool negative, Decimal number) {
+  const auto exponent = static_cast<std::uint32_t>(std::abs(number.exponent));
+  const bool wide = exponent >= 100;
+  std::memset(to, ' ', 8);
+  to += 13 - (Decimals + 6) - static_cast<int>(wide);
+  if (negative) to[-1] = '-';
+  const std::uint32_t head = number.digits / 10000;
+  const std::uint32_t tail = number.digits % 10000;
+  if constexpr (Decimals == 5) {
+    to[0] = kPairs[2 * head];
+    to[2] = kPairs[2 * head + 1];
+  } else {
+    to[0] = static_cast<char>('0' + head);
+  }
+  to[1] = '.';
+  put_pair(to + Decimals - 2, tail / 100);
+  put_pair(to + Decimals, tail % 100);
+  to += Decimals + 2;
+  *to++ = 'E';
+  *to++ = number.exponent < 0 ? '-' : '+';
+  if (wide) *to++ = static_cast<char>('0' + exponent / 100);
+  put_pair(to, exponent % 100);
   return to + 2;
 }
 
-char* put_decimal(char* to, bool negative, Decimal number, int decimals) {
-  const int size = static_cast<int>(negative) + decimals + 6 +
-                   static_cast<int>(number.exponent <= -100 || number.exponent >= 100);
-  to = std::fill_n(to, std::max(13 - size, 0), ' ');
-  if (negative) *to++ = '-';
-  for (int i = decimals; i > 0; --i) {
-    to[i + 1] = static_cast<char>('0' + number.digits % 10);
-    number.digits /= 10;
-  }
-  to[0] = static_cast<char>('0' + number.digits);
-  to[1] = '.';
-  to += decimals + 2;
-  *to++ = 'E';
-  *to++ = number.exponent < 0 ? '-' : '+';
-  int exponent = std::abs(number.exponent);
-  if (exponent >= 100) {
-    *to++ = static_cast<char>('0' + exponent / 100);
-    exponent %= 100;
-  }
-  return put_two_digits(to, exponent);
-}
-
-char* put_e13(char* to, double value, int decimals) {
-  const std::uint32_t limit = decimals == 5 ? 1000000U : 100000U;
-  const double size = value < 0.0 ? -value : value;
+template <int Decimals>
+char* put_e13(char* to, double value) {
+  const double size = std::abs(value);
   Decimal number{};
-  if (size == 0.0) return put_decimal(to, false, number, decimals);
-  if (!(size <= std::numeric_limits<double>::max()) || (decimals != 5 && decimals != 4) ||
-      !round_to(size, decimals, limit, number)) {
-    return put_plain(to, value, decimals);
+  if (size == 0.0) return put_decimal<Decimals>(to, false, number);
+  if (!std::isfinite(value) || !round_to<Decimals>(size, number)) {
+    return put_plain(to, value, Decimals);
   }
-  return put_decimal(to, value < 0.0, number, decimals);
+  return put_decimal<Decimals>(to, std::signbit(value), number);
 }
 
 }  // namespace
 
 void Row::integer(std::int32_t value, int width) {
   std::array<char, 12> digits;
-  const char* last = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-  const auto length = static_cast<int>(last - digits.data());
-  char* to = std::fill_n(text_.data() + size_, std::max(width - length, 0), ' ');
-  to = std::copy(static_cast<const char*>(digits.data()), last, to);
+  char* const last = digits.data() + digits.size();
+  char* first = last;
+  auto rest = static_cast<std::uint32_t>(value < 0 ? -static_cast<std::int64_t>(value) : value);
+  do {
+    *--first = static_cast<char>('0' + rest % 10);
+    rest /= 10;
+  } while (rest != 0);
+  if (value < 0) *--first = '-';
+  char* to = text_.data() + size_;
+  for (auto length = last - first; length < width; ++length) *to++ = ' ';
+  to = std::copy(first, last, to);
   size_ = static_cast<std::size_t>(to - text_.data());
 }
 
 void Row::real(double value, int decimals) {
   char* to = text_.data() + size_;
   *to++ = ' ';
-  size_ = static_cast<std::size_t>(put_e13(to, value, decimals) - text_.data());
+  size_ = static_cast<std::size_t>((decimals == 4 ? put_e13<4>(to, value) : put_e13<5>(to, value)) -
+                                   text_.data());
 }
 
 }  // namespace tsrf_module_io

@@ -18,6 +18,7 @@ class Row {
   /// An integer, right-aligned in `width` columns (wider where it does not fit).
   void integer(std::int32_t value, int width);
   /// A blank and a real in exponent form, right-aligned in 13 columns; a zero without a sign.
+  /// `decimals` is 4 or 5.
   void real(double value, int decimals = 5);
   /// Ends the line and hands it to the file.
   void end(frame::Log& log, frame::TextOutput& file) {
