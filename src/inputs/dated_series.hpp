@@ -112,6 +112,7 @@ void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std
 template <class Record>
 frame::ReadStatus read_block(frame::Log& log, frame::TextInput& file, const Words& words,
                              std::int32_t records, Record&& record) {
+  if (records < 1) return frame::ReadStatus::end;
   for (std::int32_t n = 0; n < records; ++n) {
     const frame::ReadStatus status = record(n);
     if (status == frame::ReadStatus::ok) continue;

@@ -1,0 +1,112 @@
+// The room heat series: values by building, every fault of its file.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "buildings/aircon.hpp"
+#include "recorded_log.hpp"
+
+namespace {
+
+using namespace tsrf_module_rmheat;
+
+struct Rooms {
+  explicit Rooms(const std::string& text) : file("RmHeat.txt", "title\n" + text) {}
+  void at(double hour) {
+    if (data.pairs.BCD.empty()) read_rmheat(recorded.log, file, data);
+    set_rmheat(recorded.log, file, hour * 3600.0, calendar, data);
+  }
+  RecordedLog recorded;
+  frame::TextInput file;
+  tsrf_module_calendar::Data calendar;
+  Data data;
+};
+
+TEST(RoomHeat, GivesEachBuildingTheValuesOfItsPair) {
+  Rooms rooms(
+      "6 1 2 10 1 20 100.05 0.5 9 0 0 0\n6 3 -2 20 2 24 40 1 9 0 0 0\n"
+      "12 3 -2 40 4 28 80 2 5 0 0 0\n12 1 2 30 3 26 60 0.5 5 0 0 0\n");
+  rooms.at(9.0);
+  const std::vector<std::int32_t> BldCD{3, 1, 3};
+  const std::vector<std::int32_t> Strct{-2, 2, -2};
+  frame::PatchTable<double> out(4, 5, 7.0);  // room for one building more
+  tsrf_set_rmheat(rooms.recorded.log, rooms.data, BldCD, Strct, kRmsens, kVent, out);
+  const std::vector<double> values(out.all().begin(), out.all().end());
+  EXPECT_EQ(values,
+            (std::vector<double>{30, 20, 30, 0, 3,   2,   3,   0, 299.15, 296.15, 299.15, 0,  //
+                                 60, 80, 60, 0, 1.5, 0.5, 1.5, 0}));
+  std::vector<double> Tr(3), Tm(3);
+  tsrf_module_aircon::set_initial_rooms(rooms.recorded.log, rooms.data, BldCD, Strct, Tr, Tm);
+  EXPECT_EQ(Tr, (std::vector<double>{299.15, 296.15, 299.15}));
+  EXPECT_EQ(Tm, Tr);
+  for (const auto& [first, last] : {std::pair(0, 3), std::pair(1, 7), std::pair(7, 7)}) {
+    EXPECT_THROW(tsrf_set_rmheat(rooms.recorded.log, rooms.data, BldCD, Strct, first, last, out),
+                 frame::Stop);
+  }
+  const std::vector<std::int32_t> unknown{1, 2, 3};
+  EXPECT_THROW(tsrf_set_rmheat(rooms.recorded.log, rooms.data, unknown, Strct, 1, 2, out),
+               frame::Stop);
+}
+
+TEST(RoomHeat, ReportsEveryFault) {
+  const std::string error = "### error : data error\n";
+  const std::string of = " in RmHeat data = ";
+  const std::string check = "(tsrf_module_rmheat)(check_data)\n(tsrf_module_rmheat)(set_rmheat)\n";
+  const std::string start = "(tsrf_module_rmheat)(read_rmheat)\n";
+  const auto line = [](const std::string& head, const std::string& rmtmp = "20 50 1") {
+    return head + " 0 0 " + rmtmp + " 0 0 0 0\n";
+  };
+  const std::string block = line("1 1 1") + line("1 1 2");
+  struct Case {
+    std::string text, lines;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"", "### error : lack of RmHeat data\n" + start},
+           {"1 1 1 0 0 20 50 1 0 0 0\n",
+            "%%% file RmHeat.txt, line 2\n### read error : RmHeat data\n" + start},
+           {line("0 1 1 1"),
+            error + "no. of date elements in RmHeat data = 2\nit must be = 1\n" + check},
+           {block + line("2 1 1") + line("3 7 2"),
+            error + "date" + of + "1 1 1 3 0 0\nit must be = 1 1 1 2 0 0\nline no. = 4\n" + check},
+           {block + line("2 1 1") + line("2 7 2", "-300 1 1"),
+            error + "BCD" + of + "7 2\nit is not defined in 1st time block\n" + check},
+           {block + line("2 1 1") + line("2 1 2", "-300 -1 -1"),
+            error + "rmtmp" + of + "-300\nit must be >= -273.15\nline no. = 4\n" + check},
+           {block + line("2 1 1", "0 100.2 -1"),
+            error + "rmhum" + of + "100.2\nit must be >= 0 and <= 100\nline no. = 3\n" + check},
+           {block + line("2 1 1", "0 -0.1 -1"),
+            error + "rmhum" + of + "-0.1\nit must be >= 0 and <= 100\nline no. = 3\n" + check},
+           {block + line("2 1 1", "0 100.1 -1"),
+            error + "vent" + of + "-1\nit must be >= 0\nline no. = 3\n" + check},
+           {block + line("2 1 2") + line("2 1 2"),
+            error + "BCD" + of + "1 1\nlack of data for this BCD\ntime no. = 2\n" + check},
+           {block + line("1 1 2") + line("1 1 2"),
+            error + "BCD" + of + "1 2\nduplicated data for this BCD\ntime no. = 1\n" + check},
+           {line("2 1 1") + line("1 1 1"),
+            error + "date in Rmheat data = 1 1 1 1 0 0\nit is not ascending order\ntime no. = 2\n" +
+                check},
+           {line("24 1 1") + line("25 1 1"),
+            error + "date" + of + "1 1 1 25 0 0\ninvalid expression\ntime no. = 2\n" + check},
+           {block + line("2 1 1"),
+            "%%% file RmHeat.txt, line 4\n### end of file : RmHeat data\n" + check},
+           {block + line("2 1 1") + line("2 1.0 2"),
+            "%%% file RmHeat.txt, line 5\n### read error : RmHeat data\n" + check}}) {
+    Rooms rooms(c.text);
+    EXPECT_EQ(rooms.recorded.lines_of([&] { rooms.at(1.0); }), c.lines);
+  }
+}
+
+TEST(RoomHeat, TakesUpTheNextMonthsFile) {
+  Rooms rooms("1 1 1 5 0 20 50 1 0 0 0 0");
+  frame::TextInput control("control", "&TSRF_RMHEAT NSTRDT = 3 /");
+  inputdata(rooms.recorded.log, control, rooms.data);
+  rooms.at(0.0);
+  EXPECT_EQ(rooms.data.now[0], 5.0);
+  frame::TextInput next("RmHeat.txt",
+                        "title\n6 1 1 7 0 20 50 1 0 0 0 0\n18 1 1 9 0 20 50 1 0 0 0 0");
+  reset(rooms.data);
+  set_rmheat(rooms.recorded.log, next, 12.0 * 3600.0, rooms.calendar, rooms.data);
+  EXPECT_EQ(rooms.data.now[0], 8.0);
+}
+
+}  // namespace
