@@ -1,0 +1,89 @@
+// Mean days of a dated run: results gathered by hour of the day and written month by month.
+//
+// Each step adds its values into the hour that it ends; when a month closes the 24 mean hours go
+// through the line writers into that month's files. The sums are taken at first use and cleared
+// after each month's output; they are not part of a run's restart state. The step calls the add
+// routines, the driver calls output_month.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "frame/patch_table.hpp"
+#include "inputs/patch.hpp"
+#include "results/bld_load.hpp"
+#include "results/heat.hpp"
+#include "results/io.hpp"
+#include "results/surf_temp.hpp"
+
+namespace tsrf_module_io {
+
+using HourCounts = std::array<std::int32_t, kHours>;
+
+/// Sums of the patches' surface temperature.
+struct TemperatureSums {
+  HourCounts count{};
+  frame::PatchTable<double> degC;  ///< 24 rows
+};
+/// Sums of the patches' further columns; the last, the area, needs no sum.
+struct FluxSums {
+  HourCounts count{};
+  frame::PatchTable<double> JRl, JRs;            ///< 24 rows [W/m2]
+  frame::PatchTable<double> latent, conductive;  ///< 24 rows [W/m2]
+};
+/// Sums of the cells' heat transfer.
+struct CellFieldSums {
+  HourCounts count{};
+  frame::PatchTable<CellSums> tdrg;  ///< 24 rows, a value per cell
+};
+/// Sums of the buildings' budgets and temperatures and of what they release into the cells.
+struct BuildingSums {
+  HourCounts count{};
+  frame::PatchTable<Budget> bldat;  ///< 24 rows, a value per building [W]
+  frame::PatchTable<double> Tr, Tm;
+  frame::PatchTable<CellHeat> released;  ///< 24 rows, a value per cell [W]
+};
+
+struct Monthly {
+  TemperatureSums temperature;
+  FluxSums fluxes;
+  CellFieldSums cells;
+  BuildingSums buildings;
+};
+
+/// Before the step: surface temperatures [K] and, where they are stored, radiosities (else empty).
+void add_temperatures(frame::Log& log, std::int32_t sod1, std::span<const double> surface,
+                      std::span<const double> JRl, std::span<const double> JRs, Monthly& monthly);
+/// After the step: rows 5 and 6 of qsurf.
+void add_fluxes(frame::Log& log, std::int32_t sod1, std::span<const double> latent,
+                std::span<const double> conductive, Monthly& monthly);
+/// After the step: the cells' sums of sum_surftemp.
+void add_cells(frame::Log& log, std::int32_t sod1, std::span<const CellSums> tdrg,
+               Monthly& monthly);
+/// After the buildings' step: their values and the cells' sums of sum_bldload.
+void add_buildings(frame::Log& log, std::int32_t sod1, const BuildingColumns& buildings,
+                   std::span<const CellHeat> released, Monthly& monthly);
+
+void clear(TemperatureSums& sums);
+void clear(FluxSums& sums);
+void clear(CellFieldSums& sums);
+void clear(BuildingSums& sums);
+
+/// Where a month's mean days go.
+struct MonthFiles {
+  frame::TextOutput& surf_temp;
+  frame::TextOutput& patch_surf_temp;
+  frame::TextOutput& heat;
+  frame::TextOutput& bld_load;
+  frame::TextInput* stheat;  ///< null when there is none
+};
+
+/// Writes the 24 mean hours, each file from its start, and clears the sums. An hour without a step
+/// is a row of zeros. `buildings` names the buildings of heat (its other columns are not read); it
+/// is null when the building model is off, and heat and BldLoad then stay as they are.
+void write_month(frame::Log& log, const Settings& settings, const MonthFiles& files,
+                 const tsrf_module_patch::Data& patch, const BuildingColumns* buildings,
+                 SurfTemp& surf_temp, BldLoad& bld_load, Monthly& monthly);
+
+}  // namespace tsrf_module_io
