@@ -31,7 +31,7 @@ struct Structure {
 };
 
 struct Data {
-  std::vector<Structure> structures;    ///< shared by all patches of one material
+  std::vector<Structure> structures;    ///< each shared by all patches of one kind and material
   std::vector<std::int32_t> structure;  ///< per patch: position in `structures`, -1 for none
   std::vector<std::int32_t> material;   ///< per patch: position of its material, -1 for none
   std::vector<std::int32_t> building;   ///< per patch: position of its building, -1 for none
@@ -48,6 +48,10 @@ Grading cal_gemtrc(frame::Log& log, std::int32_t nmin, double dz, double zl);
 /// Ground columns of all land patches; sets the sizes of the per-patch arrays.
 void lyrstrct_set_land(frame::Log& log, double dz, double zl, const tsrf_module_patch::Data& patch,
                        const tsrf_module_matprp::Data& matprp, Data& data);
+
+/// Position of a patch's material. A code that MatEleProp does not define is a data error.
+std::int32_t find_material(frame::Log& log, std::int32_t SurfID,
+                           const tsrf_module_matprp::Data& matprp);
 
 /// One more than the largest number of cells of a patch's column; 2 where there is none.
 [[nodiscard]] std::int32_t column_size(const Data& data);

@@ -24,6 +24,7 @@ struct Data {
   frame::CodeIndex by_surfid;  ///< surfid -> material
 };
 
+/// Reads the file: blocks of as many lines as the material has layers.
 void read_matprp(frame::Log& log, frame::TextInput& file, Data& data);
 
 }  // namespace tsrf_module_matprp

@@ -29,7 +29,9 @@ struct Data {
   std::int32_t patch_lines = 0;  ///< how many of them come from the Patch file
   std::vector<std::int32_t> PID;
   std::vector<std::int32_t> i, j, k;     ///< cell as read
-  std::vector<std::int32_t> si, sj, sk;  ///< shifted cell (of the fine grid for tree patches)
+  std::vector<std::int32_t> si, sj, sk;  ///< shifted cell: in the grid, one above k; of a tree
+                                         ///< patch the cell of the fine grid in front of its face,
+                                         ///< which may lie one outside the grid
   std::vector<double> area;              ///< [m2]
   std::vector<double> nx, ny, nz;        ///< outward unit normal
   std::vector<std::int32_t> type;
@@ -38,8 +40,8 @@ struct Data {
   frame::CodeIndex by_pid;  ///< PID -> position
 };
 
-/// Reads both files. `mx`, `my`, `mz` are the grid's cells, `NDIV` the division of a cell by the
-/// fine grid of the trees.
+/// Reads both files. A patch without area gets 1e-20 m2. `mx`, `my`, `mz` are the grid's cells,
+/// `NDIV` the division of a cell by the fine grid of the trees.
 void read_patch(frame::Log& log, frame::TextInput& patch_file, frame::TextInput& treepatch_file,
                 std::int32_t mx, std::int32_t my, std::int32_t mz,
                 const tsrf_module_grdindx::Data& grid_index, std::int32_t NDIV, Data& data);

@@ -26,6 +26,8 @@ struct Data {
   frame::CodeIndex by_code;           ///< SurfCD -> row
 };
 
+/// Reads the file. Called again with filled `data` it takes the new values, and fails when codes or
+/// their order differ from what `data` holds.
 void read_srfprp(frame::Log& log, frame::TextInput& file, Data& data);
 
 }  // namespace tsrf_module_srfprp
