@@ -25,7 +25,9 @@ class TempFolder {
   [[nodiscard]] std::string path(const std::string& name = "") const {
     return (path_ / name).string();
   }
+  /// Writes a file, with the folders that its name asks for.
   void write(const std::string& name, const std::string& text) const {
+    std::filesystem::create_directories((path_ / name).parent_path());
     std::ofstream(path(name), std::ios::binary) << text;
   }
   [[nodiscard]] std::string content(const std::string& name) const {

@@ -18,16 +18,16 @@ constexpr std::size_t kPendingLimit = 1 << 16;
 Log::Log(std::ostream& screen, std::ostream& errors) : screen_(screen), errors_(errors) {}
 
 Log::~Log() {
-  if (fd_ < 0) return;
   try {
     flush();
   } catch (const Stop&) {
     // Reported on standard error; nothing more can be done at this point.
   }
-  ::close(fd_);
+  if (fd_ >= 0) ::close(fd_);
 }
 
 void Log::open(const std::string& name) {
+  use_screen();
   name_ = name;
   fd_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (fd_ < 0) {
@@ -36,7 +36,11 @@ void Log::open(const std::string& name) {
   }
 }
 
-void Log::use_screen() { fd_ = -1; }
+void Log::use_screen() {
+  flush();
+  if (fd_ >= 0) ::close(fd_);
+  fd_ = -1;
+}
 
 void Log::error_and_log(std::string_view text) {
   errors_ << text << std::endl;

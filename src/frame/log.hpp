@@ -49,7 +49,7 @@ void append_item(std::string& out, Int value) {
 }
 template <std::floating_point Real>
 void append_item(std::string& out, Real value) {
-  append_number(out, static_cast<double>(value));
+  append_number(out, value);
 }
 
 /// The items of a record as one line: texts as they are, integers plain, reals in the shortest

@@ -1,7 +1,6 @@
 #include "frame/namelist.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <utility>
 
 namespace frame {
@@ -11,8 +10,12 @@ namespace {
 constexpr int kEndOfFile = -1;
 constexpr int kReadError = 1;
 
-char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
-bool is_name_char(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_name_char(char c) {
+  return (lower(c) >= 'a' && lower(c) <= 'z') || is_digit(c) || c == '_';
+}
+bool is_quote(char c) { return c == '\'' || c == '"'; }
 bool is_space(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 bool same_name(std::string_view a, std::string_view b) {
@@ -97,12 +100,14 @@ class GroupParser {
     }
   }
 
-  /// Takes `NAME =` or `NAME(i) =`; null, with the status, when it is not a member of the group.
+  /// Takes `NAME =`, `NAME(i) =` or `NAME(i:j) =`; null, with the status, when it is not a member
+  /// of the group.
   const Member* take_member() {
     status_ = kReadError;
     const std::size_t begin = at_;
     std::size_t behind = at_;
     while (behind < text_.size() && is_name_char(text_[behind])) ++behind;
+    if (behind == text_.size()) status_ = kEndOfFile;
     const std::string_view name = text_.substr(begin, behind - begin);
     const auto found = std::find_if(members_.begin(), members_.end(),
                                     [&](const Member& m) { return same_name(m.name, name); });
@@ -110,9 +115,8 @@ class GroupParser {
     at_ = behind;
     skip_blank(false);
     element_ = 0;
-    if (at_ < text_.size() && text_[at_] == '(' && !take_index(size_of(found->target))) {
-      return nullptr;
-    }
+    end_ = size_of(found->target);
+    if (at_ < text_.size() && text_[at_] == '(' && !take_index()) return nullptr;
     skip_blank(false);
     if (at_ == text_.size()) {
       status_ = kEndOfFile;
@@ -123,18 +127,31 @@ class GroupParser {
     return &*found;
   }
 
-  bool take_index(std::size_t size) {
+  /// Takes `(i)` or `(i:j)`: the elements, from 1, that the values are for.
+  bool take_index() {
     const std::size_t close = text_.find(')', at_);
-    if (close == std::string_view::npos) return false;
-    std::string_view inside = text_.substr(at_ + 1, close - at_ - 1);
-    while (!inside.empty() && is_space(inside.front())) inside.remove_prefix(1);
-    while (!inside.empty() && is_space(inside.back())) inside.remove_suffix(1);
-    std::int32_t index = 0;
-    if (!parse_number(inside, index) || index < 1 || static_cast<std::size_t>(index) > size) {
+    if (close == std::string_view::npos) {
+      status_ = kEndOfFile;
       return false;
     }
-    element_ = static_cast<std::size_t>(index) - 1;
+    const std::string_view inside = text_.substr(at_ + 1, close - at_ - 1);
+    const std::size_t colon = inside.find(':');
+    std::size_t first = 0;
+    if (!position(inside.substr(0, colon), first)) return false;
+    if (colon != std::string_view::npos && !position(inside.substr(colon + 1), end_)) return false;
+    element_ = first - 1;
     at_ = close + 1;
+    return first <= end_;
+  }
+
+  /// Reads the position of an element, 1 to `end_`.
+  [[nodiscard]] bool position(std::string_view text, std::size_t& value) const {
+    while (!text.empty() && is_space(text.front())) text.remove_prefix(1);
+    while (!text.empty() && is_space(text.back())) text.remove_suffix(1);
+    std::int32_t number = 0;
+    if (!parse_number(text, number) || number < 1) return false;
+    if (static_cast<std::size_t>(number) > end_) return false;
+    value = static_cast<std::size_t>(number);
     return true;
   }
 
@@ -157,7 +174,6 @@ class GroupParser {
 
   /// Takes the values of a member up to the next member or the end of the group.
   int take_values(const Member& member) {
-    const std::size_t size = size_of(member.target);
     bool comma = true;  // a comma that follows leaves a null behind
     for (;;) {
       skip_blank(false);
@@ -171,48 +187,45 @@ class GroupParser {
         continue;
       }
       if (at_next_member()) return 0;
-      const int status = take_value(member, size);
+      const int status = take_value(member);
       if (status != 0) return status;
       comma = false;
     }
   }
 
-  int take_value(const Member& member, std::size_t size) {
+  int take_value(const Member& member) {
     std::int32_t repeats = 1;
     std::size_t digits = at_;
-    while (digits < text_.size() && text_[digits] >= '0' && text_[digits] <= '9') ++digits;
+    while (digits < text_.size() && is_digit(text_[digits])) ++digits;
     if (digits > at_ && digits < text_.size() && text_[digits] == '*') {
       if (!parse_number(text_.substr(at_, digits - at_), repeats) || repeats < 1) return kReadError;
       at_ = digits + 1;
     }
     std::string quoted_text;
     std::string_view token;
-    const bool quoted = at_ < text_.size() && (text_[at_] == '\'' || text_[at_] == '"');
+    const bool quoted = at_ < text_.size() && is_quote(text_[at_]);
     const std::size_t begin = at_;
     if (quoted) {
       if (!take_quoted(quoted_text)) return kEndOfFile;
       token = quoted_text;
     } else {
-      while (at_ < text_.size() && !is_space(text_[at_]) && text_[at_] != ',' &&
-             text_[at_] != '/' && text_[at_] != '!' && text_[at_] != '&') {
-        ++at_;
-      }
+      while (at_ < text_.size() && !ends_value(text_[at_])) ++at_;
       token = text_.substr(begin, at_ - begin);
     }
-    if (static_cast<std::size_t>(repeats) > size - std::min(size, element_)) {
-      at_ = begin;
-      return kReadError;
+    const bool null = !quoted && token.empty();  // `3*`
+    bool good = static_cast<std::size_t>(repeats) <= end_ - std::min(end_, element_);
+    for (; good && repeats > 0; --repeats, ++element_) {
+      good = null || store(member.target, element_, token, quoted);
     }
-    for (; repeats > 0; --repeats, ++element_) {
-      if (!quoted && token.empty()) continue;  // `3*` : nulls
-      if (!store(member.target, element_, token, quoted)) {
-        at_ = begin;
-        return kReadError;
-      }
-    }
-    return 0;
+    if (!good) at_ = begin;
+    return good ? 0 : kReadError;
   }
 
+  static bool ends_value(char c) {
+    return is_space(c) || c == ',' || c == '/' || c == '!' || c == '&';
+  }
+
+  /// Takes a text in quotes, in which two quotes stand for one; a line end is no part of it.
   bool take_quoted(std::string& value) {
     const char quote = text_[at_];
     for (std::size_t p = at_ + 1; p < text_.size(); ++p) {
@@ -223,20 +236,33 @@ class GroupParser {
         }
         ++p;
       }
-      value += text_[p];
+      if (text_[p] != '\n' && text_[p] != '\r') value += text_[p];
     }
-    at_ = text_.size();
     return false;
   }
 
   std::string_view text_;
   std::size_t at_;
   const std::vector<Member>& members_;
-  std::size_t element_ = 0;
+  std::size_t element_ = 0;  // the next element of the current member, from 0
+  std::size_t end_ = 0;      // behind the last element that may be given
   int status_ = kReadError;
 };
 
-/// The place behind `&name`, or npos. Comments outside groups are passed over.
+/// The place behind a text in quotes that opens, behind blanks, at `place` and closes on its line;
+/// `place` itself where none does.
+std::size_t behind_quoted(std::string_view text, std::size_t place) {
+  std::size_t open = place;
+  while (open < text.size() && (text[open] == ' ' || text[open] == '\t')) ++open;
+  if (open == text.size() || !is_quote(text[open])) return place;
+  for (std::size_t p = open + 1; p < text.size() && text[p] != '\n'; ++p) {
+    if (text[p] == text[open]) return p + 1;
+  }
+  return place;
+}
+
+/// The place behind `&name`, or npos. Comments, and the texts that members of other groups are
+/// given, are passed over.
 std::size_t find_group(std::string_view text, std::string_view name) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '!') {
@@ -244,6 +270,7 @@ std::size_t find_group(std::string_view text, std::string_view name) {
       if (i == std::string_view::npos) break;
       continue;
     }
+    if (text[i] == '=') i = behind_quoted(text, i + 1) - 1;
     if (text[i] != '&') continue;
     const std::size_t behind = i + 1 + name.size();
     if (behind > text.size() || !same_name(text.substr(i + 1, name.size()), name)) continue;

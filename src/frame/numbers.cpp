@@ -4,9 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
-#include <tuple>
-#include <utility>
 
 namespace frame {
 
@@ -18,6 +15,14 @@ void append_right(std::string& out, const char* first, const char* last, int wid
   const auto length = static_cast<int>(last - first);
   if (length < width) out.append(static_cast<std::size_t>(width - length), ' ');
   out.append(first, last);
+}
+
+template <class Real>
+void append_real(std::string& out, Real value) {
+  std::array<char, kBuffer> buffer;
+  if (value == 0) value = 0;
+  const auto [end, status] = std::to_chars(buffer.data(), buffer.data() + kBuffer, value);
+  out.append(buffer.data(), end);
 }
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -55,33 +60,44 @@ bool normalise_real(std::string_view token, std::string& text) {
   return i == token.size() && i > exponent;
 }
 
+/// True when the real `text` (normalised) is one or more in size: tells a value that is too large
+/// for its kind from one that is too small.
+bool is_large(std::string_view text) {
+  if (text.front() == '-') text.remove_prefix(1);
+  const std::size_t mark = std::min(text.find('e'), text.size());
+  std::string_view shift = mark == text.size() ? text : text.substr(mark + 1);
+  if (!shift.empty() && shift.front() == '+') shift.remove_prefix(1);
+  std::int64_t exponent = 0;
+  if (mark < text.size()) {
+    const auto [end, status] = std::from_chars(shift.data(), shift.data() + shift.size(), exponent);
+    if (status == std::errc::result_out_of_range) return shift.front() != '-';
+  }
+  const std::string_view digits = text.substr(0, mark);
+  const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
+  const auto leading = static_cast<std::int64_t>(digits.find_first_not_of("0."));
+  return exponent + point - leading + (leading > point ? 1 : 0) > 0;
+}
+
 template <class Real>
 bool parse_real(std::string_view token, Real& value) {
   Real result = 0;
   const char* first = token.data();
   const char* last = first + token.size();
   // Most fields are plain; from_chars takes neither a leading '+' nor NaN that we would want.
-  auto [end, status] = std::from_chars(first, last, result);
+  const auto [end, status] = std::from_chars(first, last, result);
   if (status == std::errc() && end == last && std::isfinite(result) && is_digit(last[-1])) {
     value = result;
     return true;
   }
   std::string text;
   if (!normalise_real(token, text)) return false;
-  first = text.data();
-  last = first + text.size();
-  std::tie(end, status) = [&] {
-    auto r = std::from_chars(first, last, result);
-    return std::pair(r.ptr, r.ec);
-  }();
-  if (status == std::errc::result_out_of_range) {
-    // Tells overflow from underflow, which from_chars does not.
-    const double wide = std::strtod(text.c_str(), nullptr);
-    if (std::abs(wide) > 1.0) return false;
-    value = static_cast<Real>(wide);
-    return true;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), result);
+  if (read.ec == std::errc::result_out_of_range) {
+    if (is_large(text)) return false;
+    result = text.front() == '-' ? -Real{0} : Real{0};
+  } else if (read.ec != std::errc()) {
+    return false;
   }
-  if (status != std::errc() || end != last) return false;
   value = result;
   return true;
 }
@@ -94,12 +110,8 @@ void append_number(std::string& out, std::int64_t value) {
   out.append(buffer.data(), end);
 }
 
-void append_number(std::string& out, double value) {
-  std::array<char, kBuffer> buffer;
-  if (value == 0.0) value = +0.0;
-  const auto [end, status] = std::to_chars(buffer.data(), buffer.data() + kBuffer, value);
-  out.append(buffer.data(), end);
-}
+void append_number(std::string& out, double value) { append_real(out, value); }
+void append_number(std::string& out, float value) { append_real(out, value); }
 
 void append_int(std::string& out, std::int64_t value, int width) {
   std::array<char, kBuffer> buffer;

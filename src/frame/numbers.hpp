@@ -16,8 +16,9 @@ namespace frame {
 /// Appends `value` as a plain integer.
 void append_number(std::string& out, std::int64_t value);
 /// Appends `value` in the shortest form (fixed or exponent) that reads back to the same bits; a
-/// zero without a sign.
+/// zero without a sign. A single-precision value is the shortest text that gives it back.
 void append_number(std::string& out, double value);
+void append_number(std::string& out, float value);
 
 /// Appends `value` right-aligned in `width` columns (wider where it does not fit).
 void append_int(std::string& out, std::int64_t value, int width);

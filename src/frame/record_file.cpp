@@ -27,6 +27,12 @@ std::string resolved(const std::string& name) {
   return result;
 }
 
+/// True for what is no plain file (/dev/null): it is written to, never replaced.
+bool is_device(const std::string& path) {
+  struct stat info {};
+  return ::stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);
+}
+
 bool write_all(int fd, const void* data, std::size_t size) {
   const char* at = static_cast<const char*>(data);
   while (size > 0) {
@@ -47,14 +53,24 @@ bool write_records(int fd, std::span<const std::span<const std::byte>> records) 
       return false;
     }
   }
+  return true;
+}
+
+/// Gives the new file the permissions of the one it replaces and brings it to the disk.
+bool settle(int fd, const std::string& replaced) {
+  struct stat info {};
+  if (::stat(replaced.c_str(), &info) == 0 && ::fchmod(fd, info.st_mode & 07777) != 0) return false;
   return ::fsync(fd) == 0;
+}
+
+std::string folder_of(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
 /// Makes the rename itself durable.
 void sync_folder_of(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int fd = ::open(folder_of(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
   ::fsync(fd);
   ::close(fd);
@@ -64,12 +80,13 @@ void sync_folder_of(const std::string& path) {
 
 bool RecordFile::check_access() {
   const int fd = ::open(name_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-  if (fd < 0) {
-    reason_ = std::strerror(errno);
-    return false;
-  }
-  ::close(fd);
-  return true;
+  if (fd >= 0) ::close(fd);
+  // The new file is made beside the old one: a folder that takes none is a fault to find now, not
+  // at the end of the first day.
+  const bool good =
+      fd >= 0 && (is_device(name_) || ::access(folder_of(resolved(name_)).c_str(), W_OK) == 0);
+  if (!good) reason_ = std::strerror(errno);
+  return good;
 }
 
 bool RecordFile::load() {
@@ -86,7 +103,7 @@ bool RecordFile::load() {
     filled += static_cast<std::size_t>(got);
   }
   ::close(fd);
-  content_.resize(filled);
+  if (filled < content_.size()) return false;
   std::size_t at = 0;
   while (at < content_.size()) {
     std::uint32_t before = 0;
@@ -110,23 +127,24 @@ void RecordFile::unload() {
 
 void RecordFile::replace(Log& log, std::span<const std::span<const std::byte>> records) {
   const std::string target = resolved(name_);
-  const std::string beside = target + ".new";
+  const bool device = is_device(target);
+  const std::string beside = device ? target : target + ".new";
   const auto fail = [&](int error) {
-    ::unlink(beside.c_str());
+    if (!device) ::unlink(beside.c_str());
     log.fail("### error : write error", items("file =", name_), std::strerror(error));
   };
   for (const auto record : records) {
     if (record.size() > INT32_MAX) fail(EFBIG);
   }
-  struct stat info {};
-  const mode_t mode = ::stat(target.c_str(), &info) == 0 ? info.st_mode & 07777 : 0666;
-  const int fd = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
+  const int fd = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (fd < 0) fail(errno);
-  const bool written = write_records(fd, records);
+  const bool written = write_records(fd, records) && (device || settle(fd, target));
   const int error = errno;
   const bool closed = ::close(fd) == 0;
   if (!written) fail(error);
-  if (!closed || ::rename(beside.c_str(), target.c_str()) != 0) fail(errno);
+  if (!closed) fail(errno);
+  if (device) return;
+  if (::rename(beside.c_str(), target.c_str()) != 0) fail(errno);
   sync_folder_of(target);
 }
 

@@ -30,12 +30,11 @@ const char* behind_line(const char* at, const char* last) {
 // ---- RecordScanner ----
 
 RecordScanner::Token RecordScanner::next_token() {
-  quoted_ = false;
   if (ended_by_slash_) return Token::null;
   if (repeats_ > 0) {
     --repeats_;
     plain_ = repeats_ == 0;
-    return repeat_null_ ? Token::null : Token::value;
+    return null_ ? Token::null : Token::value;
   }
   const auto skip_space = [this] {
     while (at_ < last_ && is_space(*at_)) ++at_;
@@ -61,30 +60,39 @@ RecordScanner::Token RecordScanner::next_token() {
     plain_ = false;
     return Token::null;
   }
-  if (*at_ == '\'' || *at_ == '"') return quoted_token();
+  take_repeats();
+  if (!take_value()) return Token::none;
+  --repeats_;
+  plain_ = repeats_ == 0;
+  return null_ ? Token::null : Token::value;
+}
+
+/// Takes the count off `r*value` or `r*`. What is no such count is left to be the value's text.
+void RecordScanner::take_repeats() {
+  repeats_ = 1;
+  const char* p = at_;
+  while (p < last_ && *p >= '0' && *p <= '9') ++p;
+  std::int32_t count = 0;
+  if (p == last_ || *p != '*') return;
+  if (!parse_number({at_, static_cast<std::size_t>(p - at_)}, count) || count < 1) return;
+  repeats_ = count;
+  at_ = p + 1;
+}
+
+/// Takes the text up to the next separator; an empty one (behind a repeat count) is a null.
+bool RecordScanner::take_value() {
+  quoted_ = at_ < last_ && (*at_ == '\'' || *at_ == '"');
+  null_ = false;
+  after_value_ = true;
+  if (quoted_) return take_quoted();
   const char* begin = at_;
   while (at_ < last_ && !is_separator(*at_)) ++at_;
   token_ = {begin, static_cast<std::size_t>(at_ - begin)};
-  after_value_ = true;
-  if (token_.find('*') == std::string_view::npos) return Token::value;
-  if (!take_repeat(token_)) return Token::value;  // no number: the field's parser refuses it
-  repeat_null_ = token_.empty();
-  --repeats_;
-  plain_ = repeats_ == 0;
-  return repeat_null_ ? Token::null : Token::value;
-}
-
-/// Takes the repeat count off `r*value` or `r*`.
-bool RecordScanner::take_repeat(std::string_view& token) {
-  const std::size_t star = token.find('*');
-  std::int32_t count = 0;
-  if (!parse_number(token.substr(0, star), count) || count < 1) return false;
-  repeats_ = count;
-  token.remove_prefix(star + 1);
+  null_ = token_.empty();
   return true;
 }
 
-RecordScanner::Token RecordScanner::quoted_token() {
+bool RecordScanner::take_quoted() {
   const char quote = *at_;
   text_.clear();
   const char* p = at_ + 1;
@@ -93,15 +101,13 @@ RecordScanner::Token RecordScanner::quoted_token() {
       if (p + 1 == last_ || p[1] != quote) {
         at_ = p + 1;
         token_ = text_;
-        quoted_ = true;
-        after_value_ = true;
-        return Token::value;
+        return true;
       }
       ++p;
     }
     text_ += *p++;
   }
-  return Token::none;  // the quote does not close on its line
+  return false;  // the quote does not close on its line
 }
 
 bool RecordScanner::field(std::string& value) {
@@ -127,6 +133,7 @@ TextInput::TextInput(std::string name, std::string content)
     : name_(std::move(name)), owned_(std::move(content)) {
   first_ = at_ = owned_.data();
   last_ = first_ + owned_.size();
+  skip_byte_order_mark();
 }
 
 TextInput::TextInput(const std::string& path) : name_(path) {
@@ -141,10 +148,12 @@ TextInput::TextInput(const std::string& path) : name_(path) {
     slurp(fd);
   }
   if (fd >= 0) ::close(fd);
+  skip_byte_order_mark();
 }
 
 TextInput::~TextInput() {
-  if (mapped_) ::munmap(const_cast<char*>(first_), static_cast<std::size_t>(last_ - first_));
+  if (mapping_ == nullptr) return;
+  ::munmap(const_cast<char*>(mapping_), static_cast<std::size_t>(last_ - mapping_));
 }
 
 void TextInput::map(int fd, std::size_t size) {
@@ -154,8 +163,7 @@ void TextInput::map(int fd, std::size_t size) {
     return;
   }
   ::madvise(place, size, MADV_SEQUENTIAL);
-  mapped_ = true;
-  first_ = at_ = released_ = static_cast<const char*>(place);
+  first_ = at_ = mapping_ = released_ = static_cast<const char*>(place);
   last_ = first_ + size;
 }
 
@@ -176,10 +184,14 @@ void TextInput::slurp(int fd) {
   last_ = first_ + filled;
 }
 
+/// Spreadsheets put a byte order mark before the first line; it is no part of the text.
+void TextInput::skip_byte_order_mark() {
+  if (content().substr(0, 3) == "\xEF\xBB\xBF") first_ = at_ = first_ + 3;
+}
+
 /// Gives back the pages that have been parsed; the system keeps them in its own cache.
 void TextInput::release() {
   const auto page = static_cast<std::ptrdiff_t>(::sysconf(_SC_PAGESIZE));
-  if (at_ < released_) released_ = first_;
   const std::ptrdiff_t size = (at_ - released_) / page * page;
   ::madvise(const_cast<char*>(released_), static_cast<std::size_t>(size), MADV_DONTNEED);
   released_ += size;
@@ -210,7 +222,7 @@ ReadStatus TextInput::failed(const RecordScanner& scan) {
 }
 
 std::size_t TextInput::count_records(std::size_t fields) {
-  const char* keep = at_;
+  const std::size_t keep = tell();
   std::size_t count = 0;
   for (;;) {
     RecordScanner scan(at_, last_);
@@ -221,23 +233,31 @@ std::size_t TextInput::count_records(std::size_t fields) {
     if (!whole) break;
     advance(scan.end_of_record());
   }
-  at_ = keep;
+  seek(keep);
   return count;
 }
 
 bool TextInput::can_hold(std::int64_t count) const {
-  // A value takes a character and a separator, unless a repeat count stands for many.
-  const auto rest = last_ - at_;
-  if (count <= rest / 2 + 1) return true;
-  return std::memchr(at_, '*', static_cast<std::size_t>(rest)) != nullptr;
+  std::int64_t room = last_ - at_ + 1;  // a null takes a comma only
+  const char* star = at_;
+  const auto find_star = [&] {
+    return static_cast<const char*>(std::memchr(star, '*', static_cast<std::size_t>(last_ - star)));
+  };
+  for (; room < count && (star = find_star()) != nullptr; ++star) {
+    const char* digit = star;
+    while (digit > at_ && star - digit < 10 && digit[-1] >= '0' && digit[-1] <= '9') --digit;
+    std::int32_t repeats = 0;
+    parse_number({digit, static_cast<std::size_t>(star - digit)}, repeats);
+    room += repeats;
+  }
+  return count <= room;
 }
 
 std::int64_t TextInput::fault_line() const {
   const char* place = fault_ == nullptr ? at_ : fault_;
   // At the end of the text the line that was cut short is the last one that holds anything.
-  while (place == last_ || (place > first_ && place < last_ && *place == '\n')) {
-    if (place == first_) break;
-    --place;
+  if (place == last_) {
+    while (place > first_ && is_space(place[-1])) --place;
   }
   return 1 + std::count(first_, place, '\n');
 }

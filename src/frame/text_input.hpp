@@ -94,22 +94,23 @@ class RecordScanner {
     return false;
   }
   Token next_token();
-  Token quoted_token();
-  bool take_repeat(std::string_view& token);
+  bool take_value();
+  bool take_quoted();
+  void take_repeats();
 
   const char* at_;
   const char* last_;
   const char* fault_ = nullptr;
   std::string_view token_;    // the text of the current value
   std::string text_;          // a quoted value, its doubled quotes undone
-  std::int64_t repeats_ = 0;  // how often token_ is still to be given
-  bool repeat_null_ = false;  // what is repeated is a null
+  std::int32_t repeats_ = 0;  // how often the current value is still to be given
+  bool null_ = false;         // the current value is a null
   bool plain_ = true;         // no repeat is under way and no slash was met
   bool ended_by_slash_ = false;
   bool after_value_ = false;  // a comma that follows belongs to the value before it
-  bool quoted_ = false;
-  bool any_ = false;    // a field (or null) of the record was met
-  bool ended_ = false;  // the text ended while a field was wanted
+  bool quoted_ = false;       // the current value stood in quotes
+  bool any_ = false;          // a field (or null) of the record was met
+  bool ended_ = false;        // the text ended while a field was wanted
 };
 
 class TextInput {
@@ -132,10 +133,13 @@ class TextInput {
   }
 
   /// Goes back to the first line.
-  void rewind() { at_ = first_; }
+  void rewind() { seek(0); }
   /// The place of the next record; `seek` returns to it.
   [[nodiscard]] std::size_t tell() const { return static_cast<std::size_t>(at_ - first_); }
-  void seek(std::size_t place) { at_ = first_ + place; }
+  void seek(std::size_t place) {
+    at_ = first_ + place;
+    released_ = mapping_;
+  }
   /// Passes over one line as it stands (a title); false when there is none.
   bool skip_line();
   /// Takes one line as it stands, without its line end; false when there is none.
@@ -157,7 +161,8 @@ class TextInput {
   /// Number of records of `fields` fields from here to the end of the text; the place is kept. A
   /// last record that is cut short counts.
   [[nodiscard]] std::size_t count_records(std::size_t fields);
-  /// True when the rest of the text can hold `count` further values.
+  /// True when the rest of the text can hold `count` further values: each takes a character at
+  /// least, but for what repeat counts promise. To be asked before memory for `count` is taken.
   [[nodiscard]] bool can_hold(std::int64_t count) const;
 
   /// Line (from 1) of the record or field that the last failed read could not take.
@@ -168,9 +173,10 @@ class TextInput {
  private:
   void advance(const char* place) {
     at_ = place;
-    if (mapped_ && at_ - released_ > kReleaseStep) release();
+    if (mapping_ != nullptr && at_ - released_ > kReleaseStep) release();
   }
   ReadStatus failed(const RecordScanner& scan);
+  void skip_byte_order_mark();
   void map(int fd, std::size_t size);
   void slurp(int fd);
   void release();
@@ -184,8 +190,8 @@ class TextInput {
   const char* last_ = nullptr;
   const char* at_ = nullptr;
   const char* fault_ = nullptr;
-  const char* released_ = nullptr;
-  bool mapped_ = false;
+  const char* mapping_ = nullptr;   // start of the mapped file; null when `owned_` holds the text
+  const char* released_ = nullptr;  // up to here its pages have been given back
 };
 
 /// Number of fields of a line, separated by blanks, tabs or commas; a quote (single or double)

@@ -17,41 +17,48 @@ TextOutput::TextOutput(const std::string& path) : name_(path) {
 }
 
 TextOutput::~TextOutput() {
-  if (fd_ >= 0) ::close(fd_);
+  if (fd_ < 0) return;
+  drain();
+  ::close(fd_);
 }
 
 void TextOutput::rewind(Log& log) {
   buffer_.clear();
-  if (started_) start_over(log);
+  if (started_) check(log, start_over());
 }
 
-void TextOutput::start_over(Log& log) {
+/// Empties the file; 0 or the system's error.
+int TextOutput::start_over() {
   struct stat info {};
-  if (::fstat(fd_, &info) != 0) fail(log, errno);
+  if (::fstat(fd_, &info) != 0) return errno;
   if (S_ISREG(info.st_mode) && (::ftruncate(fd_, 0) != 0 || ::lseek(fd_, 0, SEEK_SET) != 0)) {
-    fail(log, errno);
+    return errno;
   }
   started_ = true;
+  return 0;
 }
 
-void TextOutput::write_out(Log& log) {
-  if (buffer_.empty()) return;
-  if (!started_) start_over(log);
+/// Empties the buffer into the file; 0 or the system's error.
+int TextOutput::drain() {
+  if (buffer_.empty()) return 0;
+  int error = started_ ? 0 : start_over();
   std::string_view rest = buffer_;
-  while (!rest.empty()) {
+  while (error == 0 && !rest.empty()) {
     const ssize_t written = ::write(fd_, rest.data(), rest.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) {
-      const int error = errno;
-      buffer_.clear();
-      fail(log, error);
+    if (written >= 0) {
+      rest.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      error = errno;
     }
-    rest.remove_prefix(static_cast<std::size_t>(written));
   }
   buffer_.clear();
+  return error;
 }
 
-void TextOutput::fail(Log& log, int error) const {
+void TextOutput::write_out(Log& log) { check(log, drain()); }
+
+void TextOutput::check(Log& log, int error) const {
+  if (error == 0) return;
   log.fail("### error : write error", items("file =", name_), std::strerror(error));
 }
 

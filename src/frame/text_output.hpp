@@ -17,6 +17,8 @@ class TextOutput {
  public:
   /// Opens `path` for writing without touching what it holds. On failure the result is not `good`.
   explicit TextOutput(const std::string& path);
+  /// Writes what is still in the buffer, without a word when that fails: a run that ends in a
+  /// failure keeps the results it had.
   ~TextOutput();
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
@@ -47,8 +49,9 @@ class TextOutput {
   static constexpr std::size_t kBufferLimit = 1 << 20;
 
   void write_out(Log& log);
-  void start_over(Log& log);
-  [[noreturn]] void fail(Log& log, int error) const;
+  int drain();
+  int start_over();
+  void check(Log& log, int error) const;
 
   std::string name_;
   std::string reason_;

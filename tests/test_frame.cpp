@@ -1,0 +1,281 @@
+// The frame below the modules: numbers as text, the log, files, stopwatches, codes.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <random>
+
+#include "frame/accounts.hpp"
+#include "frame/code_index.hpp"
+#include "frame/process_layer.hpp"
+#include "frame/unit_table.hpp"
+#include "recorded_log.hpp"
+#include "temp_folder.hpp"
+
+namespace {
+
+using frame::items;
+
+TEST(Numbers, RoundTripInTheShortestForm) {
+  std::mt19937_64 random(1);
+  for (int i = 0; i < 100000; ++i) {
+    const auto value = std::bit_cast<double>(random());
+    const auto single = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+    double back = 0;
+    float single_back = 0;
+    if (std::isfinite(value)) {
+      ASSERT_TRUE(frame::parse_number(items(value), back));
+      ASSERT_EQ(std::bit_cast<std::uint64_t>(back), std::bit_cast<std::uint64_t>(value));
+    }
+    if (std::isfinite(single)) {
+      ASSERT_TRUE(frame::parse_number(items(single), single_back));
+      ASSERT_EQ(std::bit_cast<std::uint32_t>(single_back), std::bit_cast<std::uint32_t>(single));
+    }
+  }
+  EXPECT_EQ(items("mx(=", -3, ") <", 0.1, 0.1F, 300.0, -0.0, 1e22, 5.6704e-8, INT32_MIN),
+            "mx(= -3 ) < 0.1 0.1 300 0 1e+22 5.6704e-08 -2147483648");
+}
+
+TEST(Numbers, InColumnsAreThoseOfTheCLibrary) {
+  std::mt19937_64 random(2);
+  for (int i = 0; i < 20000; ++i) {
+    const auto value = std::bit_cast<double>(random());
+    if (!std::isfinite(value)) continue;
+    std::string text;
+    frame::append_e13(text, value, 4 + i % 2);
+    char expected[64];
+    std::snprintf(expected, sizeof expected, "%13.*E", 4 + i % 2, value);
+    ASSERT_EQ(text, expected);
+  }
+  std::string text;
+  frame::append_e13(text, -0.0);
+  frame::append_int(text, -42, 8);
+  frame::append_int(text, 123456789, 4);
+  EXPECT_EQ(text, "  0.00000E+00     -42123456789");
+}
+
+TEST(Log, TracesAFailureLevelByLevelButNotAStop) {
+  RecordedLog recorded;
+  frame::Log& log = recorded.log;
+  const auto run = [&](auto&& innermost) {
+    return recorded.lines_of([&] {
+      const frame::Tag outer(log, "(outer)");
+      { const frame::Tag done(log, "(done)"); }
+      const frame::Tag inner(log, "(module)\n(routine)");
+      innermost();
+    });
+  };
+  EXPECT_EQ(run([&] { log.program_error("### program error -1- (x)"); }),
+            "### program error -1- (x)\n");
+  const std::string failed = "### error : allocation failed\n(module)\n(routine)\n(outer)\n";
+  EXPECT_EQ(run([&] { frame::allocating(log, [] { throw std::bad_alloc(); }); }), failed);
+  EXPECT_EQ(run([&] { frame::allocating(log, [] { std::string().resize(SIZE_MAX); }); }), failed);
+}
+
+TEST(Log, FilesOfTwoRunsKeepApartAndReportAFullDisk) {
+  const TempFolder folder;
+  RecordedLog a;
+  RecordedLog b;
+  folder.write("a", "an earlier, longer log\n");
+  a.log.open(folder.path("a"));
+  b.log.open(folder.path("b"));
+  for (int i = 0; i < 3; ++i) {
+    a.log.line("iter=", i);
+    b.log.line(i, "of b");
+  }
+  a.log.error_and_log("### bad");
+  b.log.use_screen();
+  b.log.line("on the screen");
+  EXPECT_EQ(folder.content("a"), "iter= 0\niter= 1\niter= 2\n### bad\n");
+  EXPECT_EQ(folder.content("b"), "0 of b\n1 of b\n2 of b\n");
+  EXPECT_EQ(a.errors.str(), "### bad\n");
+  EXPECT_EQ(a.screen.str() + b.screen.str(), "on the screen\n");
+
+  a.log.open("/dev/full");
+  a.log.line("lost");
+  EXPECT_THROW(a.log.flush(), frame::Stop);
+  EXPECT_THROW(b.log.open(folder.path("none/log")), frame::Stop);
+  EXPECT_EQ(a.errors.str(), "### bad\n### cannot write /dev/full : No space left on device\n");
+}
+
+TEST(Units, OpenOnceAndStopWhereAFileIsMissing) {
+  const TempFolder folder;
+  RecordedLog recorded;
+  frame::UnitTable units;
+  folder.write("one", "1");
+  folder.write("two", "2");
+  units.open_input(recorded.log, frame::kUnitSun, folder.path("one"));
+  units.open_input(recorded.log, frame::kUnitSun, folder.path("two"));
+  EXPECT_EQ(units.input(frame::kUnitSun).content(), "2");
+  const std::string missing = folder.path("none");
+  const auto refusal = [](const std::string& name, const char* reason) {
+    return items("### cannot open", name, ":", reason) + '\n';
+  };
+  EXPECT_EQ(recorded.lines_of([&] { units.open_input(recorded.log, 12, missing); }),
+            refusal(missing, "No such file or directory"));
+  EXPECT_EQ(recorded.lines_of([&] { units.open_output(recorded.log, 21, missing + "/x"); }),
+            refusal(missing + "/x", "No such file or directory"));
+  EXPECT_EQ(recorded.lines_of([&] { units.open_records(recorded.log, 34, folder.path("")); }),
+            refusal(folder.path(""), "Is a directory"));
+  EXPECT_FALSE(units.has_input(12) || units.has_output(21));
+}
+
+TEST(TextOutput, LeavesEarlierResultsAloneUntilTheFirstWrite) {
+  const TempFolder folder;
+  RecordedLog recorded;
+  folder.write("out", "earlier results");
+  {
+    frame::UnitTable units;
+    auto& out = units.open_output(recorded.log, 21, folder.path("out"));
+    out.rewind(recorded.log);
+    units.flush_outputs(recorded.log);
+    EXPECT_EQ(folder.content("out"), "earlier results");
+    out.line(recorded.log, "day 1");
+    out.flush(recorded.log);
+    EXPECT_EQ(folder.content("out"), "day 1\n");
+    out.line(recorded.log, "lost with the rewind");
+    out.rewind(recorded.log);
+    EXPECT_EQ(folder.content("out"), "");
+    out.line(recorded.log, "day 2");
+  }
+  EXPECT_EQ(folder.content("out"), "day 2\n") << "what was gathered is written at the end";
+
+  frame::TextOutput full("/dev/full");
+  full.line(recorded.log, "x");
+  EXPECT_EQ(recorded.lines_of([&] { full.flush(recorded.log); }),
+            "### error : write error\nfile = /dev/full\nNo space left on device\n");
+}
+
+std::vector<std::span<const std::byte>> as_records(const std::vector<std::string>& texts) {
+  std::vector<std::span<const std::byte>> records;
+  for (const std::string& text : texts) records.push_back(std::as_bytes(std::span(text)));
+  return records;
+}
+
+TEST(RecordFile, IsReplacedWholeAndRefusedWhenCutAnywhere) {
+  const TempFolder folder;
+  RecordedLog recorded;
+  frame::RecordFile file(folder.path("state"));
+  EXPECT_TRUE(file.load() && file.records().empty());
+  ASSERT_TRUE(file.check_access());
+  const std::vector<std::string> texts = {"abcdefgh", "", std::string(1000, 'x')};
+  file.replace(recorded.log, as_records(texts));
+  const std::string whole = folder.content("state");
+  EXPECT_EQ(whole.substr(0, 16), std::string("\x08\0\0\0abcdefgh\x08\0\0\0", 16));
+  for (std::size_t size = 0; size <= whole.size(); ++size) {
+    folder.write("state", whole.substr(0, size));
+    const bool at_border = size == 0 || size == 16 || size == 24 || size == whole.size();
+    ASSERT_EQ(file.load(), at_border) << size;
+  }
+  ASSERT_EQ(file.records().size(), texts.size());
+  EXPECT_EQ(std::memcmp(file.records()[2].data(), texts[2].data(), 1000), 0);
+  std::string unlike = whole;
+  unlike[12] = 7;
+  folder.write("state", unlike);
+  EXPECT_FALSE(file.load());
+}
+
+TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
+  const TempFolder folder;
+  RecordedLog recorded;
+  folder.write("data/state", "old");
+  std::filesystem::create_symlink("data/state", folder.path("link"));
+  frame::RecordFile file(folder.path("link"));
+  const std::string large(100000, 'x');
+  const rlimit small{50000, RLIM_INFINITY};
+  rlimit before{};
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  ::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  const std::string lines =
+      recorded.lines_of([&] { file.replace(recorded.log, as_records({large})); });
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(lines, "### error : write error\nfile = " + folder.path("link") + "\nFile too large\n");
+  EXPECT_EQ(folder.content("data/state"), "old");
+  EXPECT_FALSE(std::filesystem::exists(folder.path("data/state.new")));
+  file.replace(recorded.log, as_records({large}));
+  EXPECT_EQ(folder.content("data/state").size(), large.size() + 8);
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
+  frame::RecordFile("/dev/null").replace(recorded.log, as_records({large}));
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(Accounts, AddUpAndStopOnMisuse) {
+  RecordedLog recorded;
+  frame::Log& log = recorded.log;
+  frame::CpuTimes now;
+  frame::Accounts accounts([&] { return now; });
+  EXPECT_EQ(recorded.lines_of([&] { accounts.print(log); }), "");
+  accounts.start(log, "total");
+  for (int i = 0; i < 2; ++i) {
+    accounts.start(log, "solid1d");
+    now.total += 1.5;
+    now.user += 1.0;
+    accounts.end(log, "solid1d");
+  }
+  now.total += 1.0;
+  accounts.end(log, "total");
+  accounts.start(log, "still running");
+  const std::string table = recorded.lines_of([&] { accounts.print(log); });
+  for (const char* row : {"\n   <  1> total                     :      4.00(100.0)       "
+                          "2.00(100.0)       2.00(100.0)\n",
+                          "\n   <  2> solid1d                   :      3.00( 75.0)       "
+                          "2.00(100.0)       1.00( 50.0)\n",
+                          "\n   <  3> still running             :      0.00(  0.0)       0.00(  "
+                          "0.0)       0.00(  0.0)\n",
+                          "          ***** Accouunting table of the CPU-time *****\n"}) {
+    EXPECT_NE(table.find(row), std::string::npos) << row << table;
+  }
+  const auto misuse = [&](const std::string& process, const char* command) {
+    const std::string lines = recorded.lines_of([&] { accounts.acpuct(log, process, command); });
+    return lines.substr(std::min(lines.size(), sizeof "### program error (acpuct)"));
+  };
+  EXPECT_EQ(misuse("still running", "start"), "### process name = (still running)\n");
+  EXPECT_EQ(misuse("total", "end"), "### process name = (total)\n");
+  EXPECT_EQ(misuse("unknown", "end"), "### process name = (unknown)\n");
+  EXPECT_EQ(misuse("total", "pause"), "### operation command = (pause)\n");
+  for (int i = 4; i <= 50; ++i) EXPECT_EQ(misuse(std::to_string(i), "start"), "");
+  EXPECT_EQ(misuse("p51", "start"), "### process name = (p51)\n");
+}
+
+TEST(CodeIndex, FindsEveryCodeInNarrowAndWideRanges) {
+  constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
+  constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+  const std::vector<std::vector<std::int32_t>> lists = {
+      {},
+      {5},
+      {3, 1, 2},
+      {1, 2000000000},
+      {kMin, 0, kMax},
+      {-4, 7, -4, 7},
+      {kMax, 9, kMin, 9, kMax},
+  };
+  for (const auto& codes : lists) {
+    const frame::CodeIndex index(codes);
+    for (const std::int32_t code : {kMin, -4, 0, 1, 2, 3, 5, 7, 9, 1999999999, 2000000000, kMax}) {
+      const auto found = std::find(codes.begin(), codes.end(), code);
+      const auto expected = found == codes.end() ? -1 : found - codes.begin();
+      EXPECT_EQ(index.find(code), expected) << code << " of " << codes.size();
+    }
+    const auto repeat = index.repeat().value_or(frame::CodeIndex::Repeat{-1, -1});
+    EXPECT_EQ(repeat.first, codes.size() == 4 ? 0 : codes.size() == 5 ? 1 : -1);
+    EXPECT_EQ(repeat.second, codes.size() == 4 ? 2 : codes.size() == 5 ? 3 : -1);
+  }
+}
+
+TEST(ProcessLayer, CopiesWhatBothSidesHaveAndReportsAnAbort) {
+  RecordedLog recorded;
+  frame::ProcessLayer layer;
+  const std::vector<double> source = {1, 2, 3};
+  std::vector<double> target = {7, 8};
+  frame::flw_m_gather(layer, std::span<const double>(source), std::span<double>(target));
+  EXPECT_EQ(target, (std::vector<double>{1, 2}));
+  EXPECT_EQ(recorded.lines_of([&] { frame::flw_m_abort(recorded.log, layer, 0); }),
+            "### mpi_abort is called by rank no. 0 .\n### error code is  0\n");
+}
+
+}  // namespace

@@ -1,0 +1,170 @@
+// Namelist groups: how users write them, what is refused, and what the log says of it.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "frame/namelist.hpp"
+#include "recorded_log.hpp"
+
+namespace {
+
+struct Settings {
+  std::int32_t n = 1;
+  double x = 0.5;
+  bool flag = false;
+  std::string text = "old";
+  std::array<std::int32_t, 3> list{7, 8, 9};
+  std::array<double, 2> pair{0, 0};
+
+  frame::Group group() {
+    return {"GROUP_A",
+            {{"N", n, frame::positive("n =", n)},
+             {"X", x, frame::not_negative("x =", x)},
+             {"FLAG", flag},
+             {"TEXT", text},
+             {"LIST", std::span(list)},
+             {"PAIR", std::span(pair)}}};
+  }
+};
+
+struct Outcome {
+  std::string log;
+  std::string values;  // "absent" when no group was found
+};
+
+Outcome read(const std::string& text) {
+  RecordedLog recorded;
+  Settings s;
+  frame::Group group = s.group();
+  frame::TextInput file("control", text);
+  file.skip_line();
+  bool found = false;
+  Outcome outcome;
+  outcome.log = recorded.lines_of([&] { found = group.read(recorded.log, file); });
+  outcome.values = found ? frame::items(s.n, s.x, s.flag, s.text, s.list[0], s.list[1], s.list[2],
+                                        s.pair[0], s.pair[1])
+                         : "absent";
+  return outcome;
+}
+
+struct Case {
+  std::string text;
+  std::string values;
+};
+
+TEST(Namelist, IsReadInEveryFormThatUsersWrite) {
+  const std::string unchanged = "1 0.5 0 old 7 8 9 0 0";
+  const std::vector<Case> cases = {
+      {"", "absent"},
+      {"3 4 fixed lines\n&group_ab n=5 /\n! &GROUP_A n=2 /\nGROUP_A N=3 /\n", "absent"},
+      {"&other a='x &group_a n=9 /' / &GROUP_A N = 2 /", "2 0.5 0 old 7 8 9 0 0"},
+      {"text, isn't it = 'x\n&Group_a n=5,x=1.5D0/ &group_a n=6 /", "5 1.5 0 old 7 8 9 0 0"},
+      {"&group_a/", unchanged},
+      {"&group_a\r\n\tN\r\n = \r\n 4\r\n,, X =\t.5 ,\r\n/", "4 0.5 0 old 7 8 9 0 0"},
+      {"&group_a ! n = 3\n x = 2 ! / 'x\n n = 4, ! done\n/", "4 2 0 old 7 8 9 0 0"},
+      {"&group_a list = 1, 2 pair = 3 4.5 flag=T n=2/", "2 0.5 1 old 1 2 9 3 4.5"},
+      {"&group_a list(3) = 1 list (2) = 5 / ", "1 0.5 0 old 7 5 1 0 0"},
+      {"&group_a LIST(2) = 1, 2 /", "1 0.5 0 old 7 1 2 0 0"},
+      {"&group_a LIST( 1 : 2 ) = 4, 2 N(1)=3 /", "3 0.5 0 old 4 2 9 0 0"},
+      {"&group_a list = , 3, , n = , x = /", "1 0.5 0 old 7 3 9 0 0"},
+      {"&group_a list = 1,,3 pair=2*7 /", "1 0.5 0 old 1 8 3 7 7"},
+      {"&group_a list = 2*, 4 /", "1 0.5 0 old 7 8 4 0 0"},
+      {"&group_a list = 3*1, n=1*6 /", "6 0.5 0 old 1 1 1 0 0"},
+      {"&group_a flag = .true. /", "1 0.5 1 old 7 8 9 0 0"},
+      {"&group_a flag = .T. n = 2 flag = .FALSE. flag = true flag = t flag=.f./",
+       "2 0.5 0 old 7 8 9 0 0"},
+      {"&group_a text = 'it''s / a \"b\" ! & c' n = 2 /", "2 0.5 0 it's / a \"b\" ! & c 7 8 9 0 0"},
+      {"&group_a text = \"a \"\"b\"\" 'c'\", text(1) = 1*\"one\ntwo\" /",
+       "1 0.5 0 onetwo 7 8 9 0 0"},
+      {"&group_a n = 2 n = 3 /", "3 0.5 0 old 7 8 9 0 0"},
+      {"\n\n&group_a n=+3 x=1/ tail &", "3 1 0 old 7 8 9 0 0"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(read(c.text).values, c.values) << c.text;
+}
+
+TEST(Namelist, ThatCannotBeReadIsToldWithItsLine) {
+  const std::string end = "### error : end of file\nnamelist = group_a\niostat = -1\n";
+  const std::string bad = "### error : read error\nnamelist = group_a\niostat = 1\n";
+  struct Fault {
+    std::string text;
+    int line;
+    const std::string& words;
+  };
+  const std::vector<Fault> cases = {
+      {"&group_a", 1, end},
+      {"&group_a\n n = 2\n\n\n", 2, end},
+      {"&group_a\n n = 2 &other x=1 /", 2, end},
+      {"&group_a n\n = 2\n&group_a n = 2 /", 3, end},
+      {"&group_a fl", 1, end},
+      {"&group_a list(2", 1, end},
+      {"&group_a\n\n text = 'open / \n", 3, end},
+      {"&group_a\n m = 3 /", 2, bad},
+      {"&group_a\n 3 /", 2, bad},
+      {"&group_a\n = 3 /", 2, bad},
+      {"&group_a n 3 /", 1, bad},
+      {"&group_a\n\n n = 3 4 /", 3, bad},
+      {"&group_a\n list = 1,2,\n3,\n4 /", 4, bad},
+      {"&group_a list = 4*1 /", 1, bad},
+      {"&group_a list = 2000000000*1 /", 1, bad},
+      {"&group_a list = 99999999999*1 /", 1, bad},
+      {"&group_a list = 0*1 /", 1, bad},
+      {"&group_a list(0) = 1 /", 1, bad},
+      {"&group_a list(4) = 1 /", 1, bad},
+      {"&group_a list(3:2) = 1 /", 1, bad},
+      {"&group_a list(1:2) = 1 2 3 /", 1, bad},
+      {"&group_a list() = 1 /", 1, bad},
+      {"&group_a list(1) 1 /", 1, bad},
+      {"&group_a n = 1.5 /", 1, bad},
+      {"&group_a n = 2147483648 /", 1, bad},
+      {"&group_a n = '1' /", 1, bad},
+      {"&group_a n == 1 /", 1, bad},
+      {"&group_a x = nan /", 1, bad},
+      {"&group_a x = 1e999 /", 1, bad},
+      {"&group_a text = bare /", 1, bad},
+      {"&group_a flag = yes /", 1, bad},
+      {"&group_a flag = . /", 1, bad},
+      {std::string("&group_a n = 1\0 /", 17), 1, bad},
+  };
+  for (const Fault& c : cases) {
+    const std::string log = read(c.text).log;
+    const std::string fault =
+        "%%% file control, line " + std::to_string(c.line) + "\n" + c.words + "(flw_nml_errmsg0)\n";
+    ASSERT_GE(log.size(), fault.size());
+    EXPECT_EQ(log.substr(log.size() - fault.size()), fault) << c.text;
+    EXPECT_EQ(log.rfind("&GROUP_A", 0), 0U) << "the group is echoed first";
+  }
+}
+
+TEST(Namelist, EchoIsAGroupThatReadsBackAndChecksFollowTheTable) {
+  const std::string text =
+      "&group_a n=2 x=1e-300 flag=t text='it''s /' list=3*-1 pair=0.1,12345678.9 /";
+  const Outcome first = read(text);
+  const Outcome again = read(first.log);
+  EXPECT_EQ(first.values, "2 1e-300 1 it's / -1 -1 -1 0.1 12345678.9");
+  EXPECT_EQ(again.values, first.values);
+  EXPECT_EQ(again.log, first.log);
+
+  const auto tail = [](const Outcome& outcome) {
+    return outcome.log.substr(outcome.log.find("\n/\n") + 3);
+  };
+  EXPECT_EQ(tail(first), "");
+  EXPECT_EQ(tail(read("&group_a x=-1 n=0 /")), "### error : data error\nn = 0\nit must be > 0\n");
+  EXPECT_EQ(tail(read("&group_a x=-1 /")), "### error : data error\nx = -1\nit must be >= 0\n");
+  EXPECT_EQ(read("no group").log, "");
+}
+
+TEST(Namelist, HostileTextIsReadInOnePass) {
+  for (const char* piece :
+       {"&group_a", "=", "='", "='\"", "&", "1(", "1 (", "n (", "n=1 ", " ", ",", "!"}) {
+    std::string body;
+    while (body.size() < 2'000'000) body += piece;
+    for (const char* head : {"", "&group_a ", "&group_a list = ", "&group_a n("}) {
+      EXPECT_EQ(read(head + body).values, "absent") << head << piece;
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,208 @@
+// Free-form records: what is accepted, what is refused, and on which line a fault is told.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "frame/log.hpp"
+#include "frame/text_input.hpp"
+#include "temp_folder.hpp"
+
+namespace {
+
+using frame::ReadStatus;
+using frame::TextInput;
+
+/// Reads records of an integer, a real and a text until none is left. Each gives its values
+/// (a null leaves -1, -1, ?) and "; ", the last one what ended the reading.
+std::string records_of(TextInput& file) {
+  std::string text;
+  for (;;) {
+    std::int32_t i = -1;
+    double x = -1;
+    std::string word = "?";
+    const ReadStatus status = file.read(i, x, word);
+    if (status == ReadStatus::end) return text + "end";
+    if (status == ReadStatus::error) return text + "error " + std::to_string(file.fault_line());
+    frame::append_number(text, std::int64_t{i});
+    text += ' ';
+    frame::append_number(text, x);
+    text += ' ' + word + "; ";
+  }
+}
+
+struct Case {
+  std::string text;
+  std::string records;
+};
+
+TEST(Records, AreReadInEveryFormThatFilesHave) {
+  const std::vector<Case> cases = {
+      {"1 2.5 a\n-3 .5 b\n", "1 2.5 a; -3 0.5 b; end"},
+      {"1,2.5,a\r\n2\t1.\tb", "1 2.5 a; 2 1 b; end"},
+      {"+3 +1.e3 a b c\n4 1.5D0 d / x\n", "3 1000 a; 4 1.5 d; end"},
+      {"1 1.5d+1 a\n1 1.5+1 a\n1 15E-1 a\n", "1 15 a; 1 15 a; 1 1.5 a; end"},
+      {"1\n\n 2.5 ,\n a tail\n2 3 b\n", "1 2.5 a; 2 3 b; end"},
+      {"1,,a\n,2,b\n,,\n5,6,c", "1 -1 a; -1 2 b; -1 -1 5; end"},
+      {" , , ,\n2*7 a\n", "-1 -1 ?; 7 7 a; end"},
+      {"1 2/\n/\n3/4 5\n", "1 2 ?; -1 -1 ?; 3 -1 ?; end"},
+      {"2*,x\n3*1\n1*5 1* z\n", "-1 -1 x; 1 1 1; 5 -1 z; end"},
+      {"2000000000*7 ignored\n1 2 z\n", "7 7 7; 1 2 z; end"},
+      {"1 2 'it''s / a, b'\n1 2 \"say \"\"x\"\"\"\n1 2 ''\n",
+       "1 2 it's / a, b; 1 2 say \"x\"; 1 2 ; end"},
+      {"1 2 1*'a b' rest\n1 2 a*b\n", "1 2 a b; 1 2 a*b; end"},
+      {"\xEF\xBB\xBF"
+       "1 2 a\n",
+       "1 2 a; end"},
+      {"1 1e-400 a\n1 -1e-400 b\n1 0e999 c\n", "1 0 a; 1 0 b; 1 0 c; end"},
+      {"\n \t\r\n 1 2 a\n \n\t\n", "1 2 a; end"},
+      {"", "end"},
+      {"2147483647 1e308 a\n-2147483648 -1e308 b",
+       "2147483647 1e+308 a; -2147483648 -1e+308 b; end"},
+  };
+  for (const Case& c : cases) {
+    TextInput file("in", c.text);
+    EXPECT_EQ(records_of(file), c.records) << c.text;
+  }
+}
+
+TEST(Records, RefuseWhatIsNoNumberAndTellItsLine) {
+  const auto expect_refused = [](const std::string& before, const std::string& tokens) {
+    std::istringstream words(tokens);
+    for (std::string token; words >> token;) {
+      TextInput file("in", "1 2 a\n\n" + before + token + " 2 a\n4 5 b\n");
+      EXPECT_EQ(records_of(file), "1 2 a; error 3") << token;
+    }
+  };
+  expect_refused("",
+                 "1.0 1e3 a 1a 2147483648 -2147483649 99999999999*1 0*1 -1*1 --1 '1' 1*'1' + - "
+                 "2**1 2*3*1 +-1 0x1 1; 2*1.5 1-1 \xEF\xBB\xBF 9999999999 -");
+  expect_refused("1 ",
+                 "1e400 -1e400 1e99999999999999999999 nan NaN inf -inf Infinity 1e 1.5e+ . -. "
+                 "1.2.3 0x1p3 1e5. \"2\" 1d0d0 1__0 e5 1.. 123456789012345678901e300");
+  TextInput file("in", std::string("1 2\0 a\n", 7));
+  EXPECT_EQ(records_of(file), "error 1");
+}
+
+TEST(Records, ThatAreCutShortAreNeverDropped) {
+  const std::string whole = "1 2.5 'a b'\r\n3\n4 c\r\n \r\n";
+  for (std::size_t size = 0; size <= whole.size(); ++size) {
+    TextInput file("in", whole.substr(0, size));
+    std::string expected = "end";
+    if (size >= 1) expected = "error 1";
+    if (size >= 11) expected = "1 2.5 a b; end";
+    if (size >= 14) expected = "1 2.5 a b; error 2";
+    if (size >= 16) expected = "1 2.5 a b; error 3";
+    if (size >= 18) expected = "1 2.5 a b; 3 4 c; end";
+    EXPECT_EQ(records_of(file), expected) << size;
+  }
+}
+
+TEST(Records, OfSinglePrecisionAreRoundedOnceFromTheText) {
+  // Rounded to double first, this one would end on the tie and go to the even neighbour.
+  TextInput file("in", "1.00000005960464477539062500000001 3.4028236e38");
+  float value = 0;
+  ASSERT_EQ(file.read(value), ReadStatus::ok);
+  EXPECT_EQ(value, 1.00000012F);
+  file.rewind();
+  EXPECT_EQ(file.read(value, value), ReadStatus::error);
+}
+
+TEST(Records, FillSpansAndAreCountedAsTheyAreRead) {
+  TextInput file("in", "title 1\n3*1. 2.\n 5 tail\n\n1 2 3 4 5\n6 7 8 9 /\n1 2\n");
+  ASSERT_TRUE(file.skip_line());
+  EXPECT_EQ(file.count_records(5), 4U);  // the one that is cut short counts
+  std::vector<double> values(5);
+  for (const char* expected : {"1 1 1 2 5", "1 2 3 4 5", "6 7 8 9 5"}) {
+    ASSERT_EQ(file.read(std::span(values)), ReadStatus::ok);
+    EXPECT_EQ(frame::items(values[0], values[1], values[2], values[3], values[4]), expected);
+  }
+  EXPECT_EQ(file.read(std::span(values)), ReadStatus::error);
+  EXPECT_EQ(file.fault_line(), 7);
+}
+
+TEST(Records, ACountThatTheFileCannotHoldIsFoundAtOnce) {
+  constexpr std::int64_t kMany = 2000000000;
+  const std::vector<std::tuple<std::string, std::int64_t, bool>> cases = {
+      {"1 2 3", 3, true},
+      {",,,,", 5, true},
+      {"1 2 3", kMany, false},
+      {"see *** here", kMany, false},
+      {"2000000000*1.0", kMany, true},
+      {"1000*1.0 x 500*2", 1500, true},
+      {"1000*1.0 x 500*2", 1600, false}};
+  for (const auto& [text, count, holds] : cases) {
+    EXPECT_EQ(TextInput("in", text).can_hold(count), holds) << text << count;
+  }
+}
+
+TEST(Records, FieldsOfALineAreCountedWithQuotesKeptWhole) {
+  const std::map<std::string, int> cases = {{"", 0},     {" 1, 2\t3\r", 3}, {"'a b' \"c, d\" e", 3},
+                                            {"1,,2", 2}, {"x'a b'y", 1},    {"'a b", 1}};
+  for (const auto& [line, count] : cases) EXPECT_EQ(frame::count_fields(line), count) << line;
+}
+
+TEST(Records, LinesAndPlacesAreKeptAsTheyStand) {
+  TextInput file("in", "first\r\n\nthird");
+  std::string_view line;
+  ASSERT_TRUE(file.next_line(line));
+  EXPECT_EQ(line, "first");
+  const std::size_t second = file.tell();
+  file.mark_fault();
+  EXPECT_EQ(file.fault_line(), 2);
+  ASSERT_TRUE(file.next_line(line));
+  EXPECT_EQ(line, "");
+  ASSERT_TRUE(file.next_line(line));
+  EXPECT_EQ(line, "third");
+  EXPECT_FALSE(file.next_line(line));
+  file.seek(second);
+  EXPECT_TRUE(file.skip_line());
+  EXPECT_EQ(file.tell(), second + 1);
+}
+
+TEST(Records, OfALargeFileReadTheSameMappedAndInMemory) {
+  const TempFolder folder;
+  std::string text;
+  while (text.size() < (20U << 20)) text += "12 0.25 word\n";
+  const std::size_t count = text.size() / 13;
+  folder.write("large", "\xEF\xBB\xBF" + text);
+  TextInput file(folder.path("large"));
+  ASSERT_TRUE(file.good());
+  EXPECT_EQ(file.content(), text);
+  for (int pass = 0; pass < 2; ++pass) {
+    EXPECT_EQ(file.count_records(3), count);
+    std::int32_t i = 0;
+    double x = 0;
+    std::string word;
+    std::size_t good = 0;
+    while (file.read(i, x, word) == ReadStatus::ok) good += i == 12 && x == 0.25 && word == "word";
+    EXPECT_EQ(good, count);
+    file.rewind();
+  }
+}
+
+TEST(Records, TenMegabytesInOneLineAreOneRecord) {
+  for (const std::string& piece : {std::string("1 "), std::string(","), std::string("9"),
+                                   std::string("'"), std::string("2*"), std::string(1, '\0')}) {
+    std::string text;
+    while (text.size() < 10'000'000) text += piece;
+    TextInput file("in", std::move(text));
+    std::int32_t i = 0;
+    const ReadStatus first = file.read(i);
+    EXPECT_EQ(first, piece == "1 " || piece == "," ? ReadStatus::ok : ReadStatus::error) << piece;
+    EXPECT_LE(file.count_records(4), 1U);
+  }
+}
+
+TEST(Records, FilesThatCannotBeReadSayWhy) {
+  const TempFolder folder;
+  EXPECT_EQ(TextInput(folder.path("")).reason(), "Is a directory");
+  EXPECT_EQ(TextInput(folder.path("none")).reason(), "No such file or directory");
+  EXPECT_TRUE(TextInput("/dev/null").good());
+}
+
+}  // namespace
