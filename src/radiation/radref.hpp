@@ -1,0 +1,53 @@
+// tsrf_module_radref: multiple reflection of short wave and exchange of long wave among groups.
+//
+// A fixed number of Jacobi sweeps over the view-factor table, on area-integrated powers of the
+// groups of patches. Both bands go through one pass over the table, which is the largest structure
+// of a run: its reading from memory is what a step costs. Called by rad_admin each step.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "radiation/raddat.hpp"
+
+namespace tsrf_module_radref {
+
+/// One band's problem, per patch; all fluxes in W/m2.
+struct Band {
+  std::span<const double> absorptivity;  ///< by row of the surface properties, 0..1
+  std::span<const double> source;        ///< emitted flux
+  std::span<double> radiosity;           ///< in: of the last step; out: of the patch's group
+  std::span<double> incident;            ///< in: from sky and sun; out: total of the group
+};
+
+/// Arrays of one step, sized once.
+struct Work {
+  /// One value for each band of a group side by side, so that a gather touches one cache line.
+  template <std::size_t Bands>
+  using Powers = std::vector<std::array<double, Bands>>;
+  template <std::size_t Bands>
+  struct OfBands {
+    Powers<Bands> absorptivity;
+    Powers<Bands> source;    // S
+    Powers<Bands> incident;  // E: from outside the exchange
+    Powers<Bands> gathered;  // G
+    Powers<Bands> J;         // radiosity before a sweep
+    Powers<Bands> J_next;    // and behind it
+  };
+  std::vector<double> area;  // A
+  OfBands<1> one;
+  OfBands<2> two;
+
+  /// Takes the arrays for `groups` groups and 1 or 2 bands at a time.
+  void resize(std::int32_t groups, std::size_t bands);
+};
+
+/// Solves one band or two. `surface_row` and `area` are per patch. The sums keep the order of the
+/// file for each group, so that the result of a band is the same bits alone and beside the other.
+void tsrf_cal_radref(const tsrf_module_raddat::Data& raddat,
+                     std::span<const std::int32_t> surface_row, std::span<const double> area,
+                     std::span<const Band> bands, Work& work);
+
+}  // namespace tsrf_module_radref
