@@ -32,6 +32,9 @@ class Restart : public testing::Test {
  protected:
   Restart() : file(folder.path("restart")) {}
   void save() { tsrf_io_restart::save(messages.log, file, 864, 259200.0, saved.state()); }
+  tsrf_io_restart::Start restore(std::int64_t iteration) {
+    return tsrf_io_restart::restore(messages.log, file, iteration, settings, present.state());
+  }
   /// Lines of a refused restore; the state and the file must be as before.
   std::string refused(const tsrf_io_restart::State& state, std::int64_t iteration = 864) {
     const std::string before = folder.content("restart");
@@ -44,7 +47,6 @@ class Restart : public testing::Test {
     EXPECT_TRUE(present == untouched);
     return lines;
   }
-  std::string refused() { return refused(present.state()); }
 
   TempFolder folder;
   RecordedLog messages;
@@ -60,54 +62,42 @@ TEST_F(Restart, RoundTrip) {
   saved.tlyr[1] = 5e-324;
   saved.JRs = {-0.0, std::numeric_limits<double>::max(), 1.0 / 3.0};
   save();
-  const double beyond = present.tlyr[kPatches * kNodes];
-  const auto start = tsrf_io_restart::restore(messages.log, file, 864, settings, present.state());
+  const double beyond = present.tlyr[6];
+  const auto start = restore(864);
   EXPECT_EQ(start.next_iteration, 865);
   EXPECT_EQ(start.time, 259200.0);
-  EXPECT_EQ(present.tlyr[kPatches * kNodes], beyond) << "the last node is not part of the file";
-  std::copy_n(saved.tlyr.begin() + kPatches * kNodes, kPatches,
-              present.tlyr.begin() + kPatches * kNodes);
+  EXPECT_EQ(present.tlyr[6], beyond) << "the last node is not part of the file";
+  std::copy_n(saved.tlyr.begin() + 6, 3, present.tlyr.begin() + 6);
   EXPECT_TRUE(present == saved);
   EXPECT_TRUE(std::signbit(present.JRs[0]));
   settings.TIMES = -7200.0;
-  EXPECT_EQ(tsrf_io_restart::restore(messages.log, file, 864, settings, present.state()).time,
-            -7200.0);
+  EXPECT_EQ(restore(864).time, -7200.0);
   settings.TIMES = 1.62e308;
-  EXPECT_EQ(tsrf_io_restart::restore(messages.log, file, 864, settings, present.state()).time,
-            259200.0);
+  EXPECT_EQ(restore(864).time, 259200.0);
 }
 
 TEST_F(Restart, BytesOfTheFile) {
   save();
-  const auto mark = [](std::uint32_t size) {
-    return std::string(reinterpret_cast<const char*>(&size), sizeof size);
+  std::string expected;
+  const auto put = [&](auto... values) {
+    (expected.append(reinterpret_cast<const char*>(&values), sizeof values), ...);
   };
-  const auto record = [&](const std::string& bytes) {
-    const std::string frame = mark(static_cast<std::uint32_t>(bytes.size()));
-    return frame + bytes + frame;
-  };
-  const auto bytes = [](const auto* values, std::size_t count) {
-    return std::string(reinterpret_cast<const char*>(values), count * sizeof *values);
-  };
-  const std::int32_t iteration = 864;
-  const double time = 259200.0;
-  const std::int32_t sizes[] = {kPatches, kNodes};
-  EXPECT_EQ(folder.content("restart"),
-            record(bytes(&iteration, 1) + bytes(&time, 1) + bytes(sizes, 2)) +
-                record(bytes(saved.tlyr.data(), 6)) + record(bytes(saved.JRl.data(), 3)) +
-                record(bytes(saved.JRs.data(), 3)) +
-                record(bytes(saved.Tr.data(), 2) + bytes(saved.Tm.data(), 2)));
+  put(20, 864, 259200.0, kPatches, kNodes, 20, 48);
+  for (std::size_t n = 0; n < 6; ++n) put(saved.tlyr[n]);
+  put(48, 24, saved.JRl[0], saved.JRl[1], saved.JRl[2], 24);
+  put(24, saved.JRs[0], saved.JRs[1], saved.JRs[2], 24);
+  put(32, saved.Tr[0], saved.Tr[1], saved.Tm[0], saved.Tm[1], 32);
+  EXPECT_EQ(folder.content("restart"), expected);
 }
 
 TEST_F(Restart, ColdStarts) {
   const Owner untouched = present;
-  for (const std::string content : {"", "not looked at"}) {
-    folder.write("restart", content);
-    settings.TIMES = 3600.0;
-    const auto start = tsrf_io_restart::restore(messages.log, file, content.empty() ? 0 : -1,
-                                                settings, present.state());
+  settings.TIMES = 3600.0;
+  for (const std::int64_t requested : {0, -1}) {
+    const auto start = restore(requested);
     EXPECT_EQ(start.next_iteration, 1);
     EXPECT_EQ(start.time, 0.0);
+    folder.write("restart", "not looked at");
   }
   EXPECT_TRUE(present == untouched);
   EXPECT_EQ(messages.screen.str(), "");
@@ -118,52 +108,51 @@ TEST_F(Restart, CutAtAnyByte) {
   const std::string whole = folder.content("restart");
   for (std::size_t size = 1; size < whole.size(); ++size) {
     folder.write("restart", whole.substr(0, size));
-    const std::string lines = refused();
+    const std::string lines = refused(present.state());
     EXPECT_EQ(lines.substr(0, heading.size()), heading) << size;
     EXPECT_EQ(lines.substr(lines.size() - tag.size()), tag) << size;
   }
 }
 
-TEST_F(Restart, OtherModels) {
+TEST_F(Restart, OtherStates) {
   save();
-  const auto state = [this](auto&& change) {
-    tsrf_io_restart::State other = present.state();
-    change(other);
-    return other;
-  };
   using State = tsrf_io_restart::State;
+  const auto refused_by = [&](auto&& change, std::int64_t iteration = 864) {
+    State other = present.state();
+    change(other);
+    return refused(other, iteration);
+  };
   const std::string size = heading + "size not consistent\n";
-  EXPECT_EQ(refused(state([](State& s) { s.mpatch = 2; })),
+  EXPECT_EQ(refused_by([](State& s) { s.mpatch = 2; }),
             size + "mpatch,mzg(restart file)= 3 2\nmpatch,mzg(specified)   = 2 2\n" + tag);
-  EXPECT_EQ(refused(state([](State& s) { s.mzg = 3; })),
+  EXPECT_EQ(refused_by([](State& s) { s.mzg = 3; }),
             size + "mpatch,mzg(restart file)= 3 2\nmpatch,mzg(specified)   = 3 3\n" + tag);
-  EXPECT_EQ(refused(present.state(), 0),
-            heading +
-                "specified iteration counts not found\niteration (restart file)= 864\n"
-                "iteration (specified)   = 0\n" +
-                tag);
-  EXPECT_EQ(refused(state([](State& s) { s.Tr = s.Tm = {}; })),
+  EXPECT_EQ(refused_by([](State&) {}, 0),
+            heading + "specified iteration counts not found\niteration (restart file)= 864\n" +
+                "iteration (specified)   = 0\n" + tag);
+  EXPECT_EQ(refused_by([](State& s) { s.Tr = s.Tm = {}; }),
             size + "records(restart file)= 5\nrecords(specified)   = 4\n" + tag);
   EXPECT_EQ(
-      refused(state([](State& s) { s.Tr = s.Tr.first(1); })),
+      refused_by([](State& s) { s.Tr = s.Tr.first(1); }),
       size + "bytes of record 5(restart file)= 32\nbytes of record 5(specified)   = 24\n" + tag);
 }
 
 TEST_F(Restart, DamagedRecords) {
+  const auto not_finite = [&](const std::string& place) {
+    return heading + "value not finite\nrecord no.,value no. = " + place + "\n" + tag;
+  };
   saved.JRs[2] = std::nan("");
   save();
-  EXPECT_EQ(refused(), heading + "value not finite\nrecord no.,value no. = 4 3\n" + tag);
-  saved.JRs[2] = 0.0;
+  EXPECT_EQ(refused(present.state()), not_finite("4 3"));
   saved.tlyr[0] = -std::numeric_limits<double>::infinity();
   save();
-  EXPECT_EQ(refused(), heading + "value not finite\nrecord no.,value no. = 2 1\n" + tag);
+  EXPECT_EQ(refused(present.state()), not_finite("2 1"));
   tsrf_io_restart::save(messages.log, file, 864, std::nan(""), present.state());
-  EXPECT_EQ(refused(), heading + "value not finite\nrecord no.,value no. = 1 2\n" + tag);
-  folder.write("restart", std::string(16, '\0'));
-  EXPECT_EQ(refused(), heading +
-                           "size not consistent\nbytes of record 1(restart file)= 0\n"
-                           "bytes of record 1(specified)   = 20\n" +
-                           tag);
+  EXPECT_EQ(refused(present.state()), not_finite("1 2"));
+  folder.write("restart", std::string(8, '\0'));
+  EXPECT_EQ(refused(present.state()),
+            heading + "size not consistent\nbytes of record 1(restart file)= 0\n" +
+                "bytes of record 1(specified)   = 20\n" + tag);
 }
 
 TEST_F(Restart, FailedSaveLeavesTheOldState) {
