@@ -6,10 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "patches_of.hpp"
 #include "recorded_log.hpp"
 #include "trees/htrans.hpp"
 #include "trees/jmk_data.hpp"
 #include "trees/jumoku_settings.hpp"
+#include "trees/lai_simpl.hpp"
 #include "trees/radiat.hpp"
 
 namespace {
@@ -73,6 +75,60 @@ TEST(TreeSettings, BrokenRulesAreToldByName) {
             "### error : read error\nnamelist = jmk_data\niostat = 1\n(jmk_nml_errmsg0)\n"
             "(jmk_module_data)(inputdata)\n");
   EXPECT_EQ(fault_of("no group at all"), "");
+}
+
+/// Simple trees on a row of three patches (land, wall, land) in a grid of 4 x 2 cells.
+struct SimpleTrees {
+  SimpleTrees() {
+    patch = patches_of({1.0, 1.0, 1.0});
+    patch.type[1] = tsrf_module_patch::kBuilding;
+    patch.si = {1, 2, 3};
+    patch.sj = {2, 2, 2};
+    data.mpatch = 3;
+    allocdata01(recorded.log, data);
+  }
+  std::string read(const std::string& lines) {
+    TextInput file("LAD_simple.txt", "i j LAD H\n" + lines);
+    return recorded.lines_of(
+        [&] { read_lai_simpl(recorded.log, file, patch, grid_index, 4, 2, data); });
+  }
+  RecordedLog recorded;
+  tsrf_module_patch::Data patch;
+  tsrf_module_grdindx::Data grid_index{.NXB = 0, .NYB = 0};
+  tsrf_module_data::Data data;
+};
+
+TEST(SimpleTrees, StandOnLandOnly) {
+  SimpleTrees x;
+  EXPECT_EQ(x.read("2 2 1.0 5.0\n3 2 0.7 4\n4 1 1 1\n"), "");
+  EXPECT_EQ(x.data.treemk, (std::vector<std::int32_t>{0, 0, 1}));
+  EXPECT_EQ(x.data.treeax(2, 0), 0.7);
+  EXPECT_EQ(x.data.treeax(2, 1), 4.0);
+  EXPECT_EQ(x.data.treeax(2, 2), 300.0);
+}
+
+TEST(SimpleTrees, AreCountedFromTheModelsArea) {
+  SimpleTrees x;
+  x.grid_index = {.NXF = 2, .NYF = 1, .NXB = 0, .NYB = 0, .ox = 2, .oy = 1};
+  EXPECT_EQ(x.read("1 1 0.7 4\n"), "");
+  EXPECT_EQ(x.data.treemk, (std::vector<std::int32_t>{0, 0, 1}));
+}
+
+TEST(SimpleTrees, FaultsAreTold) {
+  const std::string tag = "(tsrf_module_data)(read_lai_simpl)\n";
+  const struct {
+    std::string lines, fault;
+  } cases[] = {
+      {"5 1 1 1\n", kDataError + "i,j of simple-LAD data= 5 1\nthey are out of range\n"},
+      {"1 0 1 1\n", kDataError + "i,j of simple-LAD data= 1 0\nthey are out of range\n"},
+      {"1 1 1 1\n1 1 1 2\n", kDataError + "duplicated i,j of simple-LAD data= 1 1\n"},
+      {"1 1 -1 2\n", kDataError + "lad,h of simple-LAD data= -1 2\nthey must be >= 0\ni,j = 1 1\n"},
+      {"1 1 1.x 1\n", "%%% file LAD_simple.txt, line 2\n### read error : LAD_simple data\n"},
+      {"1 1 1", "%%% file LAD_simple.txt, line 2\n### read error : LAD_simple data\n"},
+  };
+  for (const auto& [lines, fault] : cases) {
+    EXPECT_EQ(SimpleTrees().read(lines), fault + tag) << lines;
+  }
 }
 
 }  // namespace
