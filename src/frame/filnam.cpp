@@ -10,7 +10,9 @@ namespace ubx_module_filnam {
 namespace {
 
 std::string two_digits(std::int32_t value) {
-  return (value < 10 ? "0" : "") + std::to_string(value);
+  std::string digits = std::to_string(value);
+  if (value < 10) digits.insert(digits.begin(), '0');
+  return digits;
 }
 
 /// Replaces each "//" by "/", going on behind the place just closed.
