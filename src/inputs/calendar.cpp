@@ -90,12 +90,14 @@ Date sec2date(frame::Log& log, Data& calendar, double time) {
       std::trunc(in_hour - minute * 60.0)};
 }
 
+std::int32_t days_in(std::int32_t month) { return kMonthDays[static_cast<std::size_t>(month - 1)]; }
+
 bool chkdate(const IntDate& date) {
   const auto within = [&date](std::size_t e, std::int32_t low, std::int32_t high) {
     return low <= date[e] && date[e] <= high;
   };
-  return within(1, 1, 12) && within(2, 1, kMonthDays[static_cast<std::size_t>(date[1] - 1)]) &&
-         within(3, 0, 24) && within(4, 0, 60) && within(5, 0, 60);
+  return within(1, 1, 12) && within(2, 1, days_in(date[1])) && within(3, 0, 24) &&
+         within(4, 0, 60) && within(5, 0, 60);
 }
 
 ClosingMonth date_month(frame::Log& log, Data& calendar, double time) {

@@ -27,6 +27,8 @@ struct Data {
 double date2sec(const Data& calendar, const Date& date);
 /// Date of a model time, rounded to whole seconds.
 Date sec2date(frame::Log& log, Data& calendar, double time);
+/// Number of days of `month` (1..12).
+std::int32_t days_in(std::int32_t month);
 /// True when month, day, hour (0..24), minute and second (0..60) are in range.
 bool chkdate(const IntDate& date);
 /// The month that a time closes: at day 1, 00:00:00 the month before, with `at_start` set.

@@ -1,7 +1,8 @@
 #include "radiation/shade.hpp"
 
-#include <algorithm>
 #include <utility>
+
+#include "radiation/shade_lines.hpp"
 
 namespace tsrf_module_shade {
 
@@ -9,22 +10,6 @@ namespace {
 
 using dated_series::IntDate;
 using frame::ReadStatus;
-
-constexpr dated_series::Words kWords{
-    "Sun", "(tsrf_module_shade)", "(set_shade_oneday)", "%%% read shade : date=", "Sun",
-    "Sun", "time no. ="};
-constexpr std::int32_t kColumns = 3;
-
-/// A line behind its date.
-struct Line {
-  std::int32_t index = 0;  ///< running number, of no use here
-  std::int32_t PID = 0;
-  float fraction = 0.0F;
-};
-
-ReadStatus read_line(frame::TextInput& file, std::span<std::int32_t> date, Line& line) {
-  return file.read(date, line.index, line.PID, line.fraction);
-}
 
 /// Reads a block into its row.
 ReadStatus read_block(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
@@ -35,15 +20,8 @@ ReadStatus read_block(frame::Log& log, frame::TextInput& file, const tsrf_module
   return dated_series::read_block(log, file, kWords, patch.mpatch, [&](std::int32_t n) {
     const ReadStatus status = read_line(file, on_record, line);
     if (status != ReadStatus::ok) return status;
-    // As a rule the lines come in the order of the patches.
-    const auto guess = static_cast<std::size_t>(n);
-    const std::int32_t found = patch.PID[guess] == line.PID ? n : patch.by_pid.find(line.PID);
-    const auto p = static_cast<std::size_t>(found);
-    if (found < 0 || data.seen[p] == block) {
-      log.program_error("### program error -2- (tsrf_module_shade)", "(set_shade_oneday)");
-    }
-    data.seen[p] = block;
-    row[p] = std::clamp(line.fraction, 0.0F, 1.0F);
+    enter(log, patch, line, static_cast<std::size_t>(n), block, kWords.query, std::span(data.seen),
+          row);
     return status;
   });
 }
@@ -54,7 +32,11 @@ void set_shade(frame::Log& log, frame::TextInput* file, double time,
                const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                Data& data, std::span<double> fsun) {
   const frame::Tag tag(log, "(tsrf_module_shade)(set_shade)");
-  set_shade_oneday(log, *file, time, patch, calendar, data, fsun);
+  if (data.dated_run) {
+    set_shade_mltday(log, time, patch, calendar, data, fsun);
+  } else {
+    set_shade_oneday(log, *file, time, patch, calendar, data, fsun);
+  }
 }
 
 void check_data(frame::Log& log, frame::TextInput& file, std::int32_t mpatch, Data& data) {

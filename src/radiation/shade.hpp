@@ -1,12 +1,16 @@
 // tsrf_module_shade: the sunlit fraction of each patch through time (Sun data).
 //
 // The fractions are made before the run, for its sun positions; here they are a dated series of
-// blocks, one line a patch. Queried once a step at the step's start.
+// blocks, one line a patch. A repeating-day run has one file of them; a dated run one a day, and
+// whole months of them are kept packed. Queried once a step at the step's start.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "frame/log.hpp"
@@ -27,19 +31,42 @@ struct Settings {
   std::array<std::int32_t, 2> DAYS{0, 0};  ///< days of a month with Sun files; 0, 0: all
 };
 
+/// The blocks of one month of a dated run, packed (see bit_planes.hpp).
+struct PackedMonth {
+  std::int32_t month = 0;
+  std::vector<double> times;        ///< of the blocks, from the month's start [s]
+  std::vector<std::int32_t> words;  ///< NBIT planes for each 30 blocks
+};
+
+/// A block of a packed month as numbers.
+struct UnpackedBlock {
+  std::int32_t month = 0;  ///< 0: none
+  std::size_t block = 0;
+  std::vector<double> values;  ///< per patch
+};
+
 struct Data {
   Settings settings;
-  dated_series::Series series{dated_series::Settings{.NSTRDT = 2}};
-  frame::PatchTable<float> fractions;  ///< a row per stored block
+  bool dated_run = false;
   std::vector<std::int32_t> seen;  ///< scratch: per patch, number of the block that gave it last
   std::int32_t blocks_read = 0;
+
+  // Repeating day.
+  dated_series::Series series{dated_series::Settings{.NSTRDT = 2}};
+  frame::PatchTable<float> fractions;  ///< a row per stored block
+
+  // Dated run.
+  std::function<std::string(std::int32_t month, std::int32_t day)> day_name;  ///< set by the driver
+  std::vector<PackedMonth> months;  ///< at most NITEM, the oldest first
+  UnpackedBlock lower, upper;       ///< round the last time asked for
+  std::vector<double> block;        ///< scratch: the block that is read
 };
 
 /// Reads group TSRF_SHADE; `dated_run` tells which of its rules hold.
 void inputdata(frame::Log& log, frame::TextInput& control, bool dated_run, Data& data);
 
 /// Sunlit fraction of every patch at `time` [s], the entry of both forms. `file` is the Sun file of
-/// a repeating-day run.
+/// a repeating-day run; a dated run opens its own files.
 void set_shade(frame::Log& log, frame::TextInput* file, double time,
                const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                Data& data, std::span<double> fsun);
@@ -51,5 +78,14 @@ void check_data(frame::Log& log, frame::TextInput& file, std::int32_t mpatch, Da
 void set_shade_oneday(frame::Log& log, frame::TextInput& file, double time,
                       const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                       Data& data, std::span<double> fsun);
+
+/// Reads and packs the day files of a month.
+void read_mltday(frame::Log& log, std::int32_t month, const tsrf_module_patch::Data& patch,
+                 Data& data, PackedMonth& packed);
+/// The form of dated runs: interpolates between the blocks of the month of `time` round it. Before
+/// the month's first and behind its last block that block holds. A date beyond MONTHS and DAYS
+/// stops the run.
+void set_shade_mltday(frame::Log& log, double time, const tsrf_module_patch::Data& patch,
+                      tsrf_module_calendar::Data& calendar, Data& data, std::span<double> fsun);
 
 }  // namespace tsrf_module_shade

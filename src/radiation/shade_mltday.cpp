@@ -1,0 +1,204 @@
+// The shade schedule of dated runs: months of day files, kept packed.
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "radiation/bit_planes.hpp"
+#include "radiation/shade.hpp"
+#include "radiation/shade_lines.hpp"
+
+namespace tsrf_module_shade {
+
+namespace {
+
+using dated_series::Counter;
+using dated_series::IntDate;
+using frame::items;
+using frame::ReadStatus;
+
+constexpr std::int32_t kMostDates = 24;  ///< blocks of a day's file
+constexpr double kHour = 3600.0;
+constexpr std::int32_t kHoursOfDay = 24;
+
+/// First and last day of `month` that have a file.
+std::array<std::int32_t, 2> days_of(const Settings& settings, std::int32_t month) {
+  const std::int32_t length = tsrf_module_calendar::days_in(month);
+  if (settings.DAYS[0] == 0) return {1, length};
+  return {settings.DAYS[0], std::min(settings.DAYS[1], length)};
+}
+
+/// The planes that hold block `block` of a month.
+std::span<std::int32_t> planes(PackedMonth& month, std::size_t block, std::size_t size) {
+  return std::span(month.words).subspan(block / tsrf_utl::kSlots * size, size);
+}
+
+std::int32_t slot_of(std::size_t block) {
+  return static_cast<std::int32_t>(block % tsrf_utl::kSlots) + 1;
+}
+
+/// Reads the files of one month.
+class MonthReader {
+ public:
+  MonthReader(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data, PackedMonth& month)
+      : log_(log),
+        patch_(patch),
+        data_(data),
+        month_(month),
+        mpatch_(static_cast<std::size_t>(patch.mpatch)),
+        group_(mpatch_ * static_cast<std::size_t>(data.settings.NBIT)) {}
+
+  void read_day(std::int32_t day) {
+    const std::string name = data_.day_name(month_.month, day);
+    log_.line("%%% open file =", name);
+    frame::TextInput file(name);
+    if (!file.good()) {
+      log_.error_and_log("### cannot open " + name + " : " + file.reason());
+      throw frame::Stop{frame::kStatusOpenError};
+    }
+    day_ = day;
+    dates_ = 0;
+    last_time_ = -1.0;
+    const auto block = [&](Counter& at, IntDate& date) { return read_block(file, at, date); };
+    dated_series::check_pass(log_, file, kWords, kColumns, block, data_.series);
+    if (dates_ > kMostDates) {
+      log_.data_error(items("maximal no. of dates =", dates_), "it must be <= 24");
+    }
+  }
+
+ private:
+  ReadStatus read_block(frame::TextInput& file, Counter& at, IntDate& date) {
+    const std::int32_t block = ++data_.blocks_read;
+    date[1] = month_.month;
+    date[2] = day_;
+    Line line;
+    const auto read = [&](std::int64_t, std::span<std::int32_t> on_record) {
+      return read_line(file, on_record, line);
+    };
+    const auto take = [&](std::int64_t number) {
+      enter(log_, patch_, line, static_cast<std::size_t>(number - at.line), block, "(read_mltday)",
+            std::span(data_.seen), std::span(data_.block));
+    };
+    const ReadStatus status = dated_series::check_block(log_, file, kWords, data_.series.settings,
+                                                        patch_.mpatch, at, date, read, take);
+    if (status != ReadStatus::ok) return status;
+    check_date(date, at.line);
+    if (++dates_ <= kMostDates) store(last_time_);
+    return status;
+  }
+
+  /// The date is of the file's day and follows that of the block before.
+  void check_date(const IntDate& date, std::int64_t line) {
+    IntDate of_file = date;
+    of_file[1] = month_.month;
+    of_file[2] = day_;
+    dated_series::check_same_date(log_, kWords, date, of_file, line);
+    const double time = ((day_ - 1) * kHoursOfDay + date[3]) * kHour;
+    const bool first = dates_ == 0;
+    if (!first && time <= last_time_) {
+      log_.program_error("### program error -1- (tsrf_module_shade)", "(read_mltday)");
+    }
+    last_time_ = time;
+  }
+
+  void store(double time) {
+    const std::size_t block = month_.times.size();
+    if (block % tsrf_utl::kSlots == 0) {
+      frame::allocating(log_, [&] { month_.words.resize(month_.words.size() + group_, 0); });
+    }
+    month_.times.push_back(time);
+    tsrf_utl::tsrf_utl_bitrdt(log_, -1, mpatch_, mpatch_, data_.settings.NBIT, slot_of(block),
+                              planes(month_, block, group_), data_.block);
+  }
+
+  frame::Log& log_;
+  const tsrf_module_patch::Data& patch_;
+  Data& data_;
+  PackedMonth& month_;
+  std::size_t mpatch_;
+  std::size_t group_;  ///< words of the planes of 30 blocks
+  std::int32_t day_ = 0;
+  std::int32_t dates_ = 0;   ///< blocks of the day's file
+  double last_time_ = -1.0;  ///< of the last block, from the month's start [s]
+};
+
+/// Unpacks block `block` of a month into one of the two columns, unless it is there.
+void unpack(frame::Log& log, PackedMonth& month, std::size_t block, UnpackedBlock& column,
+            const Data& data) {
+  if (column.month == month.month && column.block == block) return;
+  const std::size_t n = column.values.size();
+  tsrf_utl::tsrf_utl_bitrdt(log, 1, n, n, data.settings.NBIT, slot_of(block),
+                            planes(month, block, n * static_cast<std::size_t>(data.settings.NBIT)),
+                            column.values);
+  column.month = month.month;
+  column.block = block;
+}
+
+/// The month's packed blocks, read now if they are not kept; the oldest month makes room.
+PackedMonth& packed_month(frame::Log& log, std::int32_t month, const tsrf_module_patch::Data& patch,
+                          Data& data) {
+  for (PackedMonth& kept : data.months) {
+    if (kept.month == month) return kept;
+  }
+  PackedMonth next;
+  if (data.months.size() >= static_cast<std::size_t>(data.settings.NITEM)) {
+    next = std::move(data.months.front());
+    data.months.erase(data.months.begin());
+  }
+  read_mltday(log, month, patch, data, next);
+  data.months.push_back(std::move(next));
+  return data.months.back();
+}
+
+}  // namespace
+
+void read_mltday(frame::Log& log, std::int32_t month, const tsrf_module_patch::Data& patch,
+                 Data& data, PackedMonth& packed) {
+  const frame::Tag tag(log, "(tsrf_module_shade)(read_mltday)");
+  const auto [first, last] = days_of(data.settings, month);
+  packed.month = month;
+  packed.times.clear();
+  packed.words.clear();
+  const auto mpatch = static_cast<std::size_t>(patch.mpatch);
+  const auto blocks = static_cast<std::size_t>((last - first + 1) * kMostDates);
+  const std::size_t groups = (blocks + tsrf_utl::kSlots - 1) / tsrf_utl::kSlots;
+  frame::allocating(log, [&] {
+    packed.times.reserve(blocks);
+    packed.words.reserve(groups * mpatch * static_cast<std::size_t>(data.settings.NBIT));
+    data.seen.resize(mpatch);
+    data.block.resize(mpatch);
+  });
+  MonthReader reader(log, patch, data, packed);
+  for (std::int32_t day = first; day <= last; ++day) reader.read_day(day);
+}
+
+void set_shade_mltday(frame::Log& log, double time, const tsrf_module_patch::Data& patch,
+                      tsrf_module_calendar::Data& calendar, Data& data, std::span<double> fsun) {
+  const frame::Tag tag(log, "(tsrf_module_shade)(set_shade_mltday)");
+  if (patch.mpatch == 0) return;
+  const tsrf_module_calendar::Date date = tsrf_module_calendar::sec2date(log, calendar, time);
+  const auto month = static_cast<std::int32_t>(date[1]);
+  const double in_month =
+      time - tsrf_module_calendar::date2sec(calendar, {date[0], date[1], 1.0, 0.0, 0.0, 0.0});
+  const auto day = static_cast<std::int32_t>(in_month / tsrf_module_calendar::kSecondsPerDay) + 1;
+  const auto [first, last] = days_of(data.settings, month);
+  if (month < data.settings.MONTHS[0] || month > data.settings.MONTHS[1] || day < first ||
+      day > last) {
+    log.program_error("### program error -1- (tsrf_module_shade)", "(set_shade_mltday)");
+  }
+  PackedMonth& packed = packed_month(log, month, patch, data);
+  data.lower.values.resize(fsun.size());
+  data.upper.values.resize(fsun.size());
+  const std::vector<double>& times = packed.times;
+  const auto behind = std::lower_bound(times.begin(), times.end(), in_month);
+  const auto next = static_cast<std::size_t>(behind - times.begin());
+  const std::size_t upper = std::min(next, times.size() - 1);
+  const std::size_t lower = next == 0 ? 0 : next - 1;
+  if (data.upper.month == month && data.upper.block == lower) std::swap(data.lower, data.upper);
+  unpack(log, packed, lower, data.lower, data);
+  unpack(log, packed, upper, data.upper, data);
+  const double weight =
+      lower == upper ? 1.0 : (in_month - times[lower]) / (times[upper] - times[lower]);
+  dated_series::mix<double>(weight, data.lower.values, data.upper.values, fsun);
+}
+
+}  // namespace tsrf_module_shade
