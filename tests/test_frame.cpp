@@ -40,6 +40,39 @@ TEST(Numbers, RoundTripInTheShortestForm) {
             "mx(= -3 ) < 0.1 0.1 300 0 1e+22 5.6704e-08 -2147483648");
 }
 
+/// The fast and the plain way to read `text` must agree to the bit; returns whether the fast one
+/// took it.
+template <class Real>
+bool fast_agrees(const std::string& text) {
+  Real fast = -7;
+  Real plain = -7;
+  EXPECT_TRUE(frame::parse_number(text, plain)) << text;
+  const char* behind = frame::scan_plain(text.data(), text.data() + text.size(), fast);
+  if (behind == nullptr) return false;
+  EXPECT_EQ(behind, text.data() + text.size()) << text;
+  EXPECT_EQ(std::memcmp(&fast, &plain, sizeof fast), 0) << text;
+  return true;
+}
+
+TEST(Numbers, ReadFastHaveTheBitsOfThePlainWay) {
+  std::mt19937_64 random(3);
+  int taken = 0;
+  for (int i = 0; i < 100000; ++i) {
+    char text[64];
+    const auto digits = static_cast<double>(static_cast<std::int64_t>(random()) >> (random() % 64));
+    const int decimals = static_cast<int>(random() % 20);
+    std::snprintf(text, sizeof text, i % 2 == 0 ? "%.*f" : "%.*e", decimals, digits / 1e9);
+    taken += fast_agrees<double>(text) && fast_agrees<float>(text);
+  }
+  EXPECT_GT(taken, 20000);
+  // In the middle between two single-precision values, and beside it.
+  for (const char* text : {"16777217", "16777219", "16777217.0000001", "16777216.9999999", "-0",
+                           "33554434e22", "9007199254740992", "9007199254740993", "0.1e-21"}) {
+    fast_agrees<double>(text);
+    fast_agrees<float>(text);
+  }
+}
+
 TEST(Numbers, InColumnsAreThoseOfTheCLibrary) {
   std::mt19937_64 random(2);
   for (int i = 0; i < 20000; ++i) {

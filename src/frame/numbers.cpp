@@ -2,14 +2,20 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 
 namespace frame {
 
 namespace {
 
 constexpr std::size_t kBuffer = 64;
+
+constexpr std::array<double, 23> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 void append_right(std::string& out, const char* first, const char* last, int width) {
   const auto length = static_cast<int>(last - first);
@@ -136,6 +142,58 @@ bool parse_number(std::string_view token, std::int32_t& value) {
   if (token.empty() || status != std::errc() || end != last) return false;
   value = result;
   return true;
+}
+
+const char* scan_plain(const char* first, const char* last, double& value) {
+  const bool negative = first < last && *first == '-';
+  const char* const begin = first + (negative ? 1 : 0);
+  const char* at = begin;
+  std::uint64_t digits = 0;  // may wrap around; too many are refused below
+  const auto take_digits = [&] {
+    const char* const from = at;
+    for (; at < last && is_digit(*at); ++at) {
+      digits = 10 * digits + static_cast<std::uint64_t>(*at - '0');
+    }
+    return at - from;
+  };
+  std::ptrdiff_t count = take_digits();
+  std::ptrdiff_t decimals = 0;
+  if (at < last && *at == '.') {
+    ++at;
+    decimals = take_digits();
+    count += decimals;
+  }
+  // Whole numbers up to 2^53 and powers of ten up to 10^22 are exact, so that one product or
+  // quotient of them is the real nearest to the text (W. D. Clinger, 1990).
+  if (count == 0 || count > 18 || digits > (1ULL << 53)) return nullptr;
+  std::int32_t power = 0;
+  if (at < last && (*at == 'e' || *at == 'E')) {
+    ++at;
+    const bool plus = at < last && *at == '+';
+    if (plus && last - at > 1 && !is_digit(at[1])) return nullptr;
+    at = scan_plain(plus ? at + 1 : at, last, power);
+    if (at == nullptr) return nullptr;
+  }
+  power -= static_cast<std::int32_t>(decimals);
+  if (power < -22 || power > 22) return nullptr;
+  const auto number = static_cast<double>(digits);
+  const double scale = kPowersOfTen[static_cast<std::size_t>(std::abs(power))];
+  const double result = power < 0 ? number / scale : number * scale;
+  value = negative ? -result : result;
+  return at;
+}
+
+const char* scan_plain(const char* first, const char* last, float& value) {
+  double wide = 0;
+  const char* behind = scan_plain(first, last, wide);
+  // A second rounding goes astray only from the middle between two single-precision values.
+  constexpr std::uint64_t kDropped = (1ULL << 29) - 1;
+  constexpr std::uint64_t kMiddle = 1ULL << 28;
+  if (behind == nullptr || (std::bit_cast<std::uint64_t>(wide) & kDropped) == kMiddle) {
+    return nullptr;
+  }
+  value = static_cast<float>(wide);
+  return behind;
 }
 
 bool parse_number(std::string_view token, double& value) { return parse_real(token, value); }

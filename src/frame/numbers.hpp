@@ -36,4 +36,22 @@ bool parse_number(std::string_view token, double& value);
 /// The same for single precision, rounded once from the decimal text.
 bool parse_number(std::string_view token, float& value);
 
+/// The fast way in: reads the number at the start of `first`..`last` when it is of the plain kind
+/// that files are full of (an optional minus; up to 9 digits of an integer, up to 18 of a real
+/// with or without a point and an `e` exponent) and returns the place behind it; null when it is
+/// not, `value` then being untouched. What is accepted has the bits that parse_number gives.
+const char* scan_plain(const char* first, const char* last, double& value);
+const char* scan_plain(const char* first, const char* last, float& value);
+inline const char* scan_plain(const char* first, const char* last, std::int32_t& value) {
+  const bool negative = first < last && *first == '-';
+  const char* begin = first + (negative ? 1 : 0);
+  const char* stop = last - begin > 9 ? begin + 9 : last;
+  const char* at = begin;
+  std::int32_t number = 0;
+  for (; at < stop && *at >= '0' && *at <= '9'; ++at) number = 10 * number + (*at - '0');
+  if (at == begin) return nullptr;
+  value = negative ? -number : number;
+  return at;
+}
+
 }  // namespace frame

@@ -11,8 +11,6 @@
 // their files only through this class.
 #pragma once
 
-#include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -41,16 +39,14 @@ class RecordScanner {
     if (plain_) {
       const char* p = at_;
       while (p < last_ && (*p == ' ' || *p == '\t')) ++p;
-      if (p < last_ && ((*p >= '0' && *p <= '9') || *p == '-')) {
-        Number number{};
-        const auto [end, status] = std::from_chars(p, last_, number);
-        if (status == std::errc() && end < last_ && is_blank(*end) && usable(number)) {
-          value = number;
-          at_ = end;
-          after_value_ = true;
-          any_ = true;
-          return true;
-        }
+      Number number{};
+      const char* behind = scan_plain(p, last_, number);
+      if (behind != nullptr && behind < last_ && is_blank(*behind)) {
+        value = number;
+        at_ = behind;
+        after_value_ = true;
+        any_ = true;
+        return true;
       }
     }
     return slow_field(value);
@@ -77,9 +73,6 @@ class RecordScanner {
   enum class Token { value, null, none };
 
   static bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-  static bool usable(std::int32_t) { return true; }
-  static bool usable(double value) { return std::isfinite(value); }
-  static bool usable(float value) { return std::isfinite(value); }
 
   template <class Number>
   bool slow_field(Number& value) {
