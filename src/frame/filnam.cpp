@@ -15,12 +15,14 @@ std::string two_digits(std::int32_t value) {
   return digits;
 }
 
-/// Replaces each "//" by "/", going on behind the place just closed.
-std::string closed(std::string name) {
-  for (std::size_t i = 0; i + 1 < name.size(); ++i) {
-    if (name[i] == '/' && name[i + 1] == '/') name.erase(i, 1);
+/// Replaces each "//" by "/", going on behind the place just closed: three slashes leave two.
+std::string closed(const std::string& name) {
+  std::string result;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    if (name.compare(i, 2, "//") == 0) ++i;
+    result += name[i];
   }
-  return name;
+  return result;
 }
 
 void trim(std::string& text) {
@@ -36,9 +38,10 @@ std::vector<std::string> check_months(const std::array<std::int32_t, 2>& months)
 }
 
 std::vector<std::string> check_date0(const std::array<std::int32_t, 6>& d) {
-  if (d[3] == 0 && d[4] == 0 && d[5] == 0) return {};
-  return {frame::items("date0 =", d[0], d[1], d[2], d[3], d[4], d[5]),
-          "hour, minute and second must be 0"};
+  const std::string line = frame::items("date0 =", d[0], d[1], d[2], d[3], d[4], d[5]);
+  if (d[1] < 1 || d[1] > 12 || d[2] < 1 || d[2] > 31) return {line, "out of range"};
+  if (d[3] != 0 || d[4] != 0 || d[5] != 0) return {line, "hour, minute and second must be 0"};
+  return {};
 }
 
 /// BASE/, and the month's directory.
