@@ -1,5 +1,9 @@
 #include "frame/unit_table.hpp"
 
+#include <unistd.h>
+
+#include <utility>
+
 namespace frame {
 
 namespace {
@@ -11,20 +15,27 @@ namespace {
 
 }  // namespace
 
-UnitTable::UnitTable() = default;
+UnitTable::UnitTable(std::string directory) : directory_(std::move(directory)) {}
 UnitTable::~UnitTable() = default;
 
 TextInput& UnitTable::open_input(Log& log, int unit, const std::string& name) {
   close(unit);
-  auto file = std::make_unique<TextInput>(name);
+  auto file = std::make_unique<TextInput>(path_of(name));
   if (!file->good()) cannot_open(log, name, file->reason());
   at(unit).input = std::move(file);
   return input(unit);
 }
 
+TextInput& UnitTable::open_input_if_any(Log& log, int unit, const std::string& name) {
+  if (::access(path_of(name).c_str(), F_OK) == 0) return open_input(log, unit, name);
+  close(unit);
+  at(unit).input = std::make_unique<TextInput>(name, std::string());
+  return input(unit);
+}
+
 TextOutput& UnitTable::open_output(Log& log, int unit, const std::string& name) {
   close(unit);
-  auto file = std::make_unique<TextOutput>(name);
+  auto file = std::make_unique<TextOutput>(path_of(name));
   if (!file->good()) cannot_open(log, name, file->reason());
   at(unit).output = std::move(file);
   return output(unit);
@@ -32,10 +43,15 @@ TextOutput& UnitTable::open_output(Log& log, int unit, const std::string& name) 
 
 RecordFile& UnitTable::open_records(Log& log, int unit, const std::string& name) {
   close(unit);
-  auto file = std::make_unique<RecordFile>(name);
+  auto file = std::make_unique<RecordFile>(path_of(name));
   if (!file->check_access()) cannot_open(log, name, file->reason());
   at(unit).records = std::move(file);
   return records(unit);
+}
+
+std::string UnitTable::path_of(const std::string& name) const {
+  if (directory_ == "." || (!name.empty() && name.front() == '/')) return name;
+  return directory_ + "/" + name;
 }
 
 void UnitTable::close(int unit) { at(unit) = Slot{}; }

@@ -51,7 +51,8 @@ inline constexpr int kUnits = 100;
 
 class UnitTable {
  public:
-  UnitTable();
+  /// Names of files are taken from `directory` unless they are absolute.
+  explicit UnitTable(std::string directory = ".");
   ~UnitTable();
   UnitTable(const UnitTable&) = delete;
   UnitTable& operator=(const UnitTable&) = delete;
@@ -59,6 +60,8 @@ class UnitTable {
   /// Opens an existing file for reading; what the unit held is closed. A file that cannot be
   /// opened ends the run on the spot (Stop) with one line on standard error and the log.
   TextInput& open_input(Log& log, int unit, const std::string& name);
+  /// The same, but a file that is not there is read as an empty one.
+  TextInput& open_input_if_any(Log& log, int unit, const std::string& name);
   /// Opens a file for writing, made where it is not there, as it is where it is.
   TextOutput& open_output(Log& log, int unit, const std::string& name);
   /// Opens the restart file, made empty where it is not there.
@@ -70,6 +73,9 @@ class UnitTable {
   [[nodiscard]] TextInput& input(int unit) { return *at(unit).input; }
   [[nodiscard]] TextOutput& output(int unit) { return *at(unit).output; }
   [[nodiscard]] RecordFile& records(int unit) { return *at(unit).records; }
+
+  /// The path of a file of this run.
+  [[nodiscard]] std::string path_of(const std::string& name) const;
 
   /// Writes out every output file. Fails when one cannot take its text.
   void flush_outputs(Log& log);
@@ -83,6 +89,7 @@ class UnitTable {
   [[nodiscard]] Slot& at(int unit) { return slots_.at(static_cast<std::size_t>(unit)); }
   [[nodiscard]] const Slot& at(int unit) const { return slots_.at(static_cast<std::size_t>(unit)); }
 
+  std::string directory_;
   std::array<Slot, kUnits + 1> slots_;
 };
 
