@@ -225,7 +225,7 @@ TEST_F(Results, BldLoadLayout) {
     prep_bldload(messages.log, patch, grid, data);
     for (int day = 0; day < 2; ++day) {
       sum_bldload(Reals{1, 2, 8, 99, 16, 4}, Reals{-1, 0, 0, 99, 2, 0}, data);
-      write_bldload(messages.log, file, &stheat, settings, 3600, data.released, data);
+      write_bldload(messages.log, file, stheat, settings, 3600, data.released, data);
     }
     EXPECT_EQ(written(), heading + rows);
   }

@@ -16,11 +16,11 @@ double volume_of(const tsrf_main01::Grid& grid, std::int32_t i, std::int32_t j, 
   return grid.axes[0].dx(i) * grid.axes[1].dx(j) * grid.axes[2].dx(k);
 }
 
-void write_heading(frame::Log& log, frame::TextOutput& file, frame::TextInput* stheat) {
+void write_heading(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat) {
   bool any = false;
   std::string_view line;
-  if (stheat != nullptr) stheat->rewind();
-  while (stheat != nullptr && stheat->next_line(line)) {
+  stheat.rewind();
+  while (stheat.next_line(line)) {
     line = line.substr(0, kHeadingWidth);
     file.line(log, line.substr(0, line.find_last_not_of(' ') + 1));
     any = true;
@@ -54,7 +54,7 @@ void sum_bldload(std::span<const double> sensible, std::span<const double> laten
   }
 }
 
-void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput* stheat,
+void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat,
                    const Settings& settings, std::int32_t sod, std::span<const CellHeat> released,
                    BldLoad& data) {
   if (!is_whole_hour(sod)) return;

@@ -33,8 +33,8 @@ void prep_bldload(frame::Log& log, const tsrf_module_patch::Data& patch,
 /// Sums the heat released at the patches [W] over each cell, in the order of the patches.
 void sum_bldload(std::span<const double> sensible, std::span<const double> latent, BldLoad& data);
 /// Writes the rows of the hour that second `sod` of the day ends from `released` per cell of
-/// `data.cells`. `stheat` may be null: there is no such file.
-void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput* stheat,
+/// `data.cells`.
+void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat,
                    const Settings& settings, std::int32_t sod, std::span<const CellHeat> released,
                    BldLoad& data);
 

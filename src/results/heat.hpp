@@ -4,16 +4,15 @@
 // in a dated one.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 
+#include "buildings/bldng.hpp"
 #include "results/io.hpp"
 
 namespace tsrf_module_io {
 
-/// Heat budget of a building [W]: elements 1 to 14 at positions 0 to 13.
-using Budget = std::array<double, 14>;
+using Budget = tsrf_module_bldng::Budget;
 
 /// The buildings at an instant, or their means over an hour of the day.
 struct BuildingColumns {

@@ -176,18 +176,39 @@ void clear(BuildingSums& sums) {
   clear_table(sums.released);
 }
 
-void write_month(frame::Log& log, const Settings& settings, const MonthFiles& files,
-                 const tsrf_module_patch::Data& patch, const BuildingColumns* buildings,
-                 SurfTemp& surf_temp, BldLoad& bld_load, Monthly& monthly) {
-  write_cells(log, settings, files.surf_temp, surf_temp, monthly.cells);
-  write_patches(log, settings, files.patch_surf_temp, patch, monthly);
-  if (buildings != nullptr) {
-    write_buildings(log, settings, files, *buildings, bld_load, monthly.buildings);
+void write_month(frame::Log& log, const MonthFiles& files, const MonthRows& rows,
+                 Monthly& monthly) {
+  write_cells(log, rows.settings, files.surf_temp, rows.surf_temp, monthly.cells);
+  write_patches(log, rows.settings, files.patch_surf_temp, rows.patch, monthly);
+  if (rows.buildings != nullptr) {
+    write_buildings(log, rows.settings, files, *rows.buildings, rows.bld_load, monthly.buildings);
   }
   clear(monthly.temperature);
   clear(monthly.fluxes);
   clear(monthly.cells);
   clear(monthly.buildings);
+}
+
+void output_month(frame::Log& log, frame::UnitTable& units, const ubx_module_filnam::Data& filnam,
+                  tsrf_module_calendar::Data& calendar, double time, bool lend,
+                  const MonthRows& rows, Monthly& monthly) {
+  const auto closing = tsrf_module_calendar::date_month(log, calendar, time);
+  if (!closing.at_start && !lend) return;
+  const auto name = [&](std::int32_t index) {
+    return ubx_module_filnam::make_month_name(filnam, index, closing.month);
+  };
+  const MonthFiles files{
+      .surf_temp = units.open_output(log, frame::kUnitSurfTemp, name(ubx_module_filnam::kSurfTemp)),
+      .patch_surf_temp = units.open_output(log, frame::kUnitPatchSurfTemp,
+                                           name(ubx_module_filnam::kPatchSurfTemp)),
+      .heat = units.open_output(log, frame::kUnitHeat, name(ubx_module_filnam::kHeat)),
+      .bld_load = units.open_output(log, frame::kUnitBldLoad, name(ubx_module_filnam::kBldLoad)),
+      .stheat = units.open_input_if_any(log, frame::kUnitStHeat, name(ubx_module_filnam::kStHeat))};
+  write_month(log, files, rows, monthly);
+  for (const int unit : {frame::kUnitSurfTemp, frame::kUnitPatchSurfTemp, frame::kUnitHeat,
+                         frame::kUnitBldLoad, frame::kUnitStHeat}) {
+    units.close(unit);
+  }
 }
 
 }  // namespace tsrf_module_io

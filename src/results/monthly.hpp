@@ -2,15 +2,19 @@
 //
 // Each step adds its values into the hour that it ends; when a month closes the 24 mean hours go
 // through the line writers into that month's files. The sums are taken at first use and cleared
-// after each month's output; they are not part of a run's restart state. The step calls the add
-// routines, the driver calls output_month.
+// after each month's output; they are not part of a run's restart state, so a run that resumes
+// within a month has the means of the rest of it. The step calls the add routines, the driver
+// calls output_month.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <span>
 
+#include "frame/filnam.hpp"
 #include "frame/patch_table.hpp"
+#include "frame/unit_table.hpp"
+#include "inputs/calendar.hpp"
 #include "inputs/patch.hpp"
 #include "results/bld_load.hpp"
 #include "results/heat.hpp"
@@ -76,14 +80,26 @@ struct MonthFiles {
   frame::TextOutput& patch_surf_temp;
   frame::TextOutput& heat;
   frame::TextOutput& bld_load;
-  frame::TextInput* stheat;  ///< null when there is none
+  frame::TextInput& stheat;
+};
+
+/// What the rows are of.
+struct MonthRows {
+  const Settings& settings;
+  const tsrf_module_patch::Data& patch;
+  const BuildingColumns* buildings;  ///< BldID, floor and area; null: the building model is off
+  SurfTemp& surf_temp;
+  BldLoad& bld_load;
 };
 
 /// Writes the 24 mean hours, each file from its start, and clears the sums. An hour without a step
-/// is a row of zeros. `buildings` names the buildings of heat (its other columns are not read); it
-/// is null when the building model is off, and heat and BldLoad then stay as they are.
-void write_month(frame::Log& log, const Settings& settings, const MonthFiles& files,
-                 const tsrf_module_patch::Data& patch, const BuildingColumns* buildings,
-                 SurfTemp& surf_temp, BldLoad& bld_load, Monthly& monthly);
+/// is a row of zeros. Without buildings heat and BldLoad stay as they are.
+void write_month(frame::Log& log, const MonthFiles& files, const MonthRows& rows, Monthly& monthly);
+
+/// When `time` [s] opens a month, or the run ends: opens the files of the month that closes, writes
+/// them as write_month does and closes them.
+void output_month(frame::Log& log, frame::UnitTable& units, const ubx_module_filnam::Data& filnam,
+                  tsrf_module_calendar::Data& calendar, double time, bool lend,
+                  const MonthRows& rows, Monthly& monthly);
 
 }  // namespace tsrf_module_io
