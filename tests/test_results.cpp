@@ -1,12 +1,12 @@
 // The result files: layout byte for byte, the rule by which they start over, sums over cells.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <random>
+#include <tuple>
 
 #include "recorded_log.hpp"
 #include "results/bld_load.hpp"
@@ -81,26 +81,20 @@ TEST_F(Results, IntegersWidenTheirField) {
 }
 
 TEST_F(Results, FilesStartOver) {
-  struct Case {
-    std::int32_t rewind;
-    std::vector<std::int32_t> hours;
-    std::string content;
-  };
-  for (const Case& test : {Case{1, {5, 6}, "head 5 6 "}, Case{1, {23, 24, 1, 2}, "head 1 2 "},
-                           Case{2, {1, 24, 1}, "head 1 "}, Case{0, {24, 1, 2}, "head 24 1 2 "}}) {
-    // What an earlier run left goes with the first write.
-    folder.write("over", "left by an earlier run that wrote a long file");
-    frame::TextOutput over(folder.path("over"));
-    settings.REWIND_OUTFILE = test.rewind;
+  using Hours = std::vector<std::int32_t>;
+  const std::vector<std::tuple<std::int32_t, Hours, std::string>> cases{
+      {1, {5, 6}, "head\n5\n6\n"},
+      {1, {23, 24, 1, 2}, "head\n1\n2\n"},
+      {2, {1, 24, 1}, "head\n1\n"},
+      {0, {24, 1, 2}, "head\n24\n1\n2\n"}};
+  for (const auto& [rewind, hours, content] : cases) {
+    settings.REWIND_OUTFILE = rewind;
     FileStart fresh;
-    for (const std::int32_t hour : test.hours) {
-      start_file(messages.log, over, "head", settings, hour, fresh);
-      over.line(messages.log, std::to_string(hour));
-      over.flush(messages.log);
+    for (const std::int32_t hour : hours) {
+      start_file(messages.log, file, "head", settings, hour, fresh);
+      file.line(messages.log, std::to_string(hour));
     }
-    std::string content = folder.content("over");
-    std::replace(content.begin(), content.end(), '\n', ' ');
-    EXPECT_EQ(content, test.content) << test.rewind;
+    EXPECT_EQ(written(), content) << rewind;
   }
 }
 
