@@ -12,8 +12,7 @@ ViewFactorGatherer::ViewFactorGatherer(std::int32_t groups)
       counts_(static_cast<std::size_t>(groups)) {}
 
 void ViewFactorGatherer::open_block(Span& span) {
-  // Left as it comes: pages that are never filled never take memory.
-  span.blocks.push_back(std::make_unique_for_overwrite<Block>());
+  span.blocks.push_back(frame::make_on_pages<Block>());
   span.filled = 0;
 }
 

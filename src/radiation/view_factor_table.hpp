@@ -10,9 +10,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
+#include "frame/page_memory.hpp"
 #include "radiation/raddat.hpp"
 
 namespace tsrf_module_raddat {
@@ -45,7 +45,7 @@ class ViewFactorGatherer {
     std::array<std::uint16_t, kBlock> place;  // destination within the span
   };
   struct Span {
-    std::vector<std::unique_ptr<Block>> blocks;
+    std::vector<frame::PagePtr<Block>> blocks;
     std::size_t filled = kBlock;  // of the last block
   };
   static void open_block(Span& span);
