@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/log.hpp"
 #include "frame/text_output.hpp"
 
 namespace tsrf_module_io {
