@@ -1,0 +1,75 @@
+// solid1d: conduction in the columns behind the surfaces.
+//
+// One step of all columns. The surface node comes from the surface balance, the node behind the
+// last cell from the room; both are held while the cells between advance: explicitly where the
+// step is short enough for the column's cells, by backward Euler where it is not.
+//
+// Columns of one material are alike, so conductances, cells and the factors of the elimination are
+// kept once for each kind of column, and what a step moves is temperatures only. Blocks of
+// neighbouring patches of one kind go through the layers together. Called by the step.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "frame/log.hpp"
+#include "frame/patch_table.hpp"
+#include "surface/surface_state.hpp"
+
+namespace solid1d {
+
+/// A column is explicit while its stiffness times the step is not above this.
+inline constexpr double kExplicitLimit = 0.99;
+
+/// One cell of a kind of column.
+struct Cell {
+  double dzl;    ///< thickness [m]
+  double capa;   ///< heat capacity [J/m3 K]
+  double gcond;  ///< conductance to the next node [W/m2 K]
+  // For the step in force.
+  double rate = 0.0;      ///< explicit: dt / capa
+  double lower = 0.0;     ///< implicit: factor of the change of the cell before, 0 of the first
+  double diagonal = 0.0;  ///< implicit: of the row after elimination
+  double upper = 0.0;     ///< implicit: factor of the change of the next cell over the diagonal
+};
+
+/// Columns that are alike.
+struct Kind {
+  std::int32_t cells = 0;
+  std::size_t first_cell = 0;  ///< position of cell 1 in Work::cells
+  double surface_gcond = 0.0;  ///< conductance from the surface to cell 1 [W/m2 K]
+  double stiffness = 0.0;      ///< [1/s]
+  bool heated = false;         ///< has a heat source in its cells
+  bool implicit = false;       ///< for the step in force
+};
+
+/// Patches of one kind that advance together.
+struct Block {
+  std::size_t first;  ///< position in Work::order
+  std::size_t count;
+  std::size_t kind;
+};
+
+/// What the columns of a run come to; fixed but for the terms that hang on the step.
+struct Work {
+  double dt = 0.0;  ///< the step in force [s], 0 before the first
+  std::vector<Kind> kinds;
+  std::vector<Cell> cells;
+  std::vector<std::uint32_t> order;  ///< patches by blocks
+  std::vector<Block> blocks;
+  std::vector<double> rows;  ///< scratch: the right sides of a block's rows
+};
+
+/// Sorts the columns of all patches with lcal > 0 into kinds and blocks. To be called once, when
+/// cells and conductances are set. `heated` are the patches, ascending, whose cells may have a
+/// heat source.
+void set_columns(frame::Log& log, const tsrf_module_data::Data& state,
+                 std::span<const std::int32_t> heated, Work& work);
+
+/// Advances the cells of the columns by `dt` [s]. `qlayer` (row k-1 = cell k) is added to the
+/// divergence of the flux in the cells of heated patches; it may be empty where there are none.
+void solid1d(double dt, const frame::PatchTable<double>& qlayer, tsrf_module_data::Data& state,
+             Work& work);
+
+}  // namespace solid1d
