@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "random_exchange.hpp"
+#include "../bench/random_exchange.hpp"
 
 namespace {
 
