@@ -1,10 +1,19 @@
 #include "buildings/bldng.hpp"
 
+#include <algorithm>
+#include <string>
+#include <utility>
+
 #include "frame/namelist.hpp"
 
 namespace tsrf_module_bldng {
 
 namespace {
+
+using frame::items;
+using frame::ReadStatus;
+
+constexpr std::int32_t kUses = 8;  // building uses BldCD 1..8
 
 frame::Group group_of(Settings& s) {
   using frame::positive;
@@ -21,11 +30,151 @@ frame::Group group_of(Settings& s) {
            {"DHRED", s.DHRED, fraction("dhred =", s.DHRED)}}};
 }
 
+/// A line of the Building file.
+struct Line {
+  std::int32_t BldID = 0, BldCD = 0, Strct = 0, floor = 0;
+  double area = 0.0, acflr = 0.0, shf = 0.0, cop = 0.0;
+  std::int32_t no_release = 0;
+};
+
+[[noreturn]] void read_failed(frame::Log& log, const frame::TextInput& file) {
+  log.read_error(file, "### read error : Building data");
+}
+
+/// True when some line is of a building that a patch names.
+bool has_building(frame::Log& log, frame::TextInput& file, const frame::CodeIndex& named) {
+  std::array<std::string, 8> rest;
+  bool found = false;
+  file.rewind();
+  file.skip_line();
+  for (;;) {
+    std::int32_t BldID = 0;
+    const ReadStatus status = file.read(BldID, std::span<std::string>(rest));
+    if (status == ReadStatus::end) return found;
+    if (status == ReadStatus::error) read_failed(log, file);
+    found = found || named.find(BldID) >= 0;
+  }
+}
+
+/// A share that exceeds 1 by a rounding of the data is taken as 1.
+bool is_share(double value) { return value >= 0.0 && value <= 1.001; }
+
+/// Checks building `i` (from 1).
+void check_line(frame::Log& log, std::int32_t i, const Line& line) {
+  const auto require = [&](bool good, std::string_view field, auto value, std::string_view rule) {
+    if (good) return;
+    log.data_error(items("i," + std::string(field) + "(i) in Building data =", i, value), rule);
+  };
+  constexpr std::string_view kPositive = "it must be > 0";
+  constexpr std::string_view kShare = "it must be >= 0 and <= 1";
+  require(line.floor > 0, "floor", line.floor, kPositive);
+  require(line.area > 0.0, "area", line.area, kPositive);
+  require(is_share(line.acflr), "acflr", line.acflr, kShare);
+  require(is_share(line.shf), "shf", line.shf, kShare);
+  require(line.cop > 0.0, "cop", line.cop, kPositive);
+  if (line.BldCD < 1 || line.BldCD > kUses) {
+    log.data_error(items("BldCD in Building data =", line.BldCD),
+                   items("it must be >= 1 and <=", kUses), items("bldid =", line.BldID));
+  }
+}
+
+void enter(const Line& line, Data& data) {
+  data.BldID.push_back(line.BldID);
+  data.BldCD.push_back(line.BldCD);
+  data.Strct.push_back(line.Strct);
+  data.floor.push_back(line.floor);
+  data.area.push_back(line.area);
+  data.acflr.push_back(std::min(line.acflr, 1.0));
+  data.shf.push_back(std::min(line.shf, 1.0));
+  data.cop.push_back(line.cop);
+  data.no_release.push_back(line.no_release);
+  ++data.nbld;
+}
+
+/// Reads the lines of the buildings that patches name.
+void read_lines(frame::Log& log, frame::TextInput& file, const frame::CodeIndex& named,
+                Data& data) {
+  file.rewind();
+  file.skip_line();
+  for (;;) {
+    Line line;
+    const ReadStatus status = file.read(line.BldID, line.BldCD, line.Strct, line.floor, line.area,
+                                        line.acflr, line.shf, line.cop, line.no_release);
+    if (status == ReadStatus::end) return;
+    if (status == ReadStatus::error) read_failed(log, file);
+    if (named.find(line.BldID) < 0) continue;
+    check_line(log, data.nbld + 1, line);
+    frame::allocating(log, [&] { enter(line, data); });
+  }
+}
+
+void index_buildings(frame::Log& log, Data& data) {
+  frame::allocating(log, [&] { data.by_bldid = frame::CodeIndex(data.BldID); });
+  if (const auto& repeat = data.by_bldid.repeat()) {
+    log.data_error(
+        items("BldID in Building data =", data.BldID[static_cast<std::size_t>(repeat->second)]),
+        "it is specified redundantly in line no. n1 & n2",
+        items("n1,n2 =", repeat->first + 1, repeat->second + 1));
+  }
+}
+
 }  // namespace
 
 void read_nmlst_bldng(frame::Log& log, frame::TextInput& control, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_bldng)(read_nmlst_bldng)");
   group_of(data.settings).read(log, control);
+}
+
+void read_bldng(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
+                Data& data) {
+  const frame::Tag tag(log, "(tsrf_module_bldng)(read_bldng)");
+  frame::CodeIndex named;
+  frame::allocating(log, [&] { named = frame::CodeIndex(patch.BldID); });
+  if (!has_building(log, file, named)) log.fail("### error : lack of Building data");
+  Data read;
+  read_lines(log, file, named, read);
+  index_buildings(log, read);
+  const bool is_reread = data.nbld > 0;
+  if (is_reread) {
+    if (read.BldID != data.BldID || read.BldCD != data.BldCD || read.Strct != data.Strct) {
+      log.fail("### error : invalid multi-day data");
+    }
+    read.Tr = std::move(data.Tr);
+    read.Tm = std::move(data.Tm);
+  } else {
+    frame::allocating(log, [&] {
+      read.Tr.assign(static_cast<std::size_t>(read.nbld), 0.0);
+      read.Tm = read.Tr;
+    });
+  }
+  read.settings = data.settings;
+  data = std::move(read);
+}
+
+void check_bldcd(frame::Log& log, std::string_view name, const Data& data,
+                 const tsrf_module_rmheat::Data& rmheat) {
+  const frame::Tag tag(log, "(tsrf_module_bldng)(check_bldcd)");
+  for (std::size_t b = 0; b < data.BldID.size(); ++b) {
+    if (rmheat.pairs.find(data.BldCD[b], data.Strct[b]) >= 0) continue;
+    log.data_error(items("BldCD,Strct in Building data =", data.BldCD[b], data.Strct[b]),
+                   items("it is not defined in", name));
+  }
+}
+
+void bldng_alloc_tmpdata(frame::Log& log, std::int32_t mpatch, Data& data) {
+  const frame::Tag tag(log, "(tsrf_module_bldng)(bldng_alloc_tmpdata)");
+  frame::allocating(log, [&] {
+    for (auto* array : {&data.qtrans, &data.qroom, &data.sensible, &data.latent}) {
+      array->assign(static_cast<std::size_t>(mpatch), 0.0);
+    }
+    data.bldat.assign(static_cast<std::size_t>(data.nbld), Budget{});
+  });
+}
+
+void set_hin(const tsrf_module_patch::Data& patch, const Data& data, std::span<double> hin) {
+  for (std::size_t p = 0; p < hin.size(); ++p) {
+    if (patch.type[p] == tsrf_module_patch::kBuilding) hin[p] = data.settings.HTRNS;
+  }
 }
 
 }  // namespace tsrf_module_bldng

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "buildings/rmheat.hpp"
 #include "frame/code_index.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
@@ -63,5 +64,21 @@ struct Data {
 
 /// Reads group TSRF_BLDNG.
 void read_nmlst_bldng(frame::Log& log, frame::TextInput& control, Data& data);
+
+/// Reads the Building file: the lines whose BldID some patch names. Called again with filled `data`
+/// it takes the new values, and fails when buildings or their codes differ from what `data` holds.
+void read_bldng(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
+                Data& data);
+
+/// Each building's (BldCD, Strct) must be a pair of the schedule data set `name`.
+void check_bldcd(frame::Log& log, std::string_view name, const Data& data,
+                 const tsrf_module_rmheat::Data& rmheat);
+
+/// Takes the arrays of the exchange at the first call and clears them at each: a step starts from
+/// zero.
+void bldng_alloc_tmpdata(frame::Log& log, std::int32_t mpatch, Data& data);
+
+/// Inner film coefficient [W/m2 K] of all building surfaces.
+void set_hin(const tsrf_module_patch::Data& patch, const Data& data, std::span<double> hin);
 
 }  // namespace tsrf_module_bldng

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace frame {
 
@@ -47,5 +48,14 @@ void flw_m_gather(const ProcessLayer&, std::span<const T> source, std::span<T> t
   const std::size_t count = std::min(source.size(), target.size());
   std::copy_n(source.begin(), count, target.begin());
 }
+
+/// Reals that go to, or come from, another process.
+struct Message {
+  std::int32_t rank;
+  std::vector<double> values;
+};
+/// Sends all of `send` and fills all of `receive`, whose sizes the receiver knows. One process has
+/// no partner.
+inline void flw_m_exchange(const ProcessLayer&, std::span<const Message>, std::span<Message>) {}
 
 }  // namespace frame

@@ -10,8 +10,6 @@ namespace {
 using frame::items;
 
 constexpr std::int32_t kGroundCells = 20;
-/// More cells than any memory holds; a column size up to here still fits 32 bits.
-constexpr std::int64_t kMostCells = INT32_MAX - 2;
 
 /// 1 + r + .. + r^(n-1), whose sum of powers has no difference of near numbers when r is near 1,
 /// and its derivative.

@@ -13,6 +13,9 @@
 
 namespace tsrf_module_lyrstrct {
 
+/// More cells than any memory holds; a column size up to here still fits 32 bits.
+inline constexpr std::int32_t kMostCells = INT32_MAX - 2;
+
 /// One part of a column: `cells` cells of one material.
 struct Part {
   std::int32_t SurfCD = 0;
