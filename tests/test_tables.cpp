@@ -1,12 +1,11 @@
 // The tables that a run starts from: what their readers take, mend and refuse.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "faults.hpp"
 #include "inputs/lyrstrct.hpp"
 #include "inputs/matprp.hpp"
 #include "inputs/patch.hpp"
@@ -63,56 +62,28 @@ struct District {
   void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, patch, matprp, lyrstrct); }
 };
 
-using Read = std::function<void(District&)>;
-
-struct Fault {
-  Read read;
-  std::string lines;  ///< behind the heading and before the tag
-};
-
-/// Each fault ends the log with its heading, its lines and the tag of its reader.
-void expect_faults(const std::string& heading, const std::string& tag,
-                   const std::vector<Fault>& faults) {
-  for (const Fault& fault : faults) {
-    District district;
-    const std::string text = district.recorded.lines_of([&] { fault.read(district); });
-    const std::string expected = heading + fault.lines + tag + "\n";
-    EXPECT_EQ(text.substr(text.size() - std::min(text.size(), expected.size())), expected);
-  }
-}
-
 const std::string kDataError = "### error : data error\n";
 const std::string kRoad = "7 1 1 0 2.5 0 0 1 3 101 0\n";
 const std::string kLeaf = "8 1 1 0 1 -1. 0 0 2 1 0\n";
 
-Read settings(const std::string& text) {
-  return [=](District& d) { d.settings(text); };
-}
-Read grid(const std::string& text) {
-  return [=](District& d) { d.grid_file(text); };
-}
-Read porous(const std::string& text) {
-  return [=](District& d) { d.porous_file(text); };
-}
-Read patches(const std::string& lines, const std::string& tree_lines = "") {
+const auto settings = reads(&District::settings);
+const auto grid = reads(&District::grid_file);
+const auto porous = reads(&District::porous_file);
+const auto properties = reads(&District::properties);
+const auto materials = reads(&District::materials);
+auto patches(const std::string& lines, const std::string& tree_lines = "") {
   return [=](District& d) { d.patches(lines, tree_lines); };
-}
-Read properties(const std::string& lines) {
-  return [=](District& d) { d.properties(lines); };
-}
-Read materials(const std::string& lines) {
-  return [=](District& d) { d.materials(lines); };
 }
 
 TEST(Settings, FaultsAreFoundInTheOrderOfTheTable) {
-  expect_faults(
+  expect_faults<District>(
       kDataError, "(tsrf_module_data)(inputdata)",
       {{settings("&TSRF_DATA ZLG = -1, DZG = 0 /"), "dzg = 0\nit must be > 0\n"},
        {settings("&TSRF_DATA HTRNS = -1, ZLG = -1 /"), "zlg = -1\nit must be > 0\n"},
        {settings("&TSRF_DATA DZW = 0 /"), "dzw = 0\nit must be > 0\n"},
        {settings("&TSRF_DATA WSKY0 = 1.0000001 /"), "wsky0 = 1.0000001\nit must be >= 0 & <=1\n"},
        {settings("&TSRF_DATA HTRNS = -1d-9 /"), "htrns = -1e-09\nit must be >= 0\n"}});
-  expect_faults(
+  expect_faults<District>(
       kDataError, "(tsrf_module_grdindx)(inputdata)",
       {{settings("&DUMMYGRID NXF = 2 NYF = -1 /"), "nxf,nyf = 2 -1\nthey must be >= 0\n"}});
 }
@@ -146,23 +117,23 @@ TEST(Grid, MirrorsTwoCellsAtEachEnd) {
 TEST(Grid, FaultsOfBothFiles) {
   const std::string x = "5\n0 1 3 6 10\n";
   const std::string size = "grid size in Grid data not consistent\nmx,my,mz must be = 5 4 3\n";
-  expect_faults(
+  expect_faults<District>(
       kDataError, "(tsrf_main01)(read_grid)",
       {{grid("6\n0 1 3 6 10 11\n"), size},
        {grid(x + "3\n0 1 2\n"), size},
        {grid(x + "2000000000"), size},
        {grid("5\n0 1 1 6 10\n"), "i,x(i),x(i-1) in Grid data = 3 1 1\nthey must increase\n"},
        {grid(x + "4\n0 1 2 1.5\n"), "i,y(i),y(i-1) in Grid data = 4 1.5 2\nthey must increase\n"}});
-  expect_faults("### read error : Grid data\n", "(tsrf_main01)(read_grid)",
-                {{grid("five"), ""},
-                 {grid("5\n0 1 3 6"), ""},
-                 {grid("5\n0 1 3 6 x"), ""},
-                 {grid(x), ""},
-                 {grid(x + "4\n0 1 2 3\n3"), ""}});
-  expect_faults("### error : ", "(tsrf_dummyb)",
-                {{porous("1 1 1 7*1.\n1 1 1 1 1"), "read error in Porous file\n"},
-                 {porous("4 3 2 7*0.5\n4 4 2 7*0.5"),
-                  "data error in Porous file\ni,j,k= 4 4 2\nthey are out of range\n"}});
+  expect_faults<District>("### read error : Grid data\n", "(tsrf_main01)(read_grid)",
+                          {{grid("five"), ""},
+                           {grid("5\n0 1 3 6"), ""},
+                           {grid("5\n0 1 3 6 x"), ""},
+                           {grid(x), ""},
+                           {grid(x + "4\n0 1 2 3\n3"), ""}});
+  expect_faults<District>("### error : ", "(tsrf_dummyb)",
+                          {{porous("1 1 1 7*1.\n1 1 1 1 1"), "read error in Porous file\n"},
+                           {porous("4 3 2 7*0.5\n4 4 2 7*0.5"),
+                            "data error in Porous file\ni,j,k= 4 4 2\nthey are out of range\n"}});
 }
 
 TEST(Patch, ListHoldsBothFilesAndShiftsTreePatchesInFrontOfTheirFace) {
@@ -200,7 +171,7 @@ TEST(Patch, AreasAreMendedAndTheFirstTenReported) {
 TEST(Patch, Faults) {
   const std::string out = "they are out of range\npid = 7\n";
   const auto cell = [](const std::string& ijk) { return "7 " + ijk + " 1 0 0 1 3 1 0\n"; };
-  expect_faults(
+  expect_faults<District>(
       kDataError, "(tsrf_module_patch)(read_patch)",
       {{patches(cell("0 1 0")), "i,j,k in Patch data = 0 1 0\n" + out},
        {patches(cell("1 4 0")), "i,j,k in Patch data = 1 4 0\n" + out},
@@ -223,13 +194,13 @@ TEST(Patch, Faults) {
         "m,type(m) in Patch data = 2 3\nit must be = 2\n"},
        {patches(kRoad + "6 1 1 0 1 0 0 1 3 1 0\n", "7 1 1 0 1 -1 0 0 2 1 0\n"),
         "PID in Patch data = 7\nit is specified redundantly in line no. n1 & n2\nn1,n2 = 1 3\n"}});
-  expect_faults("", "(tsrf_module_patch)(read_patch)",
-                {{patches(""), "### error : lack of Patch data\n"},
-                 {patches("\n\n", "no number"), "### error : lack of Patch data\n"},
-                 {patches(kRoad + "\n8 1 1 0 1 0 0 1 3\n"),
-                  "%%% file Patch.txt, line 4\n### read error : Patch data\n"},
-                 {patches(kRoad, "8 1 1 0 1e999 0 0 1 3 1 0"),
-                  "%%% file TreePatch.txt, line 2\n### read error : TreePatch data\n"}});
+  expect_faults<District>("", "(tsrf_module_patch)(read_patch)",
+                          {{patches(""), "### error : lack of Patch data\n"},
+                           {patches("\n\n", "no number"), "### error : lack of Patch data\n"},
+                           {patches(kRoad + "\n8 1 1 0 1 0 0 1 3\n"),
+                            "%%% file Patch.txt, line 4\n### read error : Patch data\n"},
+                           {patches(kRoad, "8 1 1 0 1e999 0 0 1 3 1 0"),
+                            "%%% file TreePatch.txt, line 2\n### read error : TreePatch data\n"}});
 }
 
 TEST(SurfProp, HoldsTwoRowsMoreAndRereadsTheSameCodesOnly) {
@@ -254,7 +225,7 @@ TEST(SurfProp, HoldsTwoRowsMoreAndRereadsTheSameCodesOnly) {
 
 TEST(SurfProp, Faults) {
   const std::string code = "surfcd = 4\n";
-  expect_faults(
+  expect_faults<District>(
       kDataError, "(tsrf_module_srfprp)(read_srfprp)",
       {{properties("4 1.1 2 0 1 1 1 1"),
         "alb in SurfProp data = 1.1\nit must be >=0 and <=1\n" + code},
@@ -269,10 +240,10 @@ TEST(SurfProp, Faults) {
        {properties("4 1 0 0 1 1 1 1\n5 1 0 0 1 1 1 1\n4 1 0 0 1 1 1 1\n5 1 0 0 1 1 1 1"),
         "SurfCD in SurfProp data = 4\nit is specified redundantly in line no. n1 & n2\n"
         "n1,n2 = 1 3\n"}});
-  expect_faults("", "(tsrf_module_srfprp)(read_srfprp)",
-                {{properties(""), "### error : lack of SurfProp data\n"},
-                 {properties("4 nan 0 0 1 1 1 1"),
-                  "%%% file SurfProp.txt, line 2\n### read error : SurfProp data\n"}});
+  expect_faults<District>("", "(tsrf_module_srfprp)(read_srfprp)",
+                          {{properties(""), "### error : lack of SurfProp data\n"},
+                           {properties("4 nan 0 0 1 1 1 1"),
+                            "%%% file SurfProp.txt, line 2\n### read error : SurfProp data\n"}});
 }
 
 TEST(MatEleProp, BlocksBecomeMaterials) {
@@ -293,7 +264,7 @@ TEST(MatEleProp, BlocksBecomeMaterials) {
 TEST(MatEleProp, Faults) {
   const std::string first = "3 1 2 0 0 1 0.1 10\n9 1 2 0 0 2 0.1 10\n";
   const auto second = [&](const std::string& line) { return materials(first + line); };
-  expect_faults(
+  expect_faults<District>(
       "%%% nmatprp= 2\n" + kDataError, "(tsrf_module_matprp)(read_matprp)",
       {{second("8 0 0 0 0 0 0 1"), "i,j,surfid in MatEleProp data = 2 2 8\nit must be = 9\n"},
        {second("9 0 0 0 0 0 0 1"), "i,j,pos(i,j) in MatEleProp data = 2 2 0\nit must be = 1\n"},
@@ -305,11 +276,11 @@ TEST(MatEleProp, Faults) {
        {materials("3 1 2 0 0 1 1 1\n3 1 2 0 0 1 1 1"),
         "SurfID in MatEleProp data = 3\nit is specified redundantly in mat. no. n1 & n2\n"
         "n1,n2 = 1 2\n"}});
-  expect_faults("### read error : MatEleProp data\n", "(tsrf_module_matprp)(read_matprp)",
-                {{second(""), ""},
-                 {second("9 1 2 0 0 2 x 10"), ""},
-                 {materials("9 1 2 0 0 1.5 1 1"), ""},
-                 {materials("9 1 2 0 0 2147483647 1 1"), ""}});
+  expect_faults<District>("### read error : MatEleProp data\n", "(tsrf_module_matprp)(read_matprp)",
+                          {{second(""), ""},
+                           {second("9 1 2 0 0 2 x 10"), ""},
+                           {materials("9 1 2 0 0 1.5 1 1"), ""},
+                           {materials("9 1 2 0 0 2147483647 1 1"), ""}});
 }
 
 TEST(Ground, CellsOfAGradingSumToTheDepth) {
