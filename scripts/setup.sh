@@ -1,0 +1,36 @@
+# Sourced by the other scripts: where the project is, what it needs, how it is built.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+jobs=$(nproc 2>/dev/null || echo 2)
+build_packages=(cmake ninja-build ccache g++)
+test_packages=("${build_packages[@]}" libgtest-dev libbenchmark-dev gzip)
+check_packages=(clang-format clang-tidy git)
+# The fuzz and benchmark targets are optional; only a full check builds the benchmarks.
+
+# Installs with apt those of the given packages that are not there. On a system without apt it
+# leaves that to the user.
+install_missing() {
+  command -v apt-get >/dev/null && command -v dpkg-query >/dev/null || {
+    echo "no apt here: these must be installed already: $*" >&2
+    return 0
+  }
+  local package missing=() as_root=()
+  for package in "$@"; do
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+  echo "installing: ${missing[*]}"
+  "${as_root[@]}" apt-get update -q
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -q -y --no-install-recommends "${missing[@]}"
+}
+
+# build PRESET [cmake options]: configures and builds into build-PRESET.
+build() {
+  local preset=$1
+  shift
+  (cd "$root" && cmake --preset "$preset" "$@" && cmake --build "build-$preset" -j "$jobs")
+}
