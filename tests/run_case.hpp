@@ -9,10 +9,12 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,9 +25,21 @@ namespace run_case {
 
 using Lines = std::vector<std::string>;
 
-/// The lines of a file that are not blank.
+/// The lines of a file that are not blank; of the text inside when its name ends in ".gz".
 inline Lines lines_of(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream plain(path, std::ios::binary);
+  std::istringstream unpacked;
+  if (path.extension() == ".gz") {
+    const std::string command = "gzip -dc '" + path.string() + "'";
+    std::string text;
+    FILE* pipe = ::popen(command.c_str(), "r");
+    for (int c = 0; pipe != nullptr && (c = std::getc(pipe)) != EOF;) {
+      text += static_cast<char>(c);
+    }
+    if (pipe == nullptr || ::pclose(pipe) != 0) throw std::runtime_error("failed: " + command);
+    unpacked.str(text);
+  }
+  std::istream& file = path.extension() == ".gz" ? static_cast<std::istream&>(unpacked) : plain;
   Lines lines;
   for (std::string line; std::getline(file, line);) {
     if (line.find_first_not_of(" \t\r") != std::string::npos) lines.push_back(line);
@@ -136,20 +150,23 @@ class RunCase {
   }
 
 #ifdef TOWNSKIN_PROGRAM
+  /// Starts the program in the directory, its output in the files "out" and "err" of `streams`.
+  [[nodiscard]] pid_t start(const TempFolder& streams, const char* program) const {
+    const pid_t child = ::fork();
+    if (child != 0) return child;
+    const auto stream = [&](const char* name, int fd) {
+      return ::dup2(::open(streams.path(name).c_str(), O_WRONLY | O_CREAT, 0600), fd) == fd;
+    };
+    if (::chdir(path().c_str()) == 0 && stream("out", STDOUT_FILENO) &&
+        stream("err", STDERR_FILENO)) {
+      ::execl(program, program, static_cast<char*>(nullptr));
+    }
+    ::_exit(127);
+  }
   /// Runs the program in the directory, to its end.
   [[nodiscard]] Outcome run(const char* program = TOWNSKIN_PROGRAM) const {
     const TempFolder streams;
-    const pid_t child = ::fork();
-    if (child == 0) {
-      const auto stream = [&](const char* name, int fd) {
-        return ::dup2(::open(streams.path(name).c_str(), O_WRONLY | O_CREAT, 0600), fd) == fd;
-      };
-      if (::chdir(path().c_str()) == 0 && stream("out", STDOUT_FILENO) &&
-          stream("err", STDERR_FILENO)) {
-        ::execl(program, program, static_cast<char*>(nullptr));
-      }
-      ::_exit(127);
-    }
+    const pid_t child = start(streams, program);
     int status = 0;
     if (child < 0 || ::waitpid(child, &status, 0) != child) return {-1, "", "cannot run", {}};
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
@@ -164,7 +181,8 @@ class RunCase {
     std::string text;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(expected)) {
       if (!entry.is_regular_file() || entry.path().filename() == "log_lines") continue;
-      const auto name = std::filesystem::relative(entry.path(), expected);
+      auto name = std::filesystem::relative(entry.path(), expected);
+      if (name.extension() == ".gz") name.replace_extension();
       const std::string found =
           differences(lines_of(entry.path()), lines_of(path(name)), tolerance);
       if (!found.empty()) text += name.string() + "\n" + found;

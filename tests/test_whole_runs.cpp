@@ -1,0 +1,166 @@
+// Runs of the program from its input files: results against references, runs in pieces, runs that
+// are killed.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstring>
+#include <map>
+#include <random>
+
+#include "run_case.hpp"
+
+#ifdef TOWNSKIN_PROGRAM
+namespace {
+
+using run_case::Lines;
+using run_case::RunCase;
+namespace fs = std::filesystem;
+
+const fs::path kSource = TOWNSKIN_SOURCE_DIR;
+
+/// A case's run directory: an example of its name, or what stands with the references.
+fs::path inputs_of(const std::string& name) {
+  const fs::path example = kSource / "examples" / name;
+  return fs::exists(example) ? example : kSource / "tests/cases" / name;
+}
+
+/// The lines of a log that a reference keeps, and the number of the last step.
+Lines kept_lines(const Lines& log) {
+  Lines kept;
+  std::string last_step;
+  for (const std::string& line : log) {
+    const Lines words = run_case::fields_of(line);
+    if (words[0] == "iter=") last_step = words[1];
+    for (const char* start :
+         {"%%% nmatprp=", "%%% nz,dz,zl", "%%% delta-t", "%%% correction", "%%% res="}) {
+      if (line.starts_with(start)) kept.push_back(line);
+    }
+  }
+  kept.push_back("iterations " + last_step);
+  return kept;
+}
+
+class References : public testing::TestWithParam<std::string> {};
+
+TEST_P(References, ResultsAgree) {
+  const fs::path expected = kSource / "tests/cases" / GetParam() / "expected";
+  const RunCase run(inputs_of(GetParam()));
+  const run_case::Outcome outcome = run.run();
+  ASSERT_EQ(outcome.status, 0) << outcome.out << outcome.err;
+  EXPECT_TRUE(outcome.err.empty()) << outcome.err;
+  EXPECT_TRUE(outcome.out.ends_with("%%% normaly terminated\n"));
+  EXPECT_EQ(outcome.log.back(), "%%% normaly terminated");
+  EXPECT_EQ(
+      run_case::differences(run_case::lines_of(expected / "log_lines"), kept_lines(outcome.log)),
+      "");
+  EXPECT_EQ(run.differences_from(expected), "");
+}
+INSTANTIATE_TEST_SUITE_P(Cases, References,
+                         testing::Values("flat", "flat_empty", "canyon", "canyon_t1"),
+                         [](const auto& name) { return name.param; });
+
+/// Sets the first and the last step of a run.
+void set_steps(const RunCase& run, int first, int last) {
+  Lines control = run_case::lines_of(run.path("control.txt"));
+  control[2] = std::to_string(first) + " " + std::to_string(last);
+  std::string text;
+  for (const std::string& line : control) text += line + "\n";
+  run.write("control.txt", text);
+}
+
+/// What a run left: the bytes of each file but the log and the wall-clock record.
+std::map<std::string, std::string> left_by(const RunCase& run) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(run.path())) {
+    const std::string name = entry.path().filename().string();
+    if (!entry.is_regular_file() || name == "log0000" || name == "ProgressLog.txt") continue;
+    if (name != "control.txt") files[name] = run.content(name);
+  }
+  return files;
+}
+
+struct Pieces {
+  std::string name;
+  int steps_a_day;
+};
+class Restarts : public testing::TestWithParam<Pieces> {};
+
+TEST_P(Restarts, TwoDaysInOneAreTwoRunsOfADay) {
+  const int day = GetParam().steps_a_day;
+  const auto ready = [&](const RunCase& run) {
+    static_cast<void>(run.replace("control.txt", "REWIND_OUTFILE = 0", "REWIND_OUTFILE = 1"));
+    return run.replace("control.txt", "LCNVRG = 1", "LCNVRG = 0");
+  };
+  const RunCase whole(inputs_of(GetParam().name));
+  const RunCase parts(inputs_of(GetParam().name));
+  ASSERT_TRUE(ready(whole) && ready(parts));
+  set_steps(whole, 1, 2 * day);
+  ASSERT_EQ(whole.run().status, 0);
+  set_steps(parts, 1, day);
+  ASSERT_EQ(parts.run().status, 0);
+  set_steps(parts, day, 2 * day);
+  ASSERT_EQ(parts.run().status, 0);
+  const auto once = left_by(whole);
+  EXPECT_EQ(once, left_by(parts));
+  ASSERT_GT(once.at("PatchSurfTemp.txt").size(), 1000U);
+
+  set_steps(whole, -1, 2 * day);  // again in the same directory, from the cold
+  ASSERT_EQ(whole.run().status, 0);
+  EXPECT_EQ(once, left_by(whole));
+}
+INSTANTIATE_TEST_SUITE_P(Cases, Restarts,
+                         testing::Values(Pieces{"flat", 144}, Pieces{"canyon", 144},
+                                         Pieces{"canyon_t1", 72}),
+                         [](const auto& pieces) { return pieces.param.name; });
+
+/// The iteration of a restart file whose records are all whole; -1 for any other file.
+int whole_state(const std::string& bytes, std::size_t records) {
+  std::size_t at = 0;
+  for (; records > 0; --records) {
+    std::int32_t before = -1;
+    std::int32_t behind = -2;
+    if (at + 4 > bytes.size()) return -1;
+    std::memcpy(&before, &bytes[at], 4);
+    at += 4 + static_cast<std::size_t>(before);
+    if (before < 0 || at + 4 > bytes.size()) return -1;
+    std::memcpy(&behind, &bytes[at], 4);
+    at += 4;
+    if (before != behind) return -1;
+  }
+  std::int32_t iteration = -1;
+  if (at == bytes.size()) std::memcpy(&iteration, &bytes[4], 4);
+  return iteration;
+}
+
+TEST(Killed, AtAnyMomentLeavesAStateToResumeFrom) {
+  const RunCase run(inputs_of("flat"));
+  ASSERT_TRUE(run.replace("control.txt", "0.9 600.0", "0.9 86400.0"));  // each step ends a day
+  ASSERT_TRUE(run.replace("control.txt", "LCNVRG = 1", "LCNVRG = 0"));
+  std::mt19937 random(1);
+  int reached = -1;
+  for (int kill = 0; kill < 50; ++kill) {
+    const TempFolder streams;
+    set_steps(run, reached, 100'000'000);
+    const pid_t child = run.start(streams, TOWNSKIN_PROGRAM);
+    ASSERT_GT(child, 0);
+    const auto grown = [&] {
+      const std::string bytes = run.content("restart.dat");
+      return bytes.empty() ? -1 : whole_state(bytes, 4);
+    };
+    for (int wait = 0; wait < 10'000 && grown() <= reached; ++wait) ::usleep(1000);
+    ::usleep(static_cast<useconds_t>(random() % 3000));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "ended by itself; " << streams.content("out");
+    const int state = whole_state(run.content("restart.dat"), 4);
+    ASSERT_GT(state, reached) << "kill " << kill;
+    reached = state;
+  }
+  set_steps(run, reached, reached + 3);
+  EXPECT_EQ(run.run().status, 0);
+  EXPECT_EQ(whole_state(run.content("restart.dat"), 4), reached + 3);
+}
+
+}  // namespace
+#endif
