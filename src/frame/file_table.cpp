@@ -1,0 +1,166 @@
+#include "frame/file_table.hpp"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace frame {
+
+using enum Opened;
+using enum Form;
+
+const std::array<FileRow, kFiles> kFileTable = {{
+    {"control data (in)        :", kUnitControl, at_start, input},
+    {"Grid data (in)           :", kUnitGrid, at_start, input},
+    {"Weather data (in)        :", kUnitWeather, at_start, input},
+    {"Patch data (in)          :", kUnitPatch, at_start, input},
+    {"PatchIndex data (in)     :", kUnitPatchIndex, at_start, input},
+    {"TreePatch data (in)      :", kUnitTreePatch, at_start, input},
+    {"FormFactor data (in)     :", kUnitFormFactor, at_start, input},
+    {"Sun data (in)            :", kUnitSun, by_run_kind, input},
+    {"BldSurf data (in)        :", kUnitBldSurf, at_start, input},
+    {"SurfProp data (in)       :", kUnitSurfProp, by_run_kind, input},
+    {"LAD_simple data (in)     :", kUnitLadSimple, by_run_kind, input},
+    {"LAD data (in)            :", kUnitLad, at_start, input},
+    {"WaterTemp data (in)      :", kUnitWaterTemp, by_run_kind, input},
+    {"MatEleProp data (in)     :", kUnitMatEleProp, at_start, input},
+    {"Building data (in)       :", kUnitBuilding, by_run_kind, input},
+    {"RmHeat data (in)         :", kUnitRmHeat, by_run_kind, input},
+    {"StHeat data (in)         :", kUnitStHeat, by_run_kind, input_if_any},
+    {"SurfTemp data (out)      :", kUnitSurfTemp, by_run_kind, output},
+    {"PatchSurfTemp data (out) :", kUnitPatchSurfTemp, by_run_kind, output},
+    {"ProgressLog data (out)   :", kUnitProgressLog, at_start, output},
+    {"Sun & Sky rad. (out)     :", kUnitSunSky, at_start, output},
+    {"heat (out)               :", kUnitHeat, by_run_kind, output},
+    {"PgidPrd data (in)        :", kUnitPgidPrd, at_start, input},
+    {"initial/restart (in/out) :", kUnitRestart, at_start, records},
+    {"Porous data file (in)    :", kUnitPorous, at_start, input},
+    {"BldLoad data file (out)  :", kUnitBldLoad, by_run_kind, output},
+}};
+
+namespace {
+
+constexpr std::size_t kNameColumns = 260;
+
+// The order in which files are opened, so that of several missing files the same one is reported.
+constexpr std::array kOpenedAtStart = {
+    kUnitControl,     kUnitGrid,       kUnitWeather, kUnitPatch,   kUnitPatchIndex,
+    kUnitTreePatch,   kUnitFormFactor, kUnitBldSurf, kUnitLad,     kUnitMatEleProp,
+    kUnitProgressLog, kUnitSunSky,     kUnitPgidPrd, kUnitRestart, kUnitPorous};
+constexpr std::array kOpenedByRunKind = {
+    kUnitSun,      kUnitSurfProp,      kUnitLadSimple, kUnitWaterTemp, kUnitBuilding, kUnitRmHeat,
+    kUnitSurfTemp, kUnitPatchSurfTemp, kUnitBldLoad,   kUnitStHeat,    kUnitHeat};
+// The rows of a dated run's registry of named files, in its order.
+constexpr std::array kRegistry = {kUnitSun,           kUnitSurfProp, kUnitLadSimple, kUnitWaterTemp,
+                                  kUnitBuilding,      kUnitRmHeat,   kUnitStHeat,    kUnitSurfTemp,
+                                  kUnitPatchSurfTemp, kUnitBldLoad,  kUnitHeat};
+
+std::size_t row_of(int unit) {
+  const auto found = std::find_if(kFileTable.begin(), kFileTable.end(),
+                                  [&](const FileRow& row) { return row.unit == unit; });
+  return static_cast<std::size_t>(found - kFileTable.begin());
+}
+
+FileNames read_names(Log& log, TextInput& file) {
+  FileNames names;
+  for (std::string& name : names) {
+    std::string_view line;
+    if (!file.next_line(line)) {
+      log.error_and_log("### cannot read " + file.name() + " : fewer than 26 lines");
+      throw Stop{kStatusOpenError};
+    }
+    line = line.substr(0, kNameColumns);
+    line = line.substr(0, line.find_last_not_of(" \t") + 1);
+    name = line;
+  }
+  for (std::size_t i = 0; i < kFiles; ++i) log.line(kFileTable[i].label, names[i]);
+  return names;
+}
+
+void open_row(Log& log, UnitTable& units, int unit, const FileNames& names) {
+  const std::size_t row = row_of(unit);
+  switch (kFileTable[row].form) {
+    case input:
+      units.open_input(log, unit, names[row]);
+      break;
+    case input_if_any:
+      units.open_input_if_any(log, unit, names[row]);
+      break;
+    case output:
+      units.open_output(log, unit, names[row]);
+      break;
+    case records:
+      units.open_records(log, unit, names[row]);
+      break;
+  }
+}
+
+/// What a file is called on the log, without the padding.
+std::string_view title(std::string_view label) {
+  return label.substr(0, label.find_last_not_of(" :") + 1);
+}
+
+/// Whether two paths lead, or would lead, to the same file. Devices may serve several times.
+bool same_file(const std::string& a, const std::string& b) {
+  struct stat x {};
+  struct stat y {};
+  const bool has_a = ::stat(a.c_str(), &x) == 0;
+  const bool has_b = ::stat(b.c_str(), &y) == 0;
+  if (has_a != has_b) return false;
+  if (has_a) return x.st_dev == y.st_dev && x.st_ino == y.st_ino && S_ISREG(x.st_mode);
+  std::error_code ignored;
+  const auto path_a = std::filesystem::weakly_canonical(a, ignored);
+  return path_a == std::filesystem::weakly_canonical(b, ignored);
+}
+
+/// No result may be written over an input, another result, the log or the table of names itself.
+void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
+                   const ubx_module_filnam::Data& filnam) {
+  std::vector<std::pair<std::string, std::string>> files;  // what it is, and its path
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    std::string name = names[i];
+    const auto place = std::find(kRegistry.begin(), kRegistry.end(), kFileTable[i].unit);
+    if (filnam.dated && place != kRegistry.end()) {
+      const auto index = static_cast<std::int32_t>(place - kRegistry.begin()) + 1;
+      name = ubx_module_filnam::make_month_name(filnam, index, filnam.MONTHS[0]);
+    }
+    files.emplace_back(title(kFileTable[i].label), units.path_of(name));
+  }
+  files.emplace_back("log", units.path_of("log0000"));
+  files.emplace_back("file_name", units.path_of("file_name"));
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    if (kFileTable[i].form == input || kFileTable[i].form == input_if_any) continue;
+    for (std::size_t other = 0; other < files.size(); ++other) {
+      if (other == i || !same_file(files[i].second, files[other].second)) continue;
+      log.data_error(items(files[i].first, "=", names[i]),
+                     items("it must not be the name of another file :", files[other].first));
+    }
+  }
+}
+
+}  // namespace
+
+void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam) {
+  const Tag tag(log, "(read_file_table)");
+  TextInput& file = units.input(kUnitFileName);
+  const FileNames names = read_names(log, file);
+  for (const int unit : kOpenedAtStart) open_row(log, units, unit, names);
+  ubx_module_filnam::inputdata(log, file, units.input(kUnitControl), filnam);
+  for (std::size_t i = 0; i < kRegistry.size(); ++i) {
+    const int unit = kRegistry[i];
+    ubx_module_filnam::set_file(filnam, static_cast<std::int32_t>(i) + 1, unit,
+                                names[row_of(unit)]);
+  }
+  check_outputs(log, units, names, filnam);
+  if (filnam.dated) {
+    ubx_module_filnam::open_first_month(log, units, filnam);
+    return;
+  }
+  for (const int unit : kOpenedByRunKind) open_row(log, units, unit, names);
+}
+
+}  // namespace frame

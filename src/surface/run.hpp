@@ -1,0 +1,137 @@
+// The run: one of each module's data, and the frame that all of them report and read through.
+//
+// Owned by the main program, walked through by the driver (tsrf_main01) and the step
+// (tsrf_admin), which hand each routine just the modules that it names. Nothing of a run lives
+// anywhere else, so several runs can go side by side in one process.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <span>
+#include <vector>
+
+#include "buildings/aircon.hpp"
+#include "buildings/bldcmm.hpp"
+#include "buildings/bldng.hpp"
+#include "buildings/building.hpp"
+#include "buildings/rmheat.hpp"
+#include "frame/accounts.hpp"
+#include "frame/filnam.hpp"
+#include "frame/log.hpp"
+#include "frame/process_layer.hpp"
+#include "frame/unit_table.hpp"
+#include "inputs/calendar.hpp"
+#include "inputs/lyrstrct.hpp"
+#include "inputs/matprp.hpp"
+#include "inputs/patch.hpp"
+#include "inputs/srfprp.hpp"
+#include "inputs/weather.hpp"
+#include "inputs/wtrtmp.hpp"
+#include "radiation/phydat.hpp"
+#include "radiation/rad_admin.hpp"
+#include "radiation/raddat.hpp"
+#include "radiation/shade.hpp"
+#include "results/bld_load.hpp"
+#include "results/io.hpp"
+#include "results/monthly.hpp"
+#include "results/patch_surf_temp.hpp"
+#include "results/sun_sky.hpp"
+#include "results/surf_temp.hpp"
+#include "surface/conduction.hpp"
+#include "surface/fixed_temperature.hpp"
+#include "surface/grid.hpp"
+#include "surface/grid_index.hpp"
+#include "surface/progress.hpp"
+#include "surface/surface_state.hpp"
+#include "surface/window.hpp"
+#include "trees/htrans.hpp"
+#include "trees/jmk_data.hpp"
+#include "trees/jumoku_settings.hpp"
+#include "trees/radiat.hpp"
+
+namespace tsrf_main01 {
+
+struct GridSize {
+  std::int32_t mx = 0;
+  std::int32_t my = 0;
+  std::int32_t mz = 0;
+};
+
+/// What the fixed lines of the control data tell the surface model.
+struct ControlLines {
+  std::int32_t iters = 0;         ///< iteration to resume after, or negative
+  std::int32_t itere = 0;         ///< last iteration
+  double dtsafe = 0.0;            ///< read and dropped
+  double dtmax = 0.0;             ///< time step [s]
+  double molar_mass_air = 0.0;    ///< [kg/mol]
+  double molar_mass_water = 0.0;  ///< [kg/mol]
+};
+
+/// Arrays of one step, a value a patch; sized once at the start.
+struct StepArrays {
+  std::vector<double> fsun;          ///< sunlit fraction
+  std::vector<double> skyvf;         ///< working copy of the sky view factor
+  std::vector<double> Rl;            ///< incident long-wave [W/m2]
+  std::vector<double> Rs;            ///< incident short-wave [W/m2]
+  std::vector<double> Jdir;          ///< direct flux on the patch plane [W/m2]
+  frame::PatchTable<double> qlayer;  ///< mzg rows: heat absorbed in the cells; empty without glass
+  tsrf_window::Glass glass;          ///< none without buildings
+  solid1d::Work columns;
+};
+
+/// The result files: what their writers remember and, in a dated run, the sums of the month.
+struct Results {
+  tsrf_module_io::SurfTemp surf_temp;
+  tsrf_module_io::BldLoad bld_load;
+  tsrf_module_io::FileStart heat;
+  tsrf_module_io::FileStart patch_surf_temp;
+  tsrf_module_io::FileStart sun_sky;
+  tsrf_module_io::Monthly monthly;
+};
+
+struct Run {
+  Run(frame::Log& run_log, frame::UnitTable& run_units, frame::ProcessLayer& run_layer)
+      : log(run_log), units(run_units), layer(run_layer) {}
+
+  frame::Log& log;
+  frame::UnitTable& units;
+  frame::ProcessLayer& layer;
+  frame::Accounts accounts;
+  std::ostream* terminal = nullptr;  ///< where one updating line shows how far the run is
+
+  GridSize size;
+  ControlLines control;
+  Grid grid;
+  Porous porous;
+  StepArrays step;
+
+  ubx_module_filnam::Data filnam;
+  tsrf_module_calendar::Data calendar;
+  tsrf_module_grdindx::Data grdindx;
+  tsrf_module_data::Data data;
+  tsrf_module_patch::Data patch;
+  tsrf_module_srfprp::Data srfprp;
+  tsrf_module_matprp::Data matprp;
+  tsrf_module_lyrstrct::Data lyrstrct;
+  tsrf_module_phydat::Data phydat;
+  tsrf_module_weather::Data weather;
+  tsrf_module_raddat::Data raddat;
+  rad_admin::Work radiation;
+  tsrf_module_shade::Data shade;
+  jmk_module_htrans::Data htrans;
+  jmk_module_radiat::Data radiat;
+  tsrf_module_jumoku::Settings jumoku;
+  tsrf_module_fixtmp::Data fixtmp;
+  tsrf_module_wtrtmp::Data wtrtmp;
+  tsrf_module_bldng::Data bldng;
+  tsrf_module_bldcmm::Data bldcmm;
+  tsrf_module_rmheat::Data rmheat;
+  tsrf_module_aircon::Data aircon;
+  tsrf_building::Work rooms;
+  jmk_module_data::Data jmk;
+  tsrf_module_io::Data io;
+  Results results;
+  progress::Data progress;
+};
+
+}  // namespace tsrf_main01
