@@ -1,6 +1,7 @@
 #include "radiation/radref.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace tsrf_module_radref {
@@ -11,6 +12,26 @@ using tsrf_module_raddat::ViewFactors;
 
 template <std::size_t Bands>
 using Powers = std::array<double, Bands>;
+
+/// The bands of a group as one value of the processor: two bands take one instruction each where
+/// one does. Sums and products go element by element, so the bits are those of the bands apart.
+template <std::size_t Bands>
+struct LaneOf;
+template <>
+struct LaneOf<1> {
+  using Type = double;
+};
+template <>
+struct LaneOf<2> {
+  using Type = double __attribute__((vector_size(2 * sizeof(double))));
+};
+template <std::size_t Bands>
+using Lane = typename LaneOf<Bands>::Type;
+
+template <std::size_t Bands>
+Lane<Bands> lane(const Powers<Bands>& powers) {
+  return std::bit_cast<Lane<Bands>>(powers);
+}
 
 /// Area-weighted sums over the patches of each group.
 template <std::size_t Bands>
@@ -43,17 +64,16 @@ void merge(const std::vector<std::int32_t>& pgx, std::span<const std::int32_t> s
 /// destinations interleaved in the loop, which spoils the stream of the table.
 template <std::size_t Bands>
 void update(const tsrf_module_raddat::Data& raddat, std::size_t g, Work::OfBands<Bands>& group) {
-  Powers<Bands> sum{};
+  Lane<Bands> sum{};
   for (const ViewFactors::Entry& entry : raddat.view_factors.of(g)) {
     const auto factor = static_cast<double>(entry.factor);
-    const Powers<Bands>& source = group.J[static_cast<std::size_t>(entry.source)];
-    for (std::size_t b = 0; b < Bands; ++b) sum[b] += factor * source[b];
+    sum += factor * lane<Bands>(group.J[static_cast<std::size_t>(entry.source)]);
   }
-  for (std::size_t b = 0; b < Bands; ++b) {
-    const double G = raddat.c[g] * sum[b] + group.incident[g][b];
-    group.gathered[g][b] = G;
-    group.J_next[g][b] = (1.0 - group.absorptivity[g][b]) * G + group.source[g][b];
-  }
+  const Lane<Bands> G = raddat.c[g] * sum + lane<Bands>(group.incident[g]);
+  const Lane<Bands> J =
+      (1.0 - lane<Bands>(group.absorptivity[g])) * G + lane<Bands>(group.source[g]);
+  group.gathered[g] = std::bit_cast<Powers<Bands>>(G);
+  group.J_next[g] = std::bit_cast<Powers<Bands>>(J);
 }
 
 template <std::size_t Bands>
