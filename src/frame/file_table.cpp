@@ -47,17 +47,17 @@ namespace {
 constexpr std::size_t kNameColumns = 260;
 
 // The order in which files are opened, so that of several missing files the same one is reported.
-constexpr std::array kOpenedAtStart = {
+constexpr std::array<int, 15> kOpenedAtStart = {
     kUnitControl,     kUnitGrid,       kUnitWeather, kUnitPatch,   kUnitPatchIndex,
     kUnitTreePatch,   kUnitFormFactor, kUnitBldSurf, kUnitLad,     kUnitMatEleProp,
     kUnitProgressLog, kUnitSunSky,     kUnitPgidPrd, kUnitRestart, kUnitPorous};
-constexpr std::array kOpenedByRunKind = {
+constexpr std::array<int, 11> kOpenedByRunKind = {
     kUnitSun,      kUnitSurfProp,      kUnitLadSimple, kUnitWaterTemp, kUnitBuilding, kUnitRmHeat,
     kUnitSurfTemp, kUnitPatchSurfTemp, kUnitBldLoad,   kUnitStHeat,    kUnitHeat};
 // The rows of a dated run's registry of named files, in its order.
-constexpr std::array kRegistry = {kUnitSun,           kUnitSurfProp, kUnitLadSimple, kUnitWaterTemp,
-                                  kUnitBuilding,      kUnitRmHeat,   kUnitStHeat,    kUnitSurfTemp,
-                                  kUnitPatchSurfTemp, kUnitBldLoad,  kUnitHeat};
+constexpr std::array<int, 11> kRegistry = {
+    kUnitSun,    kUnitSurfProp, kUnitLadSimple,     kUnitWaterTemp, kUnitBuilding, kUnitRmHeat,
+    kUnitStHeat, kUnitSurfTemp, kUnitPatchSurfTemp, kUnitBldLoad,   kUnitHeat};
 
 std::size_t row_of(int unit) {
   const auto found = std::find_if(kFileTable.begin(), kFileTable.end(),

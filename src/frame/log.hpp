@@ -111,6 +111,7 @@ class Log {
   template <class... Lines>
   [[noreturn]] void program_error(const Lines&... lines) {
     (write_screen(lines), ...);
+    failing_ = false;  // a fault kept for later gives way
     flush();
     throw Stop{kStatusProgramError};
   }
