@@ -125,11 +125,7 @@ void radiation_step(Run& run, const Sky& sky) {
 void set_windows_and_rooms(Run& run) {
   tsrf_window::window(run.step.glass, run.srfprp, run.data, run.step.Jdir, run.step.qlayer,
                       run.bldng.qtrans);
-  for (std::size_t p = 0; p < run.lyrstrct.building.size(); ++p) {
-    const std::int32_t room = run.lyrstrct.building[p];
-    if (room < 0) continue;
-    run.data.tlyr(p, run.data.nlyr[p] + 1) = run.bldng.Tr[static_cast<std::size_t>(room)];
-  }
+  tsrf_building::set_room_nodes(run.rooms, run.bldng, run.data);
 }
 
 /// Temperatures that a rule sets: far boundary, fixed patches, solar panels.
@@ -188,8 +184,8 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
   set_fixed_temperatures(run, iter);
   timed(run, "building", [&] {
     if (!buildings) return;
-    tsrf_building::tsrf_building(run.log, run.layer, time, dtmax, run.patch, run.lyrstrct, run.data,
-                                 run.rmheat, run.aircon, run.bldcmm, run.bldng, run.rooms);
+    tsrf_building::tsrf_building(run.log, run.layer, time, dtmax, run.patch, run.data, run.rmheat,
+                                 run.aircon, run.bldcmm, run.bldng, run.rooms);
   });
   const bool kconv = judge_day(run, step);
   write_results(run, step.sod1);

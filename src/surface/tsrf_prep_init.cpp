@@ -59,7 +59,7 @@ void read_buildings(Run& run) {
   tsrf_module_bldng::check_bldcd(log, "RmHeat", run.bldng, run.rmheat);
   tsrf_module_bldng::set_hin(run.patch, run.bldng, run.data.hin);
   tsrf_module_bldcmm::bldcmm_set_list(log, run.layer, run.bldng, run.bldcmm);
-  tsrf_building::prepare(log, run.patch, run.matprp, run.lyrstrct, run.bldng, run.rooms);
+  tsrf_building::prepare(log, run.matprp, run.lyrstrct, run.bldng, run.rooms);
   tsrf_building::warn_of_step(log, run.control.dtmax, run.bldng.settings);
 }
 
