@@ -2,11 +2,13 @@
 """Makes a run directory of a large district: parallel streets between rows of buildings.
 
     python3 bench/make_district.py DIRECTORY [--streets 50] [--slices 143] [--window 11] [--steps 6]
+        [--buildings 20]
 
 A slice is 4 m of a street: 4 road cells, walls 3 cells high on both sides, 4 roof cells. Each road
 and wall patch sees the patches it faces up to `window` slices away; view factors are those between
 small discs, scaled so that no hemisphere overflows, and the sky is what they leave. As given: 100,100
-patches, each a group of its own, and 10.4 million view factors. Needs nothing but Python.
+patches, each a group of its own, and 10.4 million view factors. With --buildings the walls and roofs
+of each street belong to that many air-conditioned buildings. Needs nothing but Python.
 """
 
 import argparse
@@ -57,7 +59,7 @@ CONTROL = """{mx} {my} {mz}
 &TSRF_DATA LCNVRG = 1, DZG = 0.04, ZLG = 0.4 /
 &DATE_AND_PLACE LAT = 35.69, LNG = 139.77, RANGLE = 0.0, SDECL = 21.0, SHANGLE = 0.0 /
 &JMK_RADSKY PPA = 0.61 /
-&TSRF_BLDNG LCBLD = 0 /
+&TSRF_BLDNG LCBLD = {lcbld} /
 &TSRF_RADDAT LCRADL = 1, LCRADS = 1, LOPREF = 10, LVFSKY = 1, LVFSWP = 0 /
 &TSRF_SHADE NSTRDT = 2, LDATE = 4, 4, NCYCL = 100 /
 &TSRF_WEATHER NSTRDT = 24, LDATE = 4, 4, NCYCL = 100 /
@@ -72,7 +74,7 @@ SURFPROP = """# SurfCD alb ems beta rho cp alf wext
 MATELEPROP = """# surfid pos strct - - nolyr thick SurfCD
 101 2 1 0 0 1 0.75 10
 105 2 1 0 0 1 0.4 14
-106 2 1 0 0 1 0.4 15
+106 1 1 0 0 1 0.4 15
 """
 
 
@@ -114,7 +116,21 @@ def neighbours(patches, window):
     return [[(d, j, f * scale) for d, j, f in seen] for seen in table]
 
 
-def write_patches(folder, patches, streets, slices):
+def write_buildings(folder, buildings):
+    """Buildings of two uses, and rooms of one kind each that are cooled from 8 to 18 h."""
+    with open(folder / "Building.txt", "w") as out:
+        out.write("# BldID BldCD Strct floor area acflr shf cop norelease\n")
+        for b in range(1, buildings + 1):
+            out.write(f"{b} {1 + 4 * (b % 2)} 1 3 400 0.8 0.8 3 0\n")
+    with open(folder / "RmHeat.txt", "w") as out:
+        out.write("# hour BCD Strct rmsens rmlat rmtmp rmhum vent item6 ACflag ACSEMin ACPrT\n")
+        for hour in range(1, 25):
+            flag = {8: "1 0 30", 18: "2 0 0"}.get(hour, "0 0 0")
+            for use in (1, 5):
+                out.write(f"{hour} {use} 1 6 1 26 55 0.5 0 {flag}\n")
+
+
+def write_patches(folder, patches, streets, slices, buildings):
     with open(folder / "Patch.txt", "w") as out, open(folder / "PatchIndex.txt", "w") as index:
         out.write("# PID i j k area nx ny nz type SurfID BldID\n")
         index.write("# PE PID PgID PE\n")
@@ -124,8 +140,11 @@ def write_patches(folder, patches, streets, slices):
                 for _, _, normal, material, column, layer in patches:
                     pid += 1
                     i = street * (ROAD + ROOF) + column
-                    out.write(f"{pid} {i} {s + 1} {layer} {AREA} {normal[0]} 0 {normal[1]} 3 "
-                              f"{material} 0\n")
+                    inside = buildings > 0 and material != 101
+                    kind = 1 if inside else 3
+                    building = street * buildings + s * buildings // slices + 1 if inside else 0
+                    out.write(f"{pid} {i} {s + 1} {layer} {AREA} {normal[0]} 0 {normal[1]} {kind} "
+                              f"{material} {building}\n")
                     index.write(f"0 {pid} {pid} 0\n")
     return pid
 
@@ -182,6 +201,7 @@ def main():
     options.add_argument("--slices", type=int, default=143)
     options.add_argument("--window", type=int, default=11)
     options.add_argument("--steps", type=int, default=6)
+    options.add_argument("--buildings", type=int, default=0, help="a street")
     args = options.parse_args()
 
     folder = args.directory
@@ -194,11 +214,14 @@ def main():
     patches = section()
     (folder / "control.txt").write_text(CONTROL.format(
         mx=args.streets * (ROAD + ROOF), my=args.slices, mz=LEVELS + 2, steps=args.steps,
-        duration=600.0 * args.steps))
+        duration=600.0 * args.steps,
+        lcbld=min(args.buildings, 1)))
     (folder / "SurfProp.txt").write_text(SURFPROP)
     (folder / "MatEleProp.txt").write_text(MATELEPROP)
     write_weather(folder)
-    count = write_patches(folder, patches, args.streets, args.slices)
+    count = write_patches(folder, patches, args.streets, args.slices, args.buildings)
+    if args.buildings > 0:
+        write_buildings(folder, args.streets * args.buildings)
     write_sun(folder, patches, count)
     factors = write_factors(folder, patches, args.streets, args.slices, args.window)
     print(f"{folder}: {count} patches, {factors} view factors")
