@@ -19,7 +19,7 @@ class FunctionRef<Result(Args...)> {
  public:
   template <class Callable>
   requires(!std::same_as<std::remove_cvref_t<Callable>, FunctionRef>)
-      FunctionRef(Callable&& callable)
+      FunctionRef(Callable&& callable)  // NOLINT(bugprone-forwarding-reference-overload)
       : object_(const_cast<void*>(static_cast<const void*>(std::addressof(callable)))),
         call_([](void* object, Args... args) -> Result {
           return (*static_cast<std::remove_reference_t<Callable>*>(object))(

@@ -20,7 +20,7 @@ struct Axis {
   std::vector<double> coordinates;  ///< points 0 .. m+2 at positions 0 .. m+2 [m]; cell i lies
                                     ///< between the points i and i+1
   /// Width of cell i (from 1).
-  [[nodiscard]] double dx(std::int32_t i) const { return widths[static_cast<std::size_t>(i + 1)]; }
+  [[nodiscard]] double dx(std::int32_t i) const { return widths[static_cast<std::size_t>(i) + 1]; }
   /// Coordinate of point i (from 1).
   [[nodiscard]] double x(std::int32_t i) const { return coordinates[static_cast<std::size_t>(i)]; }
 };
