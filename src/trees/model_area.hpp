@@ -5,6 +5,7 @@
 // the tree data.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "surface/grid_index.hpp"
@@ -23,7 +24,8 @@ class ModelArea {
         offset_y_(std::int64_t{index.oy} * NDIV) {}
 
   [[nodiscard]] bool holds(std::int32_t i, std::int32_t j) const {
-    return i >= 1 && i <= limit_x_ && j >= 1 && j <= limit_y_;
+    return i >= 1 && i <= limit_x_ && j >= 1 && j <= limit_y_ &&
+           std::max(i + offset_x_, j + offset_y_) <= INT32_MAX;
   }
   /// Index on the whole grid of an index that the area holds.
   [[nodiscard]] std::int32_t grid_i(std::int32_t i) const {

@@ -1,0 +1,208 @@
+// tsrf_module_jumoku: the canopy of cells, meeting point of the surfaces and the trees.
+//
+// The fine grid divides each cell of the surfaces' grid NDIV x NDIV in plan and keeps its layers. A
+// coarse cell with leaves anywhere in it is a canopy block; light is followed through all fine
+// cells of the blocks, leafless ones too. Everything here that belongs to a cell stands in one list
+// of these block cells, in the order k, j, i; what belongs to a face stands by (cell, face), faces
+// numbered 0 to 5 as -x +x -y +y -z +z, which is one less than the BndC of a tree patch there.
+//
+// Set up once at the start (jmk2_prep_init); the arrays then live to the end of the run, and no
+// step takes memory. Beam: trees/sundir.hpp. Scattered light and long wave: trees/difrad.hpp. Leaf
+// temperatures: trees/leaf_balance.hpp.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "frame/log.hpp"
+#include "inputs/patch.hpp"
+#include "surface/grid.hpp"
+#include "trees/jmk_data.hpp"
+#include "trees/jumoku_settings.hpp"
+#include "trees/radiat.hpp"
+
+namespace tsrf_module_jumoku {
+
+inline constexpr std::size_t kFaces = 6;
+constexpr std::size_t axis_of(std::size_t face) { return face / 2; }
+constexpr std::size_t opposite(std::size_t face) { return face ^ 1U; }
+constexpr std::int32_t outward(std::size_t face) { return face % 2 == 0 ? -1 : 1; }
+/// Slot of a face in the arrays by (cell, face).
+constexpr std::size_t slot(std::size_t cell, std::size_t face) { return cell * kFaces + face; }
+
+/// A value for each of the two solar bands.
+using SolarPair = std::array<double, jmk_module_radiat::kSolarBands>;
+
+/// The fine grid, as high as leaves reach.
+struct FineGrid {
+  std::int32_t NDIV = 1;
+  std::array<std::int32_t, 3> cells{};       ///< along x, y, z
+  std::array<std::vector<double>, 3> width;  ///< of fine cells along each axis, from 0 [m]
+
+  [[nodiscard]] std::size_t row(std::int32_t j, std::int32_t k) const {
+    return static_cast<std::size_t>(k) * static_cast<std::size_t>(cells[1]) +
+           static_cast<std::size_t>(j);
+  }
+  /// Width of a fine cell along an axis [m].
+  [[nodiscard]] double size(const std::array<std::int32_t, 3>& place, std::size_t axis) const {
+    return width[axis][static_cast<std::size_t>(place[axis])];
+  }
+  /// Area of its faces normal to an axis [m2].
+  [[nodiscard]] double face_area(const std::array<std::int32_t, 3>& place, std::size_t axis) const {
+    return size(place, (axis + 1) % 3) * size(place, (axis + 2) % 3);
+  }
+};
+
+/// The fine cells of the canopy blocks, in the order k, j, i.
+struct BlockCells {
+  std::vector<std::array<std::int32_t, 3>> at;  ///< fine indices i, j, k from 0
+  std::vector<std::int32_t> row_first;          ///< by row (j, k): its first cell
+  std::vector<std::int32_t> leaf;               ///< position among the leaf cells, or -1
+  /// By (cell, face): the slot that a flux which leaves the cell there enters next. Behind the
+  /// slots of the cells come those of the outer faces.
+  std::vector<std::int32_t> next;
+
+  [[nodiscard]] std::size_t count() const { return at.size(); }
+  /// Position of the fine cell (i, j, k), or -1 where it is in no block.
+  [[nodiscard]] std::int32_t find(const FineGrid& grid,
+                                  const std::array<std::int32_t, 3>& place) const;
+  /// The cell behind a face, or -1 where the face is an outer one.
+  [[nodiscard]] std::int32_t neighbour(std::size_t cell, std::size_t face) const {
+    const auto n = static_cast<std::size_t>(next[slot(cell, face)]) / kFaces;
+    return n < count() ? static_cast<std::int32_t>(n) : -1;
+  }
+};
+
+/// A face between a block cell and free air.
+struct OuterFace {
+  std::int32_t cell;
+  std::int32_t face;
+  double area;              ///< [m2]
+  std::int32_t tree = -1;   ///< the tree patch on it (position among the tree patches)
+  std::int32_t group = -1;  ///< else: tree patches on other parts of the same coarse face
+
+  /// The slot by which light from outside enters the cell.
+  [[nodiscard]] std::size_t entry() const {
+    return slot(static_cast<std::size_t>(cell), static_cast<std::size_t>(face));
+  }
+};
+
+/// A patch of type 2: it covers one fine face of a block's surface.
+struct TreePatch {
+  std::int32_t patch;  ///< position in the list of patches
+  std::int32_t outer;  ///< the outer face that it covers
+};
+
+/// Tree patches that share a coarse face: a stretch of `group_trees`.
+struct FaceGroup {
+  std::int32_t first, last;
+  double area;  ///< of its patches [m2]
+};
+
+/// The first tree patch that does not fit the blocks.
+struct PatchFault {
+  enum Kind : std::uint8_t { none, out_of_range, no_outer_face };
+  Kind kind = none;
+  std::int32_t patch = 0;
+};
+
+/// What happens to a unit of flux in a cell, in one band (see trees/difrad.hpp).
+struct CellWeights {
+  std::array<double, 3> through{1.0, 1.0, 1.0};  ///< by axis: what passes to the far face
+  std::array<double, 3> share{};  ///< by axis: what of the cell's own light leaves by each face
+};
+
+/// One band of the exchange among block cells. Fluxes are powers [W].
+struct BandFluxes {
+  std::vector<CellWeights> weights;  ///< by cell
+  double scatter = 0.0;              ///< share of the stopped light that is scattered
+  std::vector<double> source;        ///< by cell: light that starts in it
+  std::vector<double> entering;      ///< by slot: into a cell by a face; last, out of the canopy
+  std::vector<double> outside;       ///< by outer face: what comes in from outside
+  double total = 0.0;                ///< all that came in and started when `entering` was found
+};
+
+/// A patch of another type whose beam the leaves may thin: where on the face stores it lies.
+struct BeamProbe {
+  std::int32_t patch;
+  std::int32_t axis;
+  std::array<std::int32_t, 3> at;  ///< coarse cell; along `axis`, the coarse face
+};
+
+/// The direct beam (trees/sundir.hpp).
+struct Beam {
+  // Work of a sweep: what is left of the free beam on the fine faces of one layer, 1 at first.
+  std::vector<SolarPair> x;           ///< faces normal to x: (nx + 1) by ny
+  std::vector<SolarPair> y;           ///< faces normal to y: nx by (ny + 1)
+  std::vector<SolarPair> z;           ///< faces normal to z: nx by ny
+  std::vector<std::uint8_t> reached;  ///< by row: the layer above left something of leaves on z
+  std::vector<double> slope;          ///< by fine i: speed along x per width
+  std::vector<double> fsun;           ///< by slot: sunlit fraction of the outer face
+
+  std::vector<BeamProbe> probes;          ///< by the layer that they lie in
+  std::vector<std::int32_t> probe_first;  ///< by layer: its first probe
+
+  // Results of the last sweep.
+  std::vector<SolarPair> canopy;  ///< by slot: what is left of the beam in the canopy
+  std::vector<SolarPair> lost;    ///< by leaf cell: what leaves took out of it [W]
+  std::vector<double> tree_Jdir;  ///< by tree patch [W/m2]
+  std::vector<double> left;       ///< by patch: what leaves left of its beam, 0 to 1
+};
+
+/// Leaf cells: state, air and balance, by leaf cell.
+struct Leaves {
+  std::vector<std::int32_t> cell;       ///< its block cell
+  std::vector<double> lad;              ///< [m2/m3]
+  std::vector<double> volume;           ///< [m3]
+  std::vector<double> T;                ///< leaf temperature [K], kept from step to step
+  std::vector<double> p, Ta, q, U;      ///< air: pressure, temperature, humidity, wind
+  std::vector<double> PAR;              ///< absorbed visible light per leaf area [W/m2]
+  std::vector<double> Sabs, Labs;       ///< absorbed short and net long wave [W]
+  std::vector<double> h, e, qs, dqsdT;  ///< transfer coefficients
+  std::vector<double> E, dEdT;          ///< emission per volume and sense, and its slope
+  std::vector<double> emitting;         ///< volume that emits: sum over axes of A d u [m3]
+
+  [[nodiscard]] std::size_t count() const { return cell.size(); }
+};
+
+struct Data {
+  Settings settings;
+  FineGrid grid;
+  std::int32_t layers = 0;  ///< of the surfaces' grid; the fine grid ends where leaves do
+  BlockCells cells;
+  std::vector<OuterFace> outer;
+  std::vector<TreePatch> trees;
+  std::vector<FaceGroup> groups;
+  std::vector<std::int32_t> group_trees;  ///< tree patches, those of a coarse face together
+  PatchFault fault;
+  std::array<BandFluxes, jmk_module_radiat::kBands> bands;
+  Beam beam;
+  Leaves leaves;
+};
+
+/// Lays the fine grid over the grid of the surfaces and makes the lists of block cells, leaf cells
+/// and outer faces. Needs the coordinates of the grid.
+void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
+              const jmk_module_data::Data& cells, Data& data);
+
+/// Finds the faces that the tree patches cover and the places of the other patches in the beam. A
+/// tree patch that does not fit is noted and told by the first step.
+void place_patches(const tsrf_module_patch::Data& patch, Data& data);
+
+/// Takes the arrays of the steps.
+void allocdata(std::size_t mpatch, const jmk_module_radiat::Optics& optics, Data& data);
+
+/// Takes the leaf area density of each leaf cell [m2/m3] and all that follows from it; also after
+/// each month's reading.
+void set_lad(std::span<const double> lad, const jmk_module_radiat::Optics& optics, Data& data);
+
+/// The air that all leaves stand in during the coming step.
+void storetqair(double p, double T, double q, double U, Data& data);
+
+/// Tells the fault of the tree patches, if there is one.
+void check02(frame::Log& log, const tsrf_module_patch::Data& patch, const Data& data);
+
+}  // namespace tsrf_module_jumoku

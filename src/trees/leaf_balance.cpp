@@ -1,0 +1,91 @@
+#include "trees/leaf_balance.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "radiation/phydat.hpp"
+#include "trees/difrad.hpp"
+
+namespace jmk {
+
+namespace {
+
+using tsrf_module_jumoku::BandFluxes;
+using tsrf_module_jumoku::Data;
+using tsrf_module_jumoku::Leaves;
+
+constexpr double kLeastTemperature = 1.0;         // [K]
+constexpr double kGreatestTemperature = 10000.0;  // [K]
+
+/// Emission by the present temperatures, and what of all long wave stays in each cell.
+void exchange_longwave(frame::Log& log, const jmk_module_radiat::Data& radiat, Data& data) {
+  Leaves& leaves = data.leaves;
+  BandFluxes& band = data.bands[jmk_module_radiat::kLongWave];
+  leaf_emission(radiat.optics[jmk_module_radiat::kLongWave], leaves.lad, leaves.T, leaves.E,
+                leaves.dEdT);
+  for (std::size_t n = 0; n < leaves.count(); ++n) {
+    band.source[static_cast<std::size_t>(leaves.cell[n])] = 2.0 * leaves.emitting[n] * leaves.E[n];
+  }
+  const jmk_module_radiat::Settings& s = radiat.settings;
+  jmk_difrad_flux(log, data, s.LOPRAD, {s.AEPSRD2, s.REPSRD2}, band);
+  for (std::size_t n = 0; n < leaves.count(); ++n) {
+    const auto c = static_cast<std::size_t>(leaves.cell[n]);
+    leaves.Labs[n] = (1.0 - band.scatter) * stopped(band, c) - band.source[c];
+  }
+}
+
+/// Newton's change of a leaf temperature [K].
+double change_of(const Leaves& leaves, std::size_t n, double latent_heat) {
+  const double sides = 2.0 * leaves.lad[n];
+  const double H = (leaves.Ta[n] - leaves.T[n]) * leaves.h[n] * sides;
+  const double V = (leaves.q[n] - leaves.qs[n]) * leaves.e[n] * sides;
+  const double R = (H + latent_heat * V) * leaves.volume[n] + leaves.Sabs[n] + leaves.Labs[n];
+  const double D = (latent_heat * leaves.e[n] * sides * leaves.dqsdT[n] + leaves.h[n] * sides) *
+                       leaves.volume[n] +
+                   2.0 * leaves.emitting[n] * leaves.dEdT[n];
+  return R / D;
+}
+
+void check_temperatures(frame::Log& log, const Data& data) {
+  for (std::size_t n = 0; n < data.leaves.count(); ++n) {
+    const double T = data.leaves.T[n];
+    if (T >= kLeastTemperature && T <= kGreatestTemperature) continue;
+    const auto& at = data.cells.at[static_cast<std::size_t>(data.leaves.cell[n])];
+    log.fail(
+        "### error : leaf temperature is out of range",
+        frame::items("i,j,k,temp. =", at[0] + 1, at[1] + 1, at[2] + 1, T),
+        frame::items("absorbed short-wave, long-wave =", data.leaves.Sabs[n], data.leaves.Labs[n]));
+  }
+}
+
+}  // namespace
+
+LeafLoop jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
+                         const jmk_module_radiat::Data& radiat, Data& data) {
+  const frame::Tag tag(log, "(jmk2_cal_canopy)");
+  Leaves& leaves = data.leaves;
+  const jmk_module_htrans::Settings& s = htrans.settings;
+  LeafLoop loop;
+  while (!loop.converged && loop.passes < s.LOPHBL) {
+    ++loop.passes;
+    htrnscoef(log, htrans, tsrf_module_phydat::kAirHeat,
+              {leaves.U, leaves.Ta, leaves.p, leaves.q, leaves.PAR, leaves.T},
+              {leaves.h, leaves.e, leaves.qs, leaves.dqsdT});
+    exchange_longwave(log, radiat, data);
+    loop.converged = true;
+    loop.greatest_change = 0.0;
+    for (std::size_t n = 0; n < leaves.count(); ++n) {
+      const double change = change_of(leaves, n, htrans.constants.latent_heat);
+      const double size = std::fabs(change);
+      if (!(size <= s.REPSHB * leaves.T[n] + s.AEPSHB)) loop.converged = false;
+      loop.greatest_change = std::max(loop.greatest_change, size);
+      leaves.T[n] += change;
+    }
+  }
+  if (!loop.converged) log.line("%%% warning -1- (jmk2_cal_canopy)");
+  check_temperatures(log, data);
+  return loop;
+}
+
+}  // namespace jmk

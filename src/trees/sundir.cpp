@@ -1,0 +1,291 @@
+#include "trees/sundir.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace jmk {
+
+namespace {
+
+using jmk_module_radiat::kSolarBands;
+using jmk_module_radiat::Optics;
+using tsrf_module_jumoku::Beam;
+using tsrf_module_jumoku::BeamProbe;
+using tsrf_module_jumoku::Data;
+using tsrf_module_jumoku::kFaces;
+using tsrf_module_jumoku::opposite;
+using tsrf_module_jumoku::slot;
+using tsrf_module_jumoku::SolarPair;
+using tsrf_module_phydat::SunVector;
+
+constexpr double kNoFlux = 1e-20;
+constexpr SolarPair kFree{1.0, 1.0};
+
+/// Fractions of the beam by axis.
+using Fractions = std::array<SolarPair, 3>;
+
+/// How a cell of given widths spreads the beam.
+struct Spread {
+  Spread() = default;
+  explicit Spread(const std::array<double, 3>& slope)
+      : path(1.0 / std::max({slope[0], slope[1], slope[2]})) {
+    std::array<double, 3> l{};
+    for (std::size_t a = 0; a < 3; ++a) l[a] = slope[a] * path;
+    for (std::size_t a = 0; a < 3; ++a) {
+      const std::size_t b = (a + 1) % 3;
+      const std::size_t c = (a + 2) % 3;
+      over[a] = {l[b] * (1.0 - 0.5 * l[c]), l[c] * (1.0 - 0.5 * l[b])};
+    }
+  }
+  /// Fractions on the leaving faces from those on the entering ones.
+  [[nodiscard]] Fractions pass(const Fractions& in) const {
+    Fractions out;
+    for (std::size_t a = 0; a < 3; ++a) {
+      const SolarPair& own = in[a];
+      const SolarPair& b = in[(a + 1) % 3];
+      const SolarPair& c = in[(a + 2) % 3];
+      for (std::size_t n = 0; n < kSolarBands; ++n) {
+        out[a][n] = own[n] + over[a][0] * (b[n] - own[n]) + over[a][1] * (c[n] - own[n]);
+      }
+    }
+    return out;
+  }
+
+  double path = 0.0;                            ///< longest way of a ray through the cell [m]
+  std::array<std::array<double, 2>, 3> over{};  ///< by leaving axis: from the next, the one after
+};
+
+/// An axis as the beam sees it.
+struct Way {
+  Way() = default;
+  Way(double s, std::size_t axis, std::int32_t cell_count)
+      : speed(std::fabs(s)),
+        step(-s >= 0.0 ? 1 : -1),
+        count(cell_count),
+        entry_face(2 * axis + (step > 0 ? 0 : 1)) {}
+  [[nodiscard]] std::int32_t cell(std::int32_t n) const { return step > 0 ? n : count - 1 - n; }
+  /// The grid's faces by which the beam enters and leaves cell i.
+  [[nodiscard]] std::int32_t entry(std::int32_t i) const { return step > 0 ? i : i + 1; }
+  [[nodiscard]] std::int32_t exit(std::int32_t i) const { return step > 0 ? i + 1 : i; }
+
+  double speed = 0.0;
+  std::int32_t step = 1;
+  std::int32_t count = 0;
+  std::size_t entry_face = 0;  ///< 0 to 5
+};
+
+class Sweep {
+ public:
+  Sweep(const SunVector& sun, double Jdn, const Optics& optics, Data& data)
+      : data_(data), beam_(data.beam), optics_(optics), Jdn_(Jdn) {
+    const std::array<double, 3> s{sun.x, sun.y, sun.z};
+    for (std::size_t a = 0; a < 3; ++a) way_[a] = Way(s[a], a, data.grid.cells[a]);
+    nx_ = static_cast<std::size_t>(data.grid.cells[0]);
+  }
+
+  void run() {
+    std::fill(beam_.x.begin(), beam_.x.end(), kFree);
+    std::fill(beam_.y.begin(), beam_.y.end(), kFree);
+    std::fill(beam_.z.begin(), beam_.z.end(), kFree);
+    std::fill(beam_.reached.begin(), beam_.reached.end(), std::uint8_t{0});
+    for (std::size_t i = 0; i < nx_; ++i) {
+      beam_.slope[i] = way_[0].speed / data_.grid.width[0][i];
+    }
+    for (std::int32_t n = 0; n < way_[2].count; ++n) {
+      const std::int32_t k = way_[2].cell(n);
+      layer(k);
+      probe(k);
+    }
+  }
+
+ private:
+  /// Rows that neither leaves nor anything dimmed by them reaches are free and stay as they are.
+  void layer(std::int32_t k) {
+    bool from_row_before = false;
+    for (std::int32_t n = 0; n < way_[1].count; ++n) {
+      const std::int32_t j = way_[1].cell(n);
+      const std::size_t r = data_.grid.row(j, k);
+      std::uint8_t& reached = beam_.reached[static_cast<std::size_t>(j)];
+      const bool has_leaves = data_.cells.row_first[r] < data_.cells.row_first[r + 1];
+      if (!has_leaves && reached == 0 && !from_row_before) continue;
+      row(j, k, r);
+      reached = 1;
+      from_row_before = true;
+    }
+  }
+
+  void row(std::int32_t j, std::int32_t k, std::size_t r) {
+    const auto js = static_cast<std::size_t>(j);
+    SolarPair* x = beam_.x.data() + js * (nx_ + 1);
+    SolarPair* y_in = beam_.y.data() + static_cast<std::size_t>(way_[1].entry(j)) * nx_;
+    SolarPair* y_out = beam_.y.data() + static_cast<std::size_t>(way_[1].exit(j)) * nx_;
+    SolarPair* z = beam_.z.data() + js * nx_;
+    std::array<double, 3> slope{-1.0, way_[1].speed / data_.grid.width[1][js],
+                                way_[2].speed / data_.grid.width[2][static_cast<std::size_t>(k)]};
+    // The block cells of the row, met in the beam's sense.
+    std::int32_t c = way_[0].step > 0 ? data_.cells.row_first[r] : data_.cells.row_first[r + 1] - 1;
+    std::int32_t left = data_.cells.row_first[r + 1] - data_.cells.row_first[r];
+    Spread spread;
+    for (std::int32_t n = 0; n < way_[0].count; ++n) {
+      const auto i = static_cast<std::size_t>(way_[0].cell(n));
+      if (beam_.slope[i] != slope[0]) {
+        slope[0] = beam_.slope[i];
+        spread = Spread(slope);
+      }
+      Fractions in{x[way_[0].entry(static_cast<std::int32_t>(i))], y_in[i], z[i]};
+      if (left > 0 && data_.cells.at[static_cast<std::size_t>(c)][0] == static_cast<int>(i)) {
+        block_cell(static_cast<std::size_t>(c), spread, in);
+        c += way_[0].step;
+        --left;
+      }
+      const Fractions out = spread.pass(in);
+      x[way_[0].exit(static_cast<std::int32_t>(i))] = out[0];
+      y_out[i] = out[1];
+      z[i] = out[2];
+    }
+  }
+
+  /// The beam in the canopy through one cell of a block; `free` is the other beam, which leaves
+  /// only dim, on the entering faces.
+  void block_cell(std::size_t c, const Spread& spread, Fractions& free) {
+    Fractions in;
+    for (std::size_t a = 0; a < 3; ++a) {
+      const std::size_t place = slot(c, way_[a].entry_face);
+      if (data_.cells.neighbour(c, way_[a].entry_face) < 0) {
+        for (std::size_t b = 0; b < kSolarBands; ++b) {
+          beam_.canopy[place][b] = free[a][b] * beam_.fsun[place];
+        }
+      }
+      in[a] = beam_.canopy[place];
+    }
+    if (data_.cells.leaf[c] >= 0) leaves(c, spread.path, in, free);
+    const Fractions out = spread.pass(in);
+    for (std::size_t a = 0; a < 3; ++a) {
+      const std::size_t exit = opposite(way_[a].entry_face);
+      beam_.canopy[slot(c, exit)] = out[a];
+      if (data_.cells.neighbour(c, exit) >= 0) {
+        beam_.canopy[static_cast<std::size_t>(data_.cells.next[slot(c, exit)])] = out[a];
+      }
+    }
+  }
+
+  /// Leaves take their part of both beams and keep that of the beam in the canopy.
+  void leaves(std::size_t c, double path, Fractions& in, Fractions& free) {
+    const auto n = static_cast<std::size_t>(data_.cells.leaf[c]);
+    for (std::size_t b = 0; b < kSolarBands; ++b) {
+      const double passed = std::exp(-optics_[b].extinction(data_.leaves.lad[n]) * path);
+      double entering = 0.0;
+      for (std::size_t a = 0; a < 3; ++a) {
+        entering += data_.grid.face_area(data_.cells.at[c], a) * way_[a].speed * in[a][b];
+        in[a][b] *= passed;
+        free[a][b] *= passed;
+      }
+      beam_.lost[n][b] = (1.0 - passed) * entering * optics_[b].direct * Jdn_;
+    }
+  }
+
+  /// What is left of the beam of the patches of layer k.
+  void probe(std::int32_t k) {
+    const auto layer = static_cast<std::size_t>(k);
+    for (std::int32_t n = beam_.probe_first[layer]; n < beam_.probe_first[layer + 1]; ++n) {
+      const BeamProbe& probe = beam_.probes[static_cast<std::size_t>(n)];
+      beam_.left[static_cast<std::size_t>(probe.patch)] = left_of(probe);
+    }
+  }
+
+  [[nodiscard]] double left_of(const BeamProbe& probe) const {
+    const std::int32_t NDIV = data_.grid.NDIV;
+    const auto axis = static_cast<std::size_t>(probe.axis);
+    const std::int32_t parts_i = axis == 0 ? 1 : NDIV;
+    const std::int32_t parts_j = axis == 1 ? 1 : NDIV;
+    const std::vector<SolarPair>& faces = axis == 0 ? beam_.x : axis == 1 ? beam_.y : beam_.z;
+    const std::size_t stride = nx_ + (axis == 0 ? 1 : 0);
+    double taken = 0.0;
+    for (std::int32_t j = probe.at[1] * NDIV; j < probe.at[1] * NDIV + parts_j; ++j) {
+      for (std::int32_t i = probe.at[0] * NDIV; i < probe.at[0] * NDIV + parts_i; ++i) {
+        const SolarPair& f =
+            faces[static_cast<std::size_t>(j) * stride + static_cast<std::size_t>(i)];
+        for (std::size_t b = 0; b < kSolarBands; ++b) taken += optics_[b].direct * (1.0 - f[b]);
+      }
+    }
+    return 1.0 - taken / (parts_i * parts_j);
+  }
+
+  Data& data_;
+  Beam& beam_;
+  const Optics& optics_;
+  double Jdn_;
+  std::array<Way, 3> way_;
+  std::size_t nx_ = 0;
+};
+
+/// Nothing passes: the state without sun.
+void clear(Beam& beam) {
+  std::fill(beam.canopy.begin(), beam.canopy.end(), SolarPair{});
+  std::fill(beam.lost.begin(), beam.lost.end(), SolarPair{});
+  std::fill(beam.tree_Jdir.begin(), beam.tree_Jdir.end(), 0.0);
+  std::fill(beam.left.begin(), beam.left.end(), 1.0);
+}
+
+/// The sunlit fractions of the tree patches, on the faces that they cover.
+void take_fsun(std::span<const double> fsun, Data& data) {
+  for (const tsrf_module_jumoku::TreePatch& tree : data.trees) {
+    const auto& outer = data.outer[static_cast<std::size_t>(tree.outer)];
+    data.beam.fsun[outer.entry()] = fsun[static_cast<std::size_t>(tree.patch)];
+  }
+}
+
+/// Direct flux through the tree patches, per area.
+void set_tree_Jdir(const SunVector& sun, double Jdn, const Optics& optics,
+                   const tsrf_module_patch::Data& patch, Data& data) {
+  const std::array<double, 3> s{std::fabs(sun.x), std::fabs(sun.y), std::fabs(sun.z)};
+  for (std::size_t t = 0; t < data.trees.size(); ++t) {
+    const auto& outer = data.outer[static_cast<std::size_t>(data.trees[t].outer)];
+    const SolarPair& f = data.beam.canopy[outer.entry()];
+    // The free beam's flux through the face; one that the beam only grazes takes no part.
+    const double weight =
+        outer.area * s[tsrf_module_jumoku::axis_of(static_cast<std::size_t>(outer.face))];
+    double through = 0.0;
+    for (std::size_t b = 0; b < kSolarBands; ++b) through += optics[b].direct * f[b];
+    data.beam.tree_Jdir[t] =
+        weight < kNoFlux
+            ? 0.0
+            : through * weight * Jdn / patch.area[static_cast<std::size_t>(data.trees[t].patch)];
+  }
+}
+
+/// Whether the beam is swept at run time `second`.
+bool sweeps_now(double second, double dt, std::int32_t NSKIP_SUNDIR) {
+  const double every = std::round(dt) * NSKIP_SUNDIR;
+  return every <= 0.0 || std::fmod(second, every) == 0.0;
+}
+
+}  // namespace
+
+void sweep_beam(const SunVector& sun, double Jdn, const Optics& optics, Data& data) {
+  Sweep(sun, Jdn, optics, data).run();
+}
+
+void tsrf_sundir(frame::Log& log, double dt, double second, const SunVector& sun,
+                 const tsrf_module_phydat::SkyFluxes& sky, const tsrf_module_patch::Data& patch,
+                 std::span<const double> fsun, const jmk_module_data::Data& cells,
+                 const jmk_module_radiat::Data& radiat, Data& data, std::span<double> Jdir) {
+  if (!cells.CALJMK) return;
+  const frame::Tag tag(log, "(tsrf_sundir)");
+  if (sun.z < kNoFlux || !(sky.direct >= kNoFlux)) {
+    clear(data.beam);
+  } else if (sweeps_now(second, dt, data.settings.NSKIP_SUNDIR)) {
+    check02(log, patch, data);
+    take_fsun(fsun, data);
+    sweep_beam(sun, sky.direct, radiat.optics, data);
+    set_tree_Jdir(sun, sky.direct, radiat.optics, patch, data);
+  }
+  for (std::size_t p = 0; p < Jdir.size(); ++p) Jdir[p] *= data.beam.left[p];
+  for (std::size_t t = 0; t < data.trees.size(); ++t) {
+    Jdir[static_cast<std::size_t>(data.trees[t].patch)] = data.beam.tree_Jdir[t];
+  }
+}
+
+}  // namespace jmk

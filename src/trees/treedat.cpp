@@ -1,0 +1,69 @@
+#include "trees/treedat.hpp"
+
+#include <utility>
+
+#include "frame/code_index.hpp"
+
+namespace tsrf_module_treedat {
+
+namespace {
+
+using frame::items;
+
+Data read_lines(frame::Log& log, frame::TextInput& file) {
+  Data table;
+  std::int32_t TreeID = 0;
+  double lad = 0.0;
+  file.rewind();
+  file.skip_line();
+  frame::ReadStatus status{};
+  while ((status = file.read(TreeID, lad)) == frame::ReadStatus::ok) {
+    if (!(lad > 0.0)) {
+      log.data_error(items("lad in SurfProp data =", lad), "it must be > 0",
+                     items("treeid =", TreeID));
+    }
+    table.TreeID.push_back(TreeID);
+    table.lad.push_back(lad);
+  }
+  if (status == frame::ReadStatus::error) {
+    log.read_error(file, "### read error : LAD_simple data");
+  }
+  return table;
+}
+
+void check_unique(frame::Log& log, const std::vector<std::int32_t>& codes) {
+  const frame::CodeIndex index(codes);
+  const auto& repeat = index.repeat();
+  if (!repeat) return;
+  log.data_error(items("TreeID in Tree data =", codes[static_cast<std::size_t>(repeat->second)]),
+                 "it is specified redundantly in line no. n1 & n2",
+                 items("n1,n2 =", repeat->first + 1, repeat->second + 1));
+}
+
+}  // namespace
+
+void read_treedat(frame::Log& log, frame::TextInput& file, Data& data) {
+  const frame::Tag tag(log, "(tsrf_module_treedat)(read_treedat)");
+  frame::allocating(log, [&] {
+    Data table = read_lines(log, file);
+    check_unique(log, table.TreeID);
+    const bool first = data.TreeID.empty();
+    if (!first && table.TreeID != data.TreeID) log.fail("### error : invalid multi-day data");
+    data = std::move(table);
+  });
+}
+
+void set_meshid(frame::Log& log, const Data& data, jmk_module_data::Data& cells) {
+  const frame::Tag tag(log, "(tsrf_module_treedat)(set_meshid)");
+  frame::allocating(log, [&] {
+    const frame::CodeIndex index(data.TreeID);
+    for (jmk_module_data::LeafCell& cell : cells.cells) {
+      cell.row = index.find(cell.TreeID);
+      if (cell.row >= 0) continue;
+      log.data_error(items("TreeID in TreeMesh data =", cell.TreeID),
+                     "it is not defined in TreeData");
+    }
+  });
+}
+
+}  // namespace tsrf_module_treedat
