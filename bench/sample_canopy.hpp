@@ -1,13 +1,14 @@
-// A canopy for tests, built without files: grid widths, leaf cells with their densities, patches.
+// A canopy built without files, for tests and benchmarks: grid widths, leaf cells, patches.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <utility>
 #include <vector>
 
-#include "recorded_log.hpp"
+#include "../tests/recorded_log.hpp"
 #include "trees/prep.hpp"
 
 struct CanopyCase {
@@ -98,7 +99,8 @@ struct CanopyCase {
 
   tsrf_module_jumoku::Data& canopy() { return trees.canopy; }
 
-  RecordedLog recorded{};
+  std::unique_ptr<RecordedLog> owned = std::make_unique<RecordedLog>();
+  RecordedLog& recorded = *owned;
   jmk::Trees trees;
   tsrf_main01::Grid grid;
   tsrf_module_patch::Data patch;
