@@ -1,9 +1,14 @@
 // The frame below the modules: numbers as text, the log, files, stopwatches, codes.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <bit>
 #include <cmath>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <limits>
@@ -63,11 +68,14 @@ TEST(Numbers, ReadFastHaveTheBitsOfThePlainWay) {
     const int decimals = static_cast<int>(random() % 20);
     std::snprintf(text, sizeof text, i % 2 == 0 ? "%.*f" : "%.*e", decimals, digits / 1e9);
     taken += fast_agrees<double>(text) && fast_agrees<float>(text);
+    // Beside the middle between two single-precision values, nearer than a double can tell.
+    std::snprintf(text, sizeof text, "%.15f", 4.0 + (2.0 * i + 1.0) * 0x1p-22);
+    fast_agrees<float>(text);
   }
   EXPECT_GT(taken, 20000);
-  // In the middle between two single-precision values, and beside it.
-  for (const char* text : {"16777217", "16777219", "16777217.0000001", "16777216.9999999", "-0",
-                           "33554434e22", "9007199254740992", "9007199254740993", "0.1e-21"}) {
+  for (const char* text :
+       {"16777217", "16777219", "1e23", "9e22", "0.1e-22", "16777217.0000001", "16777216.9999999",
+        "-0", "33554434e22", "9007199254740992", "9007199254740993", "0.1e-21"}) {
     fast_agrees<double>(text);
     fast_agrees<float>(text);
   }
@@ -233,8 +241,19 @@ TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
   file.replace(recorded.log, as_records({large}));
   EXPECT_EQ(folder.content("data/state").size(), large.size() + 8);
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
-  frame::RecordFile("/dev/null").replace(recorded.log, as_records({large}));
-  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(RecordFile, ThatIsNoPlainFileIsWrittenToAndNeverReplaced) {
+  const TempFolder folder;
+  RecordedLog recorded;
+  const std::string pipe = folder.path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0666), 0);
+  const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  frame::RecordFile(pipe).replace(recorded.log, as_records({"state"}));
+  std::array<char, 100> got{};
+  EXPECT_EQ(::read(reader, got.data(), got.size()), 13);
+  ::close(reader);
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 TEST(Accounts, AddUpAndStopOnMisuse) {

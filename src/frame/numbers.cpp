@@ -66,8 +66,8 @@ bool normalise_real(std::string_view token, std::string& text) {
   return i == token.size() && i > exponent;
 }
 
-/// True when the real `text` (normalised) is one or more in size: tells a value that is too large
-/// for its kind from one that is too small.
+/// Tells a real (normalised, beyond the range of its kind) that is too large from one that is too
+/// small.
 bool is_large(std::string_view text) {
   if (text.front() == '-') text.remove_prefix(1);
   const std::size_t mark = std::min(text.find('e'), text.size());
@@ -81,7 +81,7 @@ bool is_large(std::string_view text) {
   const std::string_view digits = text.substr(0, mark);
   const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
   const auto leading = static_cast<std::int64_t>(digits.find_first_not_of("0."));
-  return exponent + point - leading + (leading > point ? 1 : 0) > 0;
+  return exponent + point - leading > 0;  // far from the border: one place does not matter
 }
 
 template <class Real>
