@@ -3,21 +3,8 @@
 
 #include <sstream>
 #include <string>
-#include <string_view>
 
 #include "frame/log.hpp"
-
-/// Lines in shorthand: a bar ends a line, a leading E is the heading of a data error.
-inline std::string lines(std::string_view shorthand) {
-  std::string text;
-  if (shorthand.starts_with("E|")) {
-    text = "### error : data error";
-    shorthand.remove_prefix(1);
-  }
-  for (const char c : shorthand) text += c == '|' ? '\n' : c;
-  if (!text.empty() && text.back() != '\n') text += '\n';
-  return text;
-}
 
 struct RecordedLog {
   std::ostringstream screen;

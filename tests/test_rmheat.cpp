@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "buildings/aircon.hpp"
+#include "fault_table.hpp"
 #include "recorded_log.hpp"
 
 namespace {
@@ -49,50 +50,9 @@ TEST(RoomHeat, GivesEachBuildingTheValuesOfItsPair) {
 }
 
 TEST(RoomHeat, ReportsEveryFault) {
-  const std::string error = "### error : data error\n";
-  const std::string of = " in RmHeat data = ";
-  const std::string check = "(tsrf_module_rmheat)(check_data)\n(tsrf_module_rmheat)(set_rmheat)\n";
-  const std::string start = "(tsrf_module_rmheat)(read_rmheat)\n";
-  const auto line = [](const std::string& head, const std::string& rmtmp = "20 50 1") {
-    return head + " 0 0 " + rmtmp + " 0 0 0 0\n";
-  };
-  const std::string block = line("1 1 1") + line("1 1 2");
-  struct Case {
-    std::string text, lines;
-  };
-  for (const Case& c : std::vector<Case>{
-           {"", "### error : lack of RmHeat data\n" + start},
-           {"1 1 1 0 0 20 50 1 0 0 0\n",
-            "%%% file RmHeat.txt, line 2\n### read error : RmHeat data\n" + start},
-           {line("0 1 1 1"),
-            error + "no. of date elements in RmHeat data = 2\nit must be = 1\n" + check},
-           {block + line("2 1 1") + line("3 7 2"),
-            error + "date" + of + "1 1 1 3 0 0\nit must be = 1 1 1 2 0 0\nline no. = 4\n" + check},
-           {block + line("2 1 1") + line("2 7 2", "-300 1 1"),
-            error + "BCD" + of + "7 2\nit is not defined in 1st time block\n" + check},
-           {block + line("2 1 1") + line("2 1 2", "-300 -1 -1"),
-            error + "rmtmp" + of + "-300\nit must be >= -273.15\nline no. = 4\n" + check},
-           {block + line("2 1 1", "0 100.2 -1"),
-            error + "rmhum" + of + "100.2\nit must be >= 0 and <= 100\nline no. = 3\n" + check},
-           {block + line("2 1 1", "0 -0.1 -1"),
-            error + "rmhum" + of + "-0.1\nit must be >= 0 and <= 100\nline no. = 3\n" + check},
-           {block + line("2 1 1", "0 100.1 -1"),
-            error + "vent" + of + "-1\nit must be >= 0\nline no. = 3\n" + check},
-           {block + line("2 1 2") + line("2 1 2"),
-            error + "BCD" + of + "1 1\nlack of data for this BCD\ntime no. = 2\n" + check},
-           {block + line("1 1 2") + line("1 1 2"),
-            error + "BCD" + of + "1 2\nduplicated data for this BCD\ntime no. = 1\n" + check},
-           {line("2 1 1") + line("1 1 1"),
-            error + "date in Rmheat data = 1 1 1 1 0 0\nit is not ascending order\ntime no. = 2\n" +
-                check},
-           {line("24 1 1") + line("25 1 1"),
-            error + "date" + of + "1 1 1 25 0 0\ninvalid expression\ntime no. = 2\n" + check},
-           {block + line("2 1 1"),
-            "%%% file RmHeat.txt, line 4\n### end of file : RmHeat data\n" + check},
-           {block + line("2 1 1") + line("2 1.0 2"),
-            "%%% file RmHeat.txt, line 5\n### read error : RmHeat data\n" + check}}) {
-    Rooms rooms(c.text);
-    EXPECT_EQ(rooms.recorded.lines_of([&] { rooms.at(1.0); }), c.lines);
+  for (const FaultCase& c : fault_table("rmheat")) {
+    Rooms rooms(c.input);
+    EXPECT_EQ(rooms.recorded.lines_of([&] { rooms.at(1.0); }), c.lines) << c.input;
   }
 }
 

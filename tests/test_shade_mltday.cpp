@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <sstream>
 #include <vector>
 
+#include "fault_table.hpp"
 #include "patches_of.hpp"
 #include "radiation/bit_planes.hpp"
 #include "radiation/shade.hpp"
@@ -81,20 +83,12 @@ struct Tree {
 
 TEST(ShadeOfDatedRuns, InterpolatesWithinAMonthAndHoldsBeyondItsBlocks) {
   Tree tree(2);
-  for (const auto& [month, day, hour, fsun] :
-       std::vector<std::array<double, 4>>{{1, 28, 1, 0},
-                                          {1, 28, 2, 1},
-                                          {1, 28, 2.25, 0.75},
-                                          {1, 28, 24, 1},
-                                          {1, 29, 0.75, 1},
-                                          {1, 27, 0, 1},
-                                          {1, 27, 0.5, 1},
-                                          {1, 27, 1.5, 0.5},
-                                          {1, 30, 23.5, 0.5},
-                                          {2, 27, 1.25, 0.25},
-                                          {2, 28, 23.75, 0.25},
-                                          {1, 28, 2, 1},
-                                          {3, 27, 1.25, 0.75}}) {
+  std::istringstream cases(R"(
+1 28 1    0      1 28 2     1      1 28 2.25 0.75   1 28 24   1      1 29 0.75 1
+1 27 0    1      1 27 0.5   1      1 27 1.5  0.5    1 30 23.5 0.5    2 27 1.25 0.25
+2 28 23.75 0.25  1 28 2     1      3 27 1.25 0.75
+)");
+  for (double month, day, hour, fsun; cases >> month >> day >> hour >> fsun;) {
     EXPECT_EQ(tree.at(month, day, hour), fsun) << month << " " << day << " " << hour;
   }
   EXPECT_EQ(tree.data.months[1].words.size(), 2U * 2U * 4U);  // 96 blocks, 30 a word
@@ -114,37 +108,14 @@ TEST(ShadeOfDatedRuns, ReadsAMonthOnceWhileItIsKept) {
 }
 
 TEST(ShadeOfDatedRuns, ReportsEveryFault) {
-  const std::string stop = "### program error -";
-  const std::string beyond = stop + "1- (tsrf_module_shade)|(set_shade_mltday)";
-  const std::string tags =
-      "|(tsrf_module_shade)(read_mltday)|(tsrf_module_shade)(set_shade_mltday)|"
-      "(tsrf_module_shade)(set_shade)";
   std::string long_day;
   for (int h = 0; h <= 24; ++h) long_day += frame::items(h, "1 1 1|", h, "1 2 1|");
-  struct Case {
-    int month, day;
-    std::string text, lines;
-  };
-  for (const Case& c : std::vector<Case>{
-           {4, 28, "-", beyond},
-           {1, 26, "-", beyond},
-           {1, 31, "-", beyond},
-           {1, 27, "", "### error : lack of Sun data" + tags},
-           {1, 27, long_day, "E|maximal no. of dates = 25|it must be <= 24" + tags},
-           {1, 27, "1 1 0 1 1", "E|no. of date elements in Sun data = 2|it must be = 1" + tags},
-           {1, 27, "5 0 1 1|5 0 2 1|4 0 1 1|4 0 2 1",
-            stop + "1- (tsrf_module_shade)|(read_mltday)"},
-           {1, 27, "5 0 1 1|5 0 1 1", stop + "2- (tsrf_module_shade)|(read_mltday)"},
-           {1, 27, "5 0 1 1|6 0 2 1",
-            "E|date in Sun data = 1 1 27 6 0 0|it must be = 1 1 27 5 0 0|line no. = 2" + tags},
-           {1, 27, "25 0 1 1|25 0 2 1",
-            "E|date in Sun data = 1 1 27 25 0 0|invalid expression|time no. = 1" + tags},
-           {1, 27, "5 0 1 1", "2|### end of file : Sun data" + tags},
-           {1, 27, "5 0 1 1|5 0 2 x", "3|### read error : Sun data" + tags}}) {
+  for (const FaultCase& c : fault_table("shade_mltday", {{'@', long_day}})) {
     Tree tree(2);
-    tree.folder.write(Tree::name(1, 27), "title\n" + lines(c.text));
-    const std::string log = tree.recorded.lines_of([&] { tree.at(c.month, c.day, 1.0); });
-    EXPECT_TRUE(log.ends_with(lines(c.lines))) << log << lines(c.lines);
+    tree.folder.write(Tree::name(1, 27), "title\n" + c.input.substr(4));
+    const std::string log = tree.recorded.lines_of(
+        [&] { tree.at(c.input[0] - '0', std::stod(c.input.substr(2, 2)), 1.0); });
+    EXPECT_TRUE(log.ends_with(c.lines)) << log << c.lines;
   }
   Tree tree(2);
   tree.data.settings.DAYS = {26, 27};

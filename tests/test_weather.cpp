@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "fault_table.hpp"
 #include "inputs/weather.hpp"
 #include "radiation/phydat.hpp"
 #include "recorded_log.hpp"
@@ -52,46 +53,9 @@ TEST(Weather, GivesDirectAndScatteredWhereTheFileDoes) {
 }
 
 TEST(Weather, ReportsEveryFault) {
-  const std::string error = "### error : data error\n";
-  const std::string good = "1 10 50 1000 1 2 0 0 0\n";
-  const auto value = [&error](const std::string& name, const std::string& number,
-                              const std::string& rule, int line) {
-    return error + name + " in Weather data = " + number + "\nit must be " + rule +
-           "\nline no. = " + std::to_string(line) + "\n";
-  };
-  struct Case {
-    std::string text, lines;
-  };
-  for (const Case& c : std::vector<Case>{
-           {"", "### error : lack of Weather data\n"},
-           {good + "2 -273 -1 1000 1 2 0 0 0", value("Temp", "-273", "> -273", 2)},
-           {good + "2 9 -0.1 0 1 2 0 0 0", value("Rhum", "-0.1", ">= 0 and <= 100", 2)},
-           {good + "2 9 100.01 1 1 2 0 0 0", value("Rhum", "100.01", ">= 0 and <= 100", 2)},
-           {"1 9 9 0 -1 2 0 0 0", value("Press", "0", "> 0", 1)},
-           {"1 9 9 1 -1 -2 0 0 0", value("SunRad", "-1", ">= 0", 1)},
-           {"1 9 9 1 1 -2 -1 0 0", value("Wind", "-2", ">= 0", 1)},
-           {"1 9 9 1 1 2 -3 -1 0", value("SunJdn", "-3", ">= 0", 1)},
-           {"1 9 9 1 1 2 0 -4 -1", value("SunJsh", "-4", ">= 0", 1)},
-           {"25 9 9 1 1 2 0 0 -5", value("AtmJsh", "-5", ">= 0", 1)},
-           {"7 1 10 50 1000 1 2 0 0 0",
-            error + "no. of date elements in Weather data = 2\nit must be = 1\n"},
-           {good + "1 10 50 1000 1 2 0 0 0",
-            error +
-                "date in Weather data = 1 1 1 1 0 0\nit is not ascending order\nline no. = 2\n"},
-           {good + "\n25 10 50 1000 1 2 0 0 0",
-            error + "date in Weather data = 1 1 1 25 0 0\ninvalid expression\ntime no. = 2\n"},
-           {good + "2 1O 50 1000 1 2 0 0 0",
-            "%%% file Weather.txt, line 3\n### read error : Weather data\n"},
-           {good + "2 10 50 1000", "%%% file Weather.txt, line 3\n### read error : Weather data\n"},
-           {"1 9 9 1 0 2 1 0 0", error + "lack of SunJsh in Weather data\n"},
-           {"1 9 9 1 1 2 0 1 0", error + "lack of SunJdn in Weather data\n"},
-           {"1 9 9 1 1 2 1 1 0", error + "SunJdn in Weather data can not be specified\n"},
-           {"1 9 9 1 0 2 0 0 0", error + "lack of SunRad in Weather data\n"},
-           {"1 9 9 1 1 2 0 0 0\n2 9 9 1 1 2 0 0 0\n3 9 9 1 1 2 0 0 1",
-            value("AtmJsh", "0", "> 0", 2)}}) {
-    Series series(c.text);
-    EXPECT_EQ(series.recorded.lines_of([&] { series.at(0.0); }),
-              c.lines + "(tsrf_module_weather)(check_data)\n(tsrf_module_weather)(set_weather)\n");
+  for (const FaultCase& c : fault_table("weather")) {
+    Series series(c.input);
+    EXPECT_EQ(series.recorded.lines_of([&] { series.at(0.0); }), c.lines);
   }
 }
 

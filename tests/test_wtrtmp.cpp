@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "fault_table.hpp"
 #include "inputs/wtrtmp.hpp"
 #include "recorded_log.hpp"
 
@@ -38,60 +39,25 @@ TEST(WaterTemperature, FollowsItsSeries) {
 }
 
 TEST(WaterTemperature, ReportsEveryFault) {
-  const std::string start = "(tsrf_module_wtrtmp)(read_wtrtmp)\n";
-  const std::string check = "(tsrf_module_wtrtmp)(check_data)\n(tsrf_module_wtrtmp)(set_wtrtmp)\n";
-  const std::string error = "### error : data error\n";
-  const std::string of = " in WaterTemp data = ";
-  const std::string block = "1 5 1 9\n1 8 1 9\n";
-  const std::string cut = "%%% file WaterTemp.txt, line ";
-  struct Case {
-    std::string text, lines;
-    std::int32_t NITEM = 1;
-  };
-  for (const Case& c : std::vector<Case>{
-           {"", ""},
-           {"\n", "", 2000000000},
-           {"1 5 1 9\n1 7 1 9",
-            error + "PID" + of + "7\nit is not defined in Patch data\n" + start},
-           {"1 5 1 9\n1 6 1 9",
-            error + "PID" + of + "6\nit does not have WaterTemp type\n" + start},
-           {"1 5 1 9\n2 8 1 9",
-            error + "PID in Patch data = 8\nit is not defined WaterTemp data\n" + start},
-           {"1 5 1 9\n1 8 1 -", cut + "3\n### read error : WaterTemp data\n" + start},
-           {block, cut + "2\n### read error : WaterTemp data\n" + start, 2000000000},
-           {block + "2 5 1 -273.15\n",
-            error + "temp." + of + "-273.15\nit must be > -273.15\nline no. = 3\n" + check},
-           {block + "2 5 3 1\n2 8 1 0",
-            error + "bid" + of + "1\nit must be = 3\nline no. = 4\n" + check},
-           {block + "2 5 1 1\n3 8 1 0",
-            error + "date" + of + "1 1 1 3 0 0\nit must be = 1 1 1 2 0 0\nline no. = 4\n" + check},
-           {block + "2 5 1 1\n2 9 1 0",
-            error + "PID" + of + "9\nit is not defined in Patch data\n" + check},
-           {block + "2 5 1 1\n2 5 1 0",
-            error + "PID" + of + "5\nduplicated data for this PID\ntime no. = 2\n" + check},
-           {"2 5 1 9\n2 8 1 9\n" + block,
-            error + "date" + of + "1 1 1 1 0 0\nit is not ascending order\nline no. = 3\n" + check},
-           {"25 5 1 9\n25 8 1 9",
-            error + "date" + of + "1 1 1 25 0 0\ninvalid expression\ntime no. = 1\n" + check},
-           {block + "2 5 1 1\n2 8 1", cut + "5\n### read error : WaterTemp data\n" + check},
-           {block + "2 5 1 1\n", cut + "4\n### end of file : WaterTemp data\n" + check},
-           {"1 5 1 9 1\n1 8 1 9",
-            error + "no. of date elements in Sun data = 2\nit must be = 1\n" + check}}) {
-    Water water(c.text, c.NITEM);
-    EXPECT_EQ(water.recorded.lines_of([&] {
+  for (const FaultCase& c : fault_table("wtrtmp")) {
+    Water water(c.input, 1);
+    const std::string log = water.recorded.lines_of([&] {
       water.start();
       water.at(1.0);
-    }),
-              c.lines)
-        << c.text;
+    });
+    EXPECT_EQ(log, c.lines) << c.input;
   }
 }
 
-TEST(WaterTemperature, ReadsItsGroup) {
-  Water water("", 1);
+TEST(WaterTemperature, RefusesCountsThatTheFileCannotHold) {
+  Water water("1 5 1 9|1 8 1 9", 2000000000);
+  EXPECT_THROW(water.start(), frame::Failure);
+  Water empty("\n", 2000000000);
+  empty.start();
   frame::TextInput control("control", "&TSRF_WTRTMP NITEM = 0, LWTRTMP = 1 /");
-  EXPECT_TRUE(water.recorded.lines_of([&] { inputdata(water.recorded.log, control, water.data); })
-                  .ends_with("nitem = 0\nit must be > 0\n(tsrf_module_wtrtmp)(inputdata)\n"));
+  const std::string log =
+      empty.recorded.lines_of([&] { inputdata(empty.recorded.log, control, empty.data); });
+  EXPECT_TRUE(log.ends_with("nitem = 0\nit must be > 0\n(tsrf_module_wtrtmp)(inputdata)\n"));
 }
 
 }  // namespace

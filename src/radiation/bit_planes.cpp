@@ -34,11 +34,12 @@ void pack(std::size_t m, std::int32_t NBIT, std::int32_t slot, std::int32_t* wor
 void unpack(std::size_t m, std::int32_t NBIT, std::int32_t slot, const std::int32_t* words,
             std::span<double> values) {
   const double scale = scale_of(NBIT);
+  const std::int32_t shift = slot - 1;
   Chunk q;
   std::fill_n(q.begin(), values.size(), 0);
-  for (std::int32_t b = 0; b < NBIT; ++b) {
+  for (std::int32_t b = NBIT - 1; b >= 0; --b) {
     const std::int32_t* plane = words + static_cast<std::size_t>(b) * m;
-    for (std::size_t i = 0; i < values.size(); ++i) q[i] += ((plane[i] >> (slot - 1)) & 1) << b;
+    for (std::size_t i = 0; i < values.size(); ++i) q[i] = 2 * q[i] + ((plane[i] >> shift) & 1);
   }
   for (std::size_t i = 0; i < values.size(); ++i) values[i] = q[i] / scale;
 }
