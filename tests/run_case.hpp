@@ -148,6 +148,15 @@ class RunCase {
     write(name, text.replace(at, old_text.size(), new_text));
     return true;
   }
+  /// Puts `text` in the place of line `n`, counted from 1; false when the file has fewer.
+  [[nodiscard]] bool set_line(const std::string& name, std::size_t n, std::string_view text) const {
+    std::string all = content(name);
+    std::size_t at = 0;
+    for (; n > 1 && at < all.size(); --n) at = std::min(all.find('\n', at), all.size()) + 1;
+    if (at >= all.size()) return false;
+    write(name, all.replace(at, std::min(all.find('\n', at), all.size()) - at, text));
+    return true;
+  }
 
 #ifdef TOWNSKIN_PROGRAM
   /// Starts the program in the directory, its output in the files "out" and "err" of `streams`.

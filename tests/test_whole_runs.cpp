@@ -61,11 +61,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, References,
 
 /// Sets the first and the last step of a run.
 void set_steps(const RunCase& run, int first, int last) {
-  Lines control = run_case::lines_of(run.path("control.txt"));
-  control[2] = std::to_string(first) + " " + std::to_string(last);
-  std::string text;
-  for (const std::string& line : control) text += line + "\n";
-  run.write("control.txt", text);
+  const std::string steps = std::to_string(first) + " " + std::to_string(last);
+  ASSERT_TRUE(run.set_line("control.txt", 3, steps));
 }
 
 /// What a run left: the bytes of each file but the log and the wall-clock record.

@@ -1,0 +1,195 @@
+// Runs of the program on faulty and on hostile input files.
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "run_case.hpp"
+
+#ifdef TOWNSKIN_PROGRAM
+namespace {
+
+using run_case::Lines;
+using run_case::Outcome;
+using run_case::RunCase;
+namespace fs = std::filesystem;
+
+const fs::path kSource = TOWNSKIN_SOURCE_DIR;
+
+/// A row of the tables in tests/faults; their README tells the form.
+struct Row {
+  std::string base, stage, title, place;
+  Lines edits, lines;
+};
+
+std::vector<Row> rows_of(const fs::path& table) {
+  std::vector<Row> rows;
+  std::size_t number = 0;
+  std::ifstream file(table);
+  for (std::string line; std::getline(file, line);) {
+    ++number;
+    if (line.empty() || line[0] == '#') continue;
+    if (line.starts_with("== ")) {
+      const Lines words = run_case::fields_of(line.substr(0, line.find(':')));
+      rows.push_back({words.at(1),
+                      words.at(2),
+                      line.substr(line.find(':') + 1),
+                      table.filename().string() + ":" + std::to_string(number),
+                      {},
+                      {}});
+    } else if (line.starts_with(">> ")) {
+      rows.back().lines.insert(rows.back().lines.end(), {"### error : data error", line.substr(3)});
+    } else if (line.starts_with("> ")) {
+      rows.back().lines.push_back(line.substr(2));
+    } else {
+      rows.back().edits.push_back(line);
+    }
+  }
+  return rows;
+}
+
+/// The text with its "\n", "\t" and "\r" as characters.
+std::string unescaped(std::string text) {
+  for (const auto& [code, sign] :
+       {std::pair{"\\n", "\n"}, std::pair{"\\t", "\t"}, std::pair{"\\r", "\r"}}) {
+    for (std::size_t at = 0; (at = text.find(code, at)) != std::string::npos;) {
+      text.replace(at, 2, sign);
+    }
+  }
+  return text;
+}
+
+/// Makes one edit; false when the file is not as the edit takes it to be.
+bool edited(const RunCase& run, const std::string& edit) {
+  const std::size_t blank = edit.find(' ');
+  const std::string file = edit.substr(0, blank);
+  const std::string how = unescaped(edit.substr(std::min(blank + 1, edit.size())));
+  const std::string text = how.size() > 2 ? how.substr(2) : "";
+  const std::size_t arrow = how.find(" => ");
+  switch (how.empty() ? ' ' : how[0]) {
+    case '=':
+      run.write(file, text);
+      return true;
+    case '+':
+      run.write(file, run.content(file) + text + "\n");
+      return true;
+    case '@': {
+      const std::size_t end = how.find(' ');
+      return run.set_line(file, std::stoul(how.substr(1, end)),
+                          end == std::string::npos ? "" : how.substr(end + 1));
+    }
+    case '/': {
+      Lines kept = run_case::lines_of(run.path(file));
+      kept.resize(std::min<std::size_t>(kept.size(), std::stoul(text)));
+      std::string all;
+      for (const std::string& line : kept) all += line + "\n";
+      run.write(file, all);
+      return true;
+    }
+    case '-':
+      return fs::remove(run.path(file));
+    case 'd':
+      return fs::remove(run.path(file)) && fs::create_directory(run.path(file));
+    default:
+      return arrow != std::string::npos &&
+             run.replace(file, how.substr(0, arrow), how.substr(arrow + 4));
+  }
+}
+
+/// The tags that a failure collects on its way from each stage to the main program.
+const std::map<std::string, Lines> kWayUp = {{"frame", {}},
+                                             {"table", {"(read_file_table)"}},
+                                             {"main", {"(tsrf_main01)"}},
+                                             {"prep", {"(tsrf_prep_init)", "(tsrf_main01)"}},
+                                             {"month", {"(tsrf_prep_monthly)", "(tsrf_main01)"}},
+                                             {"air", {"(tsrf_set_tqair)", "(tsrf_main01)"}},
+                                             {"step", {"(tsrf_admin)", "(tsrf_main01)"}}};
+
+/// The last `count` lines as a text.
+std::string last_of(const Lines& lines, std::size_t count) {
+  std::string text;
+  for (std::size_t n = lines.size() - std::min(count, lines.size()); n < lines.size(); ++n) {
+    text += lines[n] + "\n";
+  }
+  return text;
+}
+
+void expect_outcome(const Row& row, const Outcome& outcome) {
+  if (row.stage == "stop" || row.stage == "open" || row.stage == "end") {
+    const bool on_screen = row.stage == "stop";
+    EXPECT_EQ(outcome.status, on_screen ? 1 : row.stage == "open" ? 2 : 0);
+    std::istringstream screen(outcome.out);
+    Lines lines = outcome.log;
+    if (on_screen) lines.clear();
+    for (std::string line; on_screen && std::getline(screen, line);) lines.push_back(line);
+    EXPECT_FALSE(std::ranges::search(lines, row.lines).empty()) << last_of(lines, 20);
+    return;
+  }
+  Lines wanted = row.lines;
+  const Lines& way_up = kWayUp.at(row.stage);
+  wanted.insert(wanted.end(), way_up.begin(), way_up.end());
+  wanted.insert(wanted.end(), {"(flw_main00)", "### abnormaly terminated"});
+  EXPECT_EQ(last_of(outcome.log, wanted.size()), last_of(wanted, wanted.size()));
+  EXPECT_EQ(outcome.status, 231);
+  EXPECT_NE(outcome.out.find("### abnormaly terminated\n"), std::string::npos);
+}
+
+class Faults : public testing::TestWithParam<std::string> {};
+
+TEST_P(Faults, AreReportedInOrder) {
+  const std::vector<Row> rows = rows_of(kSource / "tests/faults" / (GetParam() + ".txt"));
+  ASSERT_FALSE(rows.empty());
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.place + ":" + row.title);
+    const RunCase run(kSource / "tests/cases" / row.base);
+    ASSERT_TRUE(run.set_line("control.txt", 3, "-1 3 0"));
+    for (const std::string& edit : row.edits) ASSERT_TRUE(edited(run, edit)) << edit;
+    expect_outcome(row, run.run());
+  }
+}
+
+/// What may stand in a file instead of data.
+std::vector<std::string> hostile_contents() {
+  constexpr std::size_t kLong = 10'000'000;
+  std::string ones(kLong, '1');
+  for (std::size_t i = 1; i < kLong; i += 2) ones[i] = ' ';
+  std::string noise(10'000, '\0');
+  for (std::size_t i = 0; i < noise.size(); ++i) noise[i] = static_cast<char>(i * i * 31 / 7);
+  return {"",
+          noise,
+          ones,
+          std::string(kLong, '1'),
+          std::string(kLong, '\''),
+          "# title\n2000000000*1\n",
+          "# title\n,,,\n/\n",
+          "&\n&&TSRF_DATA DZG"};
+}
+
+/// A run on the case with one of its files changed must end by itself, in order.
+void expect_orderly_end(const std::string& base, const std::string& file, const std::string& text) {
+  const RunCase run(kSource / "tests/cases" / base);
+  ASSERT_TRUE(run.set_line("control.txt", 3, "-1 3 0"));
+  run.write(file, text);
+  const Outcome outcome = run.run();
+  EXPECT_TRUE(outcome.status == 0 || outcome.status == 2 || outcome.status == 231)
+      << file << " status " << outcome.status << '\n'
+      << outcome.out << outcome.err << "begins with " << text.substr(0, 200);
+}
+
+TEST(Hostile, AnyFileCutAnywhereOrFilledWithAnything) {
+  const std::vector<std::string> contents = hostile_contents();
+  for (const auto& entry : fs::directory_iterator(kSource / "tests/cases/flat")) {
+    if (!entry.is_regular_file()) continue;
+    const std::string file = entry.path().filename().string();
+    const std::string whole = RunCase(kSource / "tests/cases/flat").content(file);
+    for (std::size_t cut = 1; cut <= 8 && cut < whole.size(); ++cut) {
+      expect_orderly_end("flat", file, whole.substr(0, whole.size() * cut / 8 - cut));
+    }
+    for (const std::string& content : contents) expect_orderly_end("flat", file, content);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, Faults, testing::Values("settings", "surfaces", "series", "frame"),
+                         [](const auto& table) { return table.param; });
+
+}  // namespace
+#endif
