@@ -44,10 +44,7 @@
 #include "surface/progress.hpp"
 #include "surface/surface_state.hpp"
 #include "surface/window.hpp"
-#include "trees/htrans.hpp"
-#include "trees/jmk_data.hpp"
-#include "trees/jumoku_settings.hpp"
-#include "trees/radiat.hpp"
+#include "trees/prep.hpp"
 
 namespace tsrf_main01 {
 
@@ -118,9 +115,7 @@ struct Run {
   tsrf_module_raddat::Data raddat;
   rad_admin::Work radiation;
   tsrf_module_shade::Data shade;
-  jmk_module_htrans::Data htrans;
-  jmk_module_radiat::Data radiat;
-  tsrf_module_jumoku::Settings jumoku;
+  jmk::Trees trees;
   tsrf_module_fixtmp::Data fixtmp;
   tsrf_module_wtrtmp::Data wtrtmp;
   tsrf_module_bldng::Data bldng;
@@ -128,7 +123,6 @@ struct Run {
   tsrf_module_rmheat::Data rmheat;
   tsrf_module_aircon::Data aircon;
   tsrf_building::Work rooms;
-  jmk_module_data::Data jmk;
   tsrf_module_io::Data io;
   Results results;
   progress::Data progress;

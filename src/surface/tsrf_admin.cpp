@@ -9,6 +9,8 @@
 #include "surface/daily_residual.hpp"
 #include "surface/heat_balance.hpp"
 #include "surface/step_results.hpp"
+#include "trees/sundir.hpp"
+#include "trees/trcanopy.hpp"
 
 namespace tsrf_main01 {
 
@@ -111,13 +113,20 @@ void report_sky(Run& run, const StepTime& step, const Sky& sky) {
 }
 
 /// Radiation on every patch, with what the trees take of it.
-void radiation_step(Run& run, const Sky& sky) {
+void radiation_step(Run& run, const StepTime& time, const Sky& sky) {
   StepArrays& step = run.step;
+  jmk::Trees& trees = run.trees;
   std::ranges::copy(run.data.skyvf0, step.skyvf.begin());
-  const auto sundir = [] {};
-  const auto trcanopy = [] {};
+  const auto sundir = [&] {
+    jmk::tsrf_sundir(run.log, time.dt, time.time, sky.sun, sky.fluxes, run.patch, step.fsun,
+                     trees.cells, trees.radiat, trees.canopy, step.Jdir);
+  };
+  const auto trcanopy = [&] {
+    jmk::tsrf_trcanopy(run.log, sky.fluxes, run.patch, trees.cells, trees.htrans, trees.radiat,
+                       trees.canopy, step.Rl, step.Rs, run.raddat.JRl, run.raddat.JRs);
+  };
   rad_admin::rad_admin(run.log, run.accounts, sky.sun, sky.fluxes, run.patch, run.srfprp,
-                       {run.htrans, run.radiat, sundir, trcanopy}, run.data, run.raddat,
+                       {trees.htrans, trees.radiat, sundir, trcanopy}, run.data, run.raddat,
                        {step.fsun, step.skyvf, step.Jdir, step.Rl, step.Rs}, run.radiation);
 }
 
@@ -172,7 +181,7 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
   const Sky sky = set_sky(run, step);
   report_sky(run, step, sky);
 
-  timed(run, "rad_admin", [&] { radiation_step(run, sky); });
+  timed(run, "rad_admin", [&] { radiation_step(run, step, sky); });
   timed(run, "therm1d", [&] {
     tsrf_therm1d::tsrf_therm1d(run.log, iter, run.patch, run.srfprp, arrays.skyvf, arrays.Rl,
                                arrays.Rs, run.data);

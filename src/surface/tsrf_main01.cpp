@@ -56,8 +56,8 @@ void tsrf_read_cntdat(Run& run) {
   jmk_module_htrans::Constants constants;
   constants.molar_air = lines.molar_mass_air;
   constants.molar_water = lines.molar_mass_water;
-  jmk_module_htrans::set_constants(run.log, constants, run.htrans);
-  jmk_module_htrans::inputdata(run.log, control, run.htrans);
+  jmk_module_htrans::set_constants(run.log, constants, run.trees.htrans);
+  jmk_module_htrans::inputdata(run.log, control, run.trees.htrans);
 }
 
 /// A dated run's date of model time 0, and where its days' Sun files stand.
@@ -99,6 +99,11 @@ void march(Run& run, const Start& start) {
     report_iteration(run.log, iter, time, dt);
     tsrf_set_tqair::tsrf_set_tqair(run.log, run.units.input(frame::kUnitWeather), time, dt,
                                    run.calendar, run.weather, run.data);
+    if (run.trees.cells.CALJMK) {
+      const tsrf_module_weather::Weather& air = run.weather.now;
+      tsrf_module_jumoku::storetqair(air.pressure, air.temperature, air.humidity, air.wind,
+                                     run.trees.canopy);
+    }
     tsrf_prep_monthly(run, time);
     const bool kconv = tsrf_admin(run, iter, time, dt);
     const bool lend = stop_file_exists(run.units) || kconv || iter == run.control.itere;
@@ -123,11 +128,9 @@ void tsrf_main01(Run& run) {
   if (!run.data.settings.LTRSMPL) {
     run.grid.cells = {run.size.mx, run.size.my, run.size.mz};
     read_grid(run.log, run.units.input(frame::kUnitGrid), run.grid);
-    jmk_module_data::inputdata(run.log, run.units.input(frame::kUnitControl), run.jmk);
-    if (run.jmk.CALJMK) {
-      run.log.fail("### error : the tree canopy is not part of this version", "caljmk = .true.",
-                   "it must be .false.");
-    }
+    jmk::jmk2_prep_init(run.log, run.units.input(frame::kUnitControl),
+                        run.units.input(frame::kUnitLad), run.units.input(frame::kUnitLadSimple),
+                        run.grid, run.grdindx, run.patch, run.trees);
   }
   if (run.bldng.settings.LCBLD > 0) {
     tsrf_module_io::prep_bldload(run.log, run.patch, run.grid, run.results.bld_load);

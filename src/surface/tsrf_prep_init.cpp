@@ -27,7 +27,7 @@ void read_settings(Run& run) {
   tsrf_module_rmheat::inputdata(log, control, run.rmheat);
   tsrf_module_fixtmp::inputdata(log, control, run.fixtmp);
   tsrf_module_wtrtmp::inputdata(log, control, run.wtrtmp);
-  tsrf_module_jumoku::inputdata(log, control, run.jumoku);
+  tsrf_module_jumoku::inputdata(log, control, run.trees.canopy.settings);
   tsrf_module_io::inputdata(log, control, run.io);
 }
 
@@ -35,9 +35,9 @@ void read_settings(Run& run) {
 void read_surfaces(Run& run) {
   frame::Log& log = run.log;
   frame::UnitTable& units = run.units;
-  tsrf_module_patch::read_patch(log, units.input(frame::kUnitPatch),
-                                units.input(frame::kUnitTreePatch), run.size.mx, run.size.my,
-                                run.size.mz, run.grdindx, run.jumoku.NDIV, run.patch);
+  tsrf_module_patch::read_patch(
+      log, units.input(frame::kUnitPatch), units.input(frame::kUnitTreePatch), run.size.mx,
+      run.size.my, run.size.mz, run.grdindx, run.trees.canopy.settings.NDIV, run.patch);
   tsrf_module_srfprp::read_srfprp(log, units.input(frame::kUnitSurfProp), run.srfprp);
   tsrf_module_matprp::read_matprp(log, units.input(frame::kUnitMatEleProp), run.matprp);
   const tsrf_module_data::Settings& settings = run.data.settings;

@@ -19,6 +19,11 @@ void load_month(Run& run, std::int32_t month) {
   tsrf_module_srfprp::read_srfprp(
       run.log, open_month_file(run, ubx_module_filnam::kSurfProp, frame::kUnitSurfProp, month),
       run.srfprp);
+  if (run.trees.cells.CALJMK) {
+    jmk::read_month(
+        run.log, open_month_file(run, ubx_module_filnam::kLadSimple, frame::kUnitLadSimple, month),
+        run.trees);
+  }
   if (run.bldng.settings.LCBLD > 0) {
     tsrf_module_bldng::read_bldng(
         run.log, open_month_file(run, ubx_module_filnam::kBuilding, frame::kUnitBuilding, month),
