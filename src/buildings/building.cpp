@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "radiation/phydat.hpp"
 #include "surface/heat_balance.hpp"
