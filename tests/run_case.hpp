@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -123,11 +124,15 @@ struct Outcome {
 class RunCase {
  public:
   /// Copies `source` without its references.
-  explicit RunCase(const std::filesystem::path& source) {
+  explicit RunCase(const std::filesystem::path& source) { copy_in(source); }
+
+  /// Copies the files of another directory over its own.
+  void copy_in(const std::filesystem::path& source) const {
     namespace fs = std::filesystem;
     for (const auto& entry : fs::directory_iterator(source)) {
       if (entry.path().filename() == "expected") continue;
-      fs::copy(entry.path(), path(entry.path().filename()), fs::copy_options::recursive);
+      fs::copy(entry.path(), path(entry.path().filename()),
+               fs::copy_options::recursive | fs::copy_options::overwrite_existing);
     }
     for (const auto& entry : fs::recursive_directory_iterator(path())) {
       fs::permissions(entry, fs::perms::owner_write, fs::perm_options::add);
@@ -202,5 +207,29 @@ class RunCase {
  private:
   TempFolder folder_;
 };
+
+/// A case's run directory: an example of its name, or what stands with the references.
+inline std::filesystem::path inputs_of(const std::string& name) {
+  const std::filesystem::path source = TOWNSKIN_SOURCE_DIR;
+  const std::filesystem::path example = source / "examples" / name;
+  return std::filesystem::exists(example) ? example : source / "tests/cases" / name;
+}
+
+/// Sets the first and the last step of a run.
+inline void set_steps(const RunCase& run, int first, int last) {
+  const std::string steps = std::to_string(first) + " " + std::to_string(last);
+  if (!run.set_line("control.txt", 3, steps)) throw std::runtime_error("no steps in control.txt");
+}
+
+/// What a run left, by name: the bytes of each file but the log and the wall-clock record.
+inline std::map<std::string, std::string> left_by(const RunCase& run) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(run.path())) {
+    const std::string name = std::filesystem::relative(entry.path(), run.path()).string();
+    if (!entry.is_regular_file() || name == "log0000" || name == "ProgressLog.txt") continue;
+    if (name != "control.txt") files[name] = run.content(name);
+  }
+  return files;
+}
 
 }  // namespace run_case

@@ -64,6 +64,7 @@ TEST(Filnam, ReadsTheMonthsOfADatedRunOnly) {
       {"DATE0 = 2015, 7, 2, 1, 0, 0", "date0 = 2015 7 2 1 0 0\n" + midnight},
       {"DATE0(6) = 59", "date0 = 1 1 1 0 0 59\n" + midnight},
       {"DATE0(2) = 13", "date0 = 1 13 1 0 0 0\nout of range\n"},
+      {"DATE0 = 2016, 2, 29", "date0 = 2016 2 29 0 0 0\nout of range\n"},
       {"DATE0(3) = 0", "date0 = 1 1 0 0 0 0\nout of range\n"},
   };
   for (const auto& [members, words] : faults) {

@@ -1,6 +1,7 @@
 // The sunlit fractions of dated runs: bit planes, months of day files, every fault.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -105,6 +106,22 @@ TEST(ShadeOfDatedRuns, ReadsAMonthOnceWhileItIsKept) {
     }
     EXPECT_EQ(opened, NITEM == 1 ? "+++++++" : "++--+-+");
   }
+}
+
+TEST(ShadeOfDatedRuns, ReadsAFileThatServesAllDaysOnce) {
+  Tree tree(1);
+  tree.data.day_name = [&](int m, int) { return tree.folder.path(Tree::name(m, 28)); };
+  const std::string log = tree.recorded.lines_of([&] {
+    for (const double day : {27, 28, 29, 30}) EXPECT_EQ(tree.at(1, day, 2.25), 0.75) << day;
+    EXPECT_EQ(tree.at(1, 29, 0.5), 0.5);  // between hour 24 and hour 1
+    EXPECT_EQ(tree.at(2, 28, 2.25), 0.25);
+  });
+  EXPECT_EQ(std::ranges::count(log, '='), 2) << log;
+  tree.data.series.settings.LDATE = {3, 4};  // its lines are of one day
+  tree.folder.write(Tree::name(1, 28), "title\n28 1 0 1 1\n28 1 0 2 0.6\n");
+  tree.data.settings.DAYS[0] = 28;
+  EXPECT_NE(tree.recorded.lines_of([&] { tree.at(1, 28, 1); }).find("it must be = 1 1 29 1 0 0"),
+            std::string::npos);
 }
 
 TEST(ShadeOfDatedRuns, ReportsEveryFault) {

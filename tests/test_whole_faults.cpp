@@ -86,7 +86,7 @@ bool edited(const RunCase& run, const std::string& edit) {
       return true;
     }
     case '-':
-      return fs::remove(run.path(file));
+      return fs::remove_all(run.path(file)) > 0;
     case 'd':
       return fs::remove(run.path(file)) && fs::create_directory(run.path(file));
     default:
@@ -140,7 +140,7 @@ TEST_P(Faults, AreReportedInOrder) {
   ASSERT_FALSE(rows.empty());
   for (const Row& row : rows) {
     SCOPED_TRACE(row.place + ":" + row.title);
-    const RunCase run(kSource / "tests/cases" / row.base);
+    const RunCase run(run_case::inputs_of(row.base));
     ASSERT_TRUE(run.set_line("control.txt", 3, "-1 3 0"));
     for (const std::string& edit : row.edits) ASSERT_TRUE(edited(run, edit)) << edit;
     expect_outcome(row, run.run());
@@ -188,7 +188,7 @@ TEST(Hostile, AnyFileCutAnywhereOrFilledWithAnything) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Tables, Faults, testing::Values("settings", "surfaces", "series", "frame"),
+INSTANTIATE_TEST_SUITE_P(Tables, Faults, testing::Values("settings", "surfaces", "series", "frame", "dated"),
                          [](const auto& table) { return table.param; });
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <map>
 #include <random>
 
 #include "run_case.hpp"
@@ -12,17 +11,14 @@
 #ifdef TOWNSKIN_PROGRAM
 namespace {
 
+using run_case::inputs_of;
+using run_case::left_by;
 using run_case::Lines;
 using run_case::RunCase;
+using run_case::set_steps;
 namespace fs = std::filesystem;
 
 const fs::path kSource = TOWNSKIN_SOURCE_DIR;
-
-/// A case's run directory: an example of its name, or what stands with the references.
-fs::path inputs_of(const std::string& name) {
-  const fs::path example = kSource / "examples" / name;
-  return fs::exists(example) ? example : kSource / "tests/cases" / name;
-}
 
 /// The lines of a log that a reference keeps, and the number of the last step.
 Lines kept_lines(const Lines& log) {
@@ -44,7 +40,8 @@ class References : public testing::TestWithParam<std::string> {};
 
 TEST_P(References, ResultsAgree) {
   const fs::path expected = kSource / "tests/cases" / GetParam() / "expected";
-  const RunCase run(inputs_of(GetParam()));
+  const RunCase run(inputs_of(GetParam() == "dated" ? "two_months" : GetParam()));
+  if (GetParam() == "dated") run.copy_in(kSource / "tests/cases/dated");  // other days of its tree
   const run_case::Outcome outcome = run.run();
   ASSERT_EQ(outcome.status, 0) << outcome.out << outcome.err;
   EXPECT_TRUE(outcome.err.empty()) << outcome.err;
@@ -57,25 +54,8 @@ TEST_P(References, ResultsAgree) {
 }
 INSTANTIATE_TEST_SUITE_P(Cases, References,
                          testing::Values("flat", "flat_empty", "canyon", "canyon_t1", "periodic",
-                                         "mixed", "block"),
+                                         "mixed", "block", "dated"),
                          [](const auto& name) { return name.param; });
-
-/// Sets the first and the last step of a run.
-void set_steps(const RunCase& run, int first, int last) {
-  const std::string steps = std::to_string(first) + " " + std::to_string(last);
-  ASSERT_TRUE(run.set_line("control.txt", 3, steps));
-}
-
-/// What a run left: the bytes of each file but the log and the wall-clock record.
-std::map<std::string, std::string> left_by(const RunCase& run) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : fs::recursive_directory_iterator(run.path())) {
-    const std::string name = entry.path().filename().string();
-    if (!entry.is_regular_file() || name == "log0000" || name == "ProgressLog.txt") continue;
-    if (name != "control.txt") files[name] = run.content(name);
-  }
-  return files;
-}
 
 struct Pieces {
   std::string name;

@@ -47,8 +47,25 @@ class MonthReader {
         mpatch_(static_cast<std::size_t>(patch.mpatch)),
         group_(mpatch_ * static_cast<std::size_t>(data.settings.NBIT)) {}
 
-  void read_day(std::int32_t day) {
-    const std::string name = data_.day_name(month_.month, day);
+  /// The files of days `first` to `last`. When the days' names are one, its file is read once.
+  void read_days(std::int32_t first, std::int32_t last) {
+    std::string before;
+    for (std::int32_t day = first; day <= last; ++day) {
+      std::string name = data_.day_name(month_.month, day);
+      if (name == before && hours_only()) {
+        repeat_day();
+      } else {
+        read_day(day, name);
+      }
+      before = std::move(name);
+    }
+  }
+
+ private:
+  /// Whether no record tells the day it is of.
+  [[nodiscard]] bool hours_only() const { return data_.series.settings.LDATE[0] == 4; }
+
+  void read_day(std::int32_t day, const std::string& name) {
     log_.line("%%% open file =", name);
     frame::TextInput file(name);
     if (!file.good()) {
@@ -65,7 +82,17 @@ class MonthReader {
     }
   }
 
- private:
+  /// Stores the blocks of the day before again, a day later.
+  void repeat_day() {
+    const auto dates = static_cast<std::size_t>(dates_);
+    const std::size_t first = month_.times.size() - dates;
+    for (std::size_t block = first; block < first + dates; ++block) {
+      tsrf_utl::tsrf_utl_bitrdt(log_, 1, mpatch_, mpatch_, data_.settings.NBIT, slot_of(block),
+                                planes(month_, block, group_), data_.block);
+      store(month_.times[block] + tsrf_module_calendar::kSecondsPerDay);
+    }
+  }
+
   ReadStatus read_block(frame::TextInput& file, Counter& at, IntDate& date) {
     const std::int32_t block = ++data_.blocks_read;
     date[1] = month_.month;
@@ -168,7 +195,7 @@ void read_mltday(frame::Log& log, std::int32_t month, const tsrf_module_patch::D
     data.block.resize(mpatch);
   });
   MonthReader reader(log, patch, data, packed);
-  for (std::int32_t day = first; day <= last; ++day) reader.read_day(day);
+  reader.read_days(first, last);
 }
 
 void set_shade_mltday(frame::Log& log, double time, const tsrf_module_patch::Data& patch,
