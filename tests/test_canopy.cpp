@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "../bench/plain_canopy.hpp"
@@ -10,6 +12,19 @@
 #include "trees/difrad.hpp"
 #include "trees/sundir.hpp"
 #include "trees/trcanopy.hpp"
+
+namespace {
+std::size_t allocations = 0;
+}
+
+// Not inline: the compiler would pair malloc and delete and complain.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -411,6 +426,18 @@ TEST(Canopy, EveryLeafClosesItsBalance) {
     }
     EXPECT_NEAR(taken, given, 1e-8 * taken);
   }
+}
+
+TEST(Canopy, TakesNoMemoryInAStep) {
+  Exchange exchange(CanopyCase::box({3, 3, 2}, 1.0, 0.8));
+  const std::vector<double> fsun(exchange.Rs.size(), 1.0);
+  std::vector<double> Jdir(exchange.Rs.size(), 100.0);
+  const std::size_t before = allocations;
+  jmk::tsrf_sundir(exchange.x.recorded.log, 60.0, 0.0, sun_at(0.3, 0.2, 0.7), {700.0, 0.0, 0.0},
+                   exchange.x.patch, fsun, exchange.x.trees.cells, exchange.x.trees.radiat,
+                   exchange.x.canopy(), Jdir);
+  exchange.step({700.0, 80.0, 350.0});
+  EXPECT_EQ(allocations, before);
 }
 
 TEST(Canopy, FacesWithoutPatchesSeeTheSkyByDirection) {

@@ -152,28 +152,19 @@ struct UnderTree {
   }
 };
 
-TEST(OneLayerTree, FadesWithItsLeaves) {
+TEST(OneLayerTree, ThinsTheSunAlongItsPath) {
   UnderTree x;
-  for (const double LAD : {0.0, 1e-9}) {
-    jmk::SimpleTree tree{LAD, 5.0};
+  for (const auto& [LAD, H] : {std::pair(0.0, 5.0), {1e-9, 5.0}, {1.0, 0.0}, {0.7, 4.0}}) {
+    jmk::SimpleTree tree{LAD, H};
     const auto below = x.beneath(tree);
-    EXPECT_NEAR(below.direct, x.above.direct, 1e-5);
-    EXPECT_NEAR(below.scattered, x.above.scattered, 1e-5);
-    EXPECT_NEAR(below.longwave, x.above.longwave, 1e-5);
+    const double visible = 0.45 * LAD * H, infrared = 0.3 * LAD * H, slant = 1.0 / 0.8;
+    EXPECT_NEAR(below.direct,
+                700.0 * (0.425 * std::exp(-visible * slant) + 0.575 * std::exp(-infrared * slant)),
+                1e-10);
+    EXPECT_NEAR(below.scattered, 120.0 * (0.7 * std::exp(-visible) + 0.3 * std::exp(-infrared)),
+                1e-10);
+    EXPECT_NEAR(below.longwave, x.above.longwave, LAD * H < 1e-6 ? 1e-5 : 200.0);
   }
-  jmk::SimpleTree flat{1.0, 0.0};
-  EXPECT_EQ(x.beneath(flat).direct, x.above.direct);
-}
-
-TEST(OneLayerTree, ThinsTheBeamAlongItsSlantPath) {
-  UnderTree x;
-  jmk::SimpleTree tree{0.7, 4.0};
-  const auto below = x.beneath(tree);
-  const double path = 4.0 / 0.8;
-  EXPECT_NEAR(below.direct,
-              700.0 * (0.425 * std::exp(-0.315 * path) + 0.575 * std::exp(-0.21 * path)), 1e-10);
-  EXPECT_NEAR(below.scattered, 120.0 * (0.7 * std::exp(-0.315 * 4.0) + 0.3 * std::exp(-0.21 * 4.0)),
-              1e-10);
 }
 
 TEST(OneLayerTree, ThickCrownHidesTheSky) {

@@ -2,7 +2,7 @@
 // faults say.
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <cctype>
 #include <string>
 #include <vector>
 
@@ -40,37 +40,35 @@ std::string fault_of(const std::string& group) {
 }
 
 TEST(TreeSettings, BrokenRulesAreToldByName) {
-  const std::string jumoku = "(tsrf_module_jumoku)(inputdata)\n";
-  const std::string htrans = "(jmk_module_htrans)(inputdata)\n";
-  const std::string radiat = "(jmk_module_radiat)(inputdata)\n";
-  const std::string over_zero = "\nit must be > 0\n";
   const struct {
-    std::string group, fault;
-  } cases[] = {
-      {"&TSRF_JUMOKU NDIV = 0 /", "ndiv = 0" + over_zero + jumoku},
-      {"&TSRF_JUMOKU NDIV = 2, NSKIP_SUNDIR = -1 /", "nskip_sundir = -1" + over_zero + jumoku},
-      {"&JMK_HTRANS UNITH = 4 /", "unith = 4\n" + htrans},
-      {"&JMK_HTRANS HTRA0 = -1 /", "htra0 = -1\nit must be >= 0\n" + htrans},
-      {"&JMK_HTRANS HTRA1 = -1 /", "htra1 = -1\nit must be >= 0\n" + htrans},
-      {"&JMK_HTRANS HTRAC = -1 /", "htrac = -1\nit must be >= 0\n" + htrans},
-      {"&JMK_HTRANS LOPHBL = 0 /", "lophbl = 0" + over_zero + htrans},
-      {"&JMK_HTRANS AEPSHB = 0 /", "aepshb = 0" + over_zero + htrans},
-      {"&JMK_HTRANS REPSHB = 0 /", "repshb = 0" + over_zero + htrans},
-      {"&JMK_STOMATAL GSMAX = 0 /", "gsmax = 0" + over_zero + htrans},
-      {"&JMK_STOMATAL APAR = 0 /", "apar = 0" + over_zero + htrans},
-      {"&JMK_STOMATAL TL = 0 /", "tl = 0" + over_zero + htrans},
-      {"&JMK_STOMATAL TO = 284.7 /", "to = 284.7\nit must be > tl\n" + htrans},
-      {"&JMK_STOMATAL TH = 300 /", "th = 300\nit must be > to\n" + htrans},
-      {"&JMK_STOMATAL B1 = 0 /", "b1 = 0" + over_zero + htrans},
-      {"&JMK_STOMATAL B2 = 0 /", "b2 = 0" + over_zero + htrans},
-      {"&JMK_STOMATAL LE = 0 /", "le = 0" + over_zero + htrans},
-      {"&JMK_RADIAT SUN0 = 0 /", "sun0 = 0" + over_zero + radiat},
-      {"&JMK_RADIAT LOPRAD = 0 /", "loprad = 0" + over_zero + radiat},
-      {"&JMK_RADIAT AEPSRD = 0 /", "aepsrd = 0" + over_zero + radiat},
-      {"&JMK_RADIAT REPSRD = 0 /", "repsrd = 0" + over_zero + radiat},
+    std::string group, tag, value, rule;
+    std::vector<std::string> members;
+  } rules[] = {
+      {"TSRF_JUMOKU", "(tsrf_module_jumoku)", "0", "it must be > 0", {"NDIV", "NSKIP_SUNDIR"}},
+      {"JMK_HTRANS", "(jmk_module_htrans)", "4", "", {"UNITH"}},
+      {"JMK_HTRANS", "(jmk_module_htrans)", "-1", "it must be >= 0", {"HTRA0", "HTRA1", "HTRAC"}},
+      {"JMK_HTRANS", "(jmk_module_htrans)", "0", "it must be > 0", {"LOPHBL", "AEPSHB", "REPSHB"}},
+      {"JMK_STOMATAL",
+       "(jmk_module_htrans)",
+       "0",
+       "it must be > 0",
+       {"GSMAX", "APAR", "TL", "B1", "B2", "LE"}},
+      {"JMK_STOMATAL", "(jmk_module_htrans)", "284.7", "it must be > tl", {"TO"}},
+      {"JMK_STOMATAL", "(jmk_module_htrans)", "305.72", "it must be > to", {"TH"}},
+      {"JMK_RADIAT",
+       "(jmk_module_radiat)",
+       "0",
+       "it must be > 0",
+       {"SUN0", "LOPRAD", "AEPSRD", "REPSRD"}},
   };
-  for (const auto& [group, fault] : cases) {
-    EXPECT_EQ(fault_of(group), kDataError + fault) << group;
+  for (const auto& [group, tag, value, rule, members] : rules) {
+    for (const std::string& member : members) {
+      std::string name = member;
+      for (char& c : name) c = static_cast<char>(std::tolower(c));
+      EXPECT_EQ(fault_of("&" + group + " " + member + " = " + value + " /"),
+                kDataError + name + " = " + value + "\n" + rule + (rule.empty() ? "" : "\n") + tag +
+                    "(inputdata)\n");
+    }
   }
   EXPECT_EQ(fault_of("&JMK_DATA CALJMK = .maybe. /"),
             "### error : read error\nnamelist = jmk_data\niostat = 1\n(jmk_nml_errmsg0)\n"

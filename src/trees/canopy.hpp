@@ -69,10 +69,9 @@ struct BlockCells {
   /// Position of the fine cell (i, j, k), or -1 where it is in no block.
   [[nodiscard]] std::int32_t find(const FineGrid& grid,
                                   const std::array<std::int32_t, 3>& place) const;
-  /// The cell behind a face, or -1 where the face is an outer one.
-  [[nodiscard]] std::int32_t neighbour(std::size_t cell, std::size_t face) const {
-    const auto n = static_cast<std::size_t>(next[slot(cell, face)]) / kFaces;
-    return n < count() ? static_cast<std::int32_t>(n) : -1;
+  /// True where a face of a cell borders free air.
+  [[nodiscard]] bool is_outer(std::size_t cell, std::size_t face) const {
+    return static_cast<std::size_t>(next[slot(cell, face)]) >= count() * kFaces;
   }
 };
 
@@ -139,7 +138,6 @@ struct Beam {
   std::vector<SolarPair> y;           ///< faces normal to y: nx by (ny + 1)
   std::vector<SolarPair> z;           ///< faces normal to z: nx by ny
   std::vector<std::uint8_t> reached;  ///< by row: the layer above left something of leaves on z
-  std::vector<double> slope;          ///< by fine i: speed along x per width
   std::vector<double> fsun;           ///< by slot: sunlit fraction of the outer face
 
   std::vector<BeamProbe> probes;          ///< by the layer that they lie in

@@ -47,7 +47,6 @@ void allocdata(std::size_t mpatch, const jmk_module_radiat::Optics& optics, Data
   beam.y.resize(nx * (ny + 1));
   beam.z.resize(nx * ny);
   beam.reached.resize(ny);
-  beam.slope.resize(nx);
   beam.fsun.assign(cells * kFaces, 1.0);
   beam.canopy.assign(cells * kFaces, SolarPair{});
   beam.lost.assign(data.leaves.count(), SolarPair{});
