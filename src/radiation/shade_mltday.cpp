@@ -186,7 +186,7 @@ void read_mltday(frame::Log& log, std::int32_t month, const tsrf_module_patch::D
   packed.times.clear();
   packed.words.clear();
   const auto mpatch = static_cast<std::size_t>(patch.mpatch);
-  const auto blocks = static_cast<std::size_t>((last - first + 1) * kMostDates);
+  const std::size_t blocks = static_cast<std::size_t>(last - first + 1) * kMostDates;
   const std::size_t groups = (blocks + tsrf_utl::kSlots - 1) / tsrf_utl::kSlots;
   frame::allocating(log, [&] {
     packed.times.reserve(blocks);
