@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 const fs::path kSource = TOWNSKIN_SOURCE_DIR;
 
-/// A row of the tables in tests/faults; their README tells the form.
+/// A row of the tables in tests/fault_runs; their README tells the form.
 struct Row {
   std::string base, stage, title, place;
   Lines edits, lines;
@@ -136,7 +136,7 @@ void expect_outcome(const Row& row, const Outcome& outcome) {
 class Faults : public testing::TestWithParam<std::string> {};
 
 TEST_P(Faults, AreReportedInOrder) {
-  const std::vector<Row> rows = rows_of(kSource / "tests/faults" / (GetParam() + ".txt"));
+  const std::vector<Row> rows = rows_of(kSource / "tests/fault_runs" / (GetParam() + ".txt"));
   ASSERT_FALSE(rows.empty());
   for (const Row& row : rows) {
     SCOPED_TRACE(row.place + ":" + row.title);
@@ -188,7 +188,9 @@ TEST(Hostile, AnyFileCutAnywhereOrFilledWithAnything) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Tables, Faults, testing::Values("settings", "surfaces", "series", "frame", "dated"),
+INSTANTIATE_TEST_SUITE_P(Tables, Faults,
+                         testing::Values("settings", "surfaces", "series", "frame", "buildings",
+                                         "trees", "dated"),
                          [](const auto& table) { return table.param; });
 
 }  // namespace
