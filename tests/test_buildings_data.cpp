@@ -10,7 +10,6 @@
 #include "buildings/bldcmm.hpp"
 #include "buildings/bldng.hpp"
 #include "buildings/wall_structure.hpp"
-#include "faults.hpp"
 #include "recorded_log.hpp"
 
 namespace {
@@ -31,10 +30,6 @@ struct Street {
     for (auto* list : {&walls.structure, &walls.material, &walls.building}) {
       list->assign(surfaces.size(), -1);
     }
-  }
-  void settings(const std::string& members) {
-    frame::TextInput control("control", "&TSRF_BLDNG " + members + " /");
-    read_nmlst_bldng(log, control, bldng);
   }
   void buildings(const std::string& lines) {
     frame::TextInput file("Building.txt", "title\n" + lines);
@@ -114,73 +109,6 @@ TEST(Buildings, WallsAreCutIntoEqualCells) {
   thin.materials(kMaterials);
   thin.wall_layers(1e-300);
   EXPECT_EQ(column_size(thin.walls), INT32_MAX - 1);
-}
-
-TEST(Buildings, Faults) {
-  const std::string error = "### error : data error\n";
-  const auto settings = reads(&Street::settings);
-  const auto lines = reads(&Street::buildings);
-  expect_faults<Street>(error, "(tsrf_module_bldng)(read_nmlst_bldng)",
-                        {{settings("BETA = 0"), "beta = 0\nit must be > 0\n"},
-                         {settings("HTRNS = -8"), "htrns = -8\nit must be > 0\n"},
-                         {settings("HEIGHT = 0"), "height = 0\nit must be > 0\n"},
-                         {settings("BHRED = 1.1"), "bhred = 1.1\nit must be >= 0 and <= 1\n"},
-                         {settings("DHRED = -.1"), "dhred = -0.1\nit must be >= 0 and <= 1\n"}});
-  const auto second = [&](const std::string& line) {
-    return lines(kOther + kFirst + "2000000000 " + line);
-  };
-  const auto of = [](const std::string& field, const std::string& value_and_rule) {
-    return "i," + field + "(i) in Building data = 2 " + value_and_rule + "\n";
-  };
-  expect_faults<Street>(
-      error, "(tsrf_module_bldng)(read_bldng)",
-      {{second("9 2 0 0 -1 -1 0 0"), of("floor", "0\nit must be > 0")},
-       {second("9 2 1 0 -1 -1 0 0"), of("area", "0\nit must be > 0")},
-       {second("9 2 1 1 1.01 -1 0 0"), of("acflr", "1.01\nit must be >= 0 and <= 1")},
-       {second("9 2 1 1 1 -1 0 0"), of("shf", "-1\nit must be >= 0 and <= 1")},
-       {second("9 2 1 1 1 1 0 0"), of("cop", "0\nit must be > 0")},
-       {second("9 2 1 1 1 1 3 0"),
-        "BldCD in Building data = 9\nit must be >= 1 and <= 8\nbldid = 2000000000\n"},
-       {second("0 2 1 1 1 1 3 0"),
-        "BldCD in Building data = 0\nit must be >= 1 and <= 8\nbldid = 2000000000\n"},
-       {second("1 2 1 1 1 1 3 0\n" + kOther + kFirst),
-        "BldID in Building data = 7\nit is specified redundantly in line no. n1 & n2\n"
-        "n1,n2 = 1 3\n"}});
-  expect_faults<Street>("", "(tsrf_module_bldng)(read_bldng)",
-                        {{lines(kOther), "### error : lack of Building data\n"},
-                         {lines(""), "### error : lack of Building data\n"},
-                         {second("1 2 1 1 1 1 3"), "line 4\n### read error : Building data\n"},
-                         {second("1 2 x 1 1 1 3 0"), "line 4\n### read error : Building data\n"}});
-  expect_faults<Street>(error, "(tsrf_module_bldng)(check_bldcd)",
-                        {{[](Street& s) {
-                            s.buildings(kFirst);
-                            s.check({1, 2}, {1, 2});
-                          },
-                          "BldCD,Strct in Building data = 1 2\nit is not defined in RmHeat\n"}});
-}
-
-TEST(Buildings, FaultsBetweenSurfacesMaterialsAndBuildings) {
-  const std::string inner = "3 2 1 0 0 1 0.2 10\n4 5 1 0 0 1 0.2 10\n";
-  struct Case {
-    Surfaces surfaces;
-    std::string lines;
-  };
-  const std::vector<Case> cases{
-      {{{kBuilding, 9, 7}}, "SurfID in Patch data = 9\nit is not defined in MatEleProp data\n"},
-      {{{kBuilding, 1, 7}, {kBuilding, 1, 6}},
-       "BldID in BldSurf data = 6\nit is not defined in Building data\n"},
-      {{{kBuilding, 4, 7}}, "pos in MatEleProp data = 5\nit must be >= 1 and <= 3\nsurfid = 4\n"},
-      {{{kBuilding, 1, 7}, {kLand, 1, 2000000000}},
-       "BldID in Building data = 2000000000\nit has no Patch\n"},
-      {{{kBuilding, 3, 7}}, "BldID in Building data = 7\nit has no Patch of pos 1\n"}};
-  for (const Case& it : cases) {
-    Street street(it.surfaces);
-    street.buildings(kFirst + kSecond);
-    street.materials(kMaterials + inner);
-    EXPECT_EQ(
-        street.recorded.lines_of([&] { street.wall_layers(1e10); }),
-        "### error : data error\n" + it.lines + "(tsrf_module_lyrstrct)(lyrstrct_set_bldng)\n");
-  }
 }
 
 // All processes hold the totals of their buildings after the two phases of an exchange that a test

@@ -48,58 +48,6 @@ Outcome read_all(const Input& input) {
   return out;
 }
 
-TEST(ViewFactorData, EveryFaultHasItsWords) {
-  const std::string error = "### error : data error\n", unread = "### read error : ";
-  const std::string twice = "it is specified redundantly in line no. n1 & n2\nn1,n2 = ";
-  const std::string unknown = "it is not defined in PatchIndex data\n";
-  const std::string count = "it must be = no. of PIDs in Patch data\n";
-  const std::string range = "it must be >= 0 and <= 1\n";
-  // Which file the text is ('s' : view factors with the sky), and the last lines but the tag.
-  const std::tuple<char, std::string, std::string> rows[] = {
-      {'c', "&tsrf_raddat lopref=0 /", error + "lopref = 0\nit must be > 0\n"},
-      {'i', "\n0 1 10 0\n0 2 20 0\n", error + "no. of PIDs in PatchIndex data = 2\n" + count},
-      {'i', "", error + "no. of PIDs in PatchIndex data = 0\n" + count},
-      {'i', "\n0 1 10\n0 2 0\n0 3 5", error + "PgID in PatchIndex data = 0\nit must be != 0\n"},
-      {'i', "\n0 3 10\n0 2 4\n0 3 5", error + "PID in PatchIndex data = 3\n" + twice + "1 3\n"},
-      {'i', "\n0 3 10\n0 4 4\n0 1 5", error + "PID in Patch data = 2\n" + unknown},
-      {'i', "\n0 3 10\n0 2 4.5\n0 1 5",
-       "%%% file PatchIndex, line 3\n" + unread + "PatchIndex data\n"},
-      {'p', "\n10 20\n10 7\n", error + "PgID in PgidPrd data = 7\n" + unknown},
-      {'p', "\n10 20\n10\n", "%%% file PgidPrd, line 3\n" + unread + "PgidPrd data\n"},
-      {'f', "title\n", error + "lack of FormFactor data\n"},
-      {'f', "\n0 10 0 20 x\n", "%%% file FormFactor, line 2\n" + unread + "FormFactor data\n"},
-      {'f', "\n0 10 0 20 nan\n", unread + "FormFactor data\n"},
-      {'f', "\n0 10 0 20 .5\n0 10 0",
-       "%%% file FormFactor, line 3\n" + unread + "FormFactor data\n"},
-      {'f', "\n0 10 0 7 -1e-3\n", error + "FormFct = -0.001\n" + range},
-      {'f', "\n0 10 0 20 1.00011\n", error + "FormFct = 1.00011\n" + range},
-      {'f', "\n0 7 0 8 1\n", error + "SrcPgID of FormFactor data = 7\n" + unknown},
-      {'f', "\n0 10 0 7 1\n", error + "DstPgID of FormFactor data = 7\n" + unknown},
-      {'s', "\n0 20 0 0 1\n0 10 0 0 1\n0 20 0 0 1\n",
-       error + "SrcPgID of FormFactor data = 20\n" + twice + "1 3\n"},
-      {'f', "\n0 -30 0 0 0.5\n",
-       error + "SrcPgID of FormFactor data = -30\nit has view factor of sky\n"},
-      {'s', "\n0 20 0 0 0.75\n0 20 0 10 0.2601\n",
-       "%%% warning : data error\nSrcPgID of FormFactor data = 10\nit does not have view factor of "
-       "sky\n" +
-           error +
-           "SrcPgID of FormFactor data = 20\nsum of view factor = 1.0101\nit must be < 1.01\n"}};
-  for (const auto& [file, text, end] : rows) {
-    Input input;
-    (file == 'c'   ? input.control
-     : file == 'i' ? input.index
-     : file == 'p' ? input.pairs
-                   : input.factors) = text;
-    if (file == 's') input.control = "&TSRF_RADDAT LVFSKY=1 /";
-    const std::string reader = file == 'c'   ? "inputdata"
-                               : file == 'i' ? "read_lf2fr"
-                               : file == 'p' ? "read_pgidprd"
-                                             : "read_viewfactor";
-    const std::string lines = read_all(input).lines;
-    EXPECT_TRUE(lines.ends_with(end + "(tsrf_module_raddat)(" + reader + ")\n")) << lines << end;
-  }
-}
-
 TEST(ViewFactorData, SkyIsGivenOrWhatTheOthersLeave) {
   const std::string given = "&TSRF_RADDAT LVFSKY=1 /", left = "&TSRF_RADDAT LVFSKY=0 /";
   const std::tuple<std::string, std::string, std::vector<double>> rows[] = {

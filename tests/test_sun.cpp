@@ -192,27 +192,4 @@ TEST(Saturation, FollowsTheVapourTableAndItsOwnSlope) {
   }
 }
 
-TEST(SunSettings, EveryFaultHasItsWords) {
-  const std::string place = "&DATE_AND_PLACE DATE=1,2,3,4 LAT=35 LNG=139 RANGLE=0 SDECL=21 /\n";
-  const std::string sky = place + "&JMK_RADSKY ", data = "### error : data error\n";
-  const std::pair<std::string, std::string> rows[] = {
-      {"", data + "lack of data : sdecl"},
-      {"&DATE_AND_PLACE SDECL=1 RANGLE=0 /", data + "lack of data : lat"},
-      {"&DATE_AND_PLACE SDECL=1 LAT=1 /", data + "lack of data : lng"},
-      {"&date_and_place sdecl=1 lat=1 lng=1 /", data + "lack of data : rangle"},
-      {place, data + "lack of data : ppa"},
-      {sky + "EVAP=1 TA=2 /", data + "lack of data : ppa"},
-      {sky + "PPA=-0.5 /", data + "ppa = -0.5\nit must be > 0"},
-      {sky + "PPA=0.5 PPA_MONTH(12)=0 /", data + "m,ppa_month(m) = 12 0\nit must be > 0"},
-      {"&DATE_AND_PLACE LAT=x /", "namelist = date_and_place\niostat = 1\n(flw_nml_errmsg0)"},
-      {sky + "PPA=0.5", "namelist = jmk_radsky\niostat = -1\n(flw_nml_errmsg0)"}};
-  for (const auto& [text, end] : rows) {
-    RecordedLog recorded;
-    frame::TextInput control("control", text);
-    Data settings;
-    const auto lines = recorded.lines_of([&] { inputdata(recorded.log, control, settings); });
-    EXPECT_TRUE(lines.ends_with(end + "\n(tsrf_module_phydat)\n(inputdata)\n")) << lines;
-  }
-}
-
 }  // namespace

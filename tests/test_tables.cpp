@@ -66,28 +66,8 @@ const std::string kDataError = "### error : data error\n";
 const std::string kRoad = "7 1 1 0 2.5 0 0 1 3 101 0\n";
 const std::string kLeaf = "8 1 1 0 1 -1. 0 0 2 1 0\n";
 
-const auto settings = reads(&District::settings);
 const auto grid = reads(&District::grid_file);
 const auto porous = reads(&District::porous_file);
-const auto properties = reads(&District::properties);
-const auto materials = reads(&District::materials);
-auto patches(const std::string& lines, const std::string& tree_lines = "") {
-  return [=](District& d) { d.patches(lines, tree_lines); };
-}
-
-TEST(Settings, FaultsAreFoundInTheOrderOfTheTable) {
-  expect_faults<District>(
-      kDataError, "(tsrf_module_data)(inputdata)",
-      {{settings("&TSRF_DATA ZLG = -1, DZG = 0 /"), "dzg = 0\nit must be > 0\n"},
-       {settings("&TSRF_DATA HTRNS = -1, ZLG = -1 /"), "zlg = -1\nit must be > 0\n"},
-       {settings("&TSRF_DATA DZW = 0 /"), "dzw = 0\nit must be > 0\n"},
-       {settings("&TSRF_DATA WSKY0 = 1.0000001 /"), "wsky0 = 1.0000001\nit must be >= 0 & <=1\n"},
-       {settings("&TSRF_DATA HTRNS = -1d-9 /"), "htrns = -1e-09\nit must be >= 0\n"}});
-  expect_faults<District>(
-      kDataError, "(tsrf_module_grdindx)(inputdata)",
-      {{settings("&DUMMYGRID NXF = 2 NYF = -1 /"), "nxf,nyf = 2 -1\nthey must be >= 0\n"}});
-}
-
 TEST(Settings, BoundaryWidthsTakeTheFrontsWhenNegative) {
   District d;
   d.settings("&dummygrid nxf = 2, nyb = 0, nyf = 1, dxf = 3.5 / &TSRF_DATA WSKY0 = 1 HTRNS = 0 /");
@@ -168,41 +148,6 @@ TEST(Patch, AreasAreMendedAndTheFirstTenReported) {
   EXPECT_EQ(d.patch.area, std::vector<double>(12, 1e-20));
 }
 
-TEST(Patch, Faults) {
-  const std::string out = "they are out of range\npid = 7\n";
-  const auto cell = [](const std::string& ijk) { return "7 " + ijk + " 1 0 0 1 3 1 0\n"; };
-  expect_faults<District>(
-      kDataError, "(tsrf_module_patch)(read_patch)",
-      {{patches(cell("0 1 0")), "i,j,k in Patch data = 0 1 0\n" + out},
-       {patches(cell("1 4 0")), "i,j,k in Patch data = 1 4 0\n" + out},
-       {patches(cell("1 1 2")), "i,j,k in Patch data = 1 1 2\n" + out},
-       {patches(cell("2147483647 1 2147483647")),
-        "i,j,k in Patch data = 2147483647 1 2147483647\n" + out},
-       {patches(kRoad, "7 5 1 0 1 -1. 0 0 2 1 0\n"), "i,j,k in TreePatch data = 5 1 0\n" + out},
-       {patches(kRoad, "8 1 1 0 1 0 -1. 0 2 1 0\n"),
-        "BndC in TreePatch data = 1\nnx,ny,nz in TreePatch data = 0 -1 0\n"
-        "they are not consistent\n"},
-       {patches(kRoad, "8 1 1 0 1 0 0 0 2 7 0\n"),
-        "BndC in TreePatch data = 7\nnx,ny,nz in TreePatch data = 0 0 0\n"
-        "they are not consistent\n"},
-       {patches(kRoad + "9 1 1 0 1 0 0 1.00001 2 6 0", kLeaf),
-        "BndC in TreePatch data = 6\nnx,ny,nz in TreePatch data = 0 0 1.00001\n"
-        "they are not consistent\n"},
-       {patches(kRoad + "9 1 1 0 1 0 0 1. 2 6 0", kLeaf),
-        "m,type(m) in Patch data = 2 2\nit must be /= 2\n"},
-       {patches(kRoad, "9 1 1 0 1 0 0 1 3 6 0\n" + kLeaf),
-        "m,type(m) in Patch data = 2 3\nit must be = 2\n"},
-       {patches(kRoad + "6 1 1 0 1 0 0 1 3 1 0\n", "7 1 1 0 1 -1 0 0 2 1 0\n"),
-        "PID in Patch data = 7\nit is specified redundantly in line no. n1 & n2\nn1,n2 = 1 3\n"}});
-  expect_faults<District>("", "(tsrf_module_patch)(read_patch)",
-                          {{patches(""), "### error : lack of Patch data\n"},
-                           {patches("\n\n", "no number"), "### error : lack of Patch data\n"},
-                           {patches(kRoad + "\n8 1 1 0 1 0 0 1 3\n"),
-                            "%%% file Patch.txt, line 4\n### read error : Patch data\n"},
-                           {patches(kRoad, "8 1 1 0 1e999 0 0 1 3 1 0"),
-                            "%%% file TreePatch.txt, line 2\n### read error : TreePatch data\n"}});
-}
-
 TEST(SurfProp, HoldsTwoRowsMoreAndRereadsTheSameCodesOnly) {
   District d;
   const std::string concrete = "2000000000 0.25 1 0.3 2000 1000 0 0\n";
@@ -223,29 +168,6 @@ TEST(SurfProp, HoldsTwoRowsMoreAndRereadsTheSameCodesOnly) {
   }
 }
 
-TEST(SurfProp, Faults) {
-  const std::string code = "surfcd = 4\n";
-  expect_faults<District>(
-      kDataError, "(tsrf_module_srfprp)(read_srfprp)",
-      {{properties("4 1.1 2 0 1 1 1 1"),
-        "alb in SurfProp data = 1.1\nit must be >=0 and <=1\n" + code},
-       {properties("4 1 -.5 0 1 1 1 1"),
-        "ems in SurfProp data = -0.5\nit must be >=0 and <=1\n" + code},
-       {properties("4 1 0 -1 1 1 1 1"),
-        "beta in SurfProp data = -1\nit must be >= 0 and <= 1\n" + code},
-       {properties("4 1 0 0 0 1 1 1"), "rho in SurfProp data = 0\nit must be > 0\n" + code},
-       {properties("4 1 0 0 1 0 1 1"), "cp in SurfProp data = 0\nit must be > 0\n" + code},
-       {properties("4 1 0 0 1 1 -1 1"), "alf in SurfProp data = -1\nit must be >= 0\n" + code},
-       {properties("4 1 0 0 1 1 1 -1"), "wext in SurfProp data = -1\nit must be >= 0\n" + code},
-       {properties("4 1 0 0 1 1 1 1\n5 1 0 0 1 1 1 1\n4 1 0 0 1 1 1 1\n5 1 0 0 1 1 1 1"),
-        "SurfCD in SurfProp data = 4\nit is specified redundantly in line no. n1 & n2\n"
-        "n1,n2 = 1 3\n"}});
-  expect_faults<District>("", "(tsrf_module_srfprp)(read_srfprp)",
-                          {{properties(""), "### error : lack of SurfProp data\n"},
-                           {properties("4 nan 0 0 1 1 1 1"),
-                            "%%% file SurfProp.txt, line 2\n### read error : SurfProp data\n"}});
-}
-
 TEST(MatEleProp, BlocksBecomeMaterials) {
   District d;
   EXPECT_EQ(d.recorded.lines_of([&] {
@@ -259,28 +181,6 @@ TEST(MatEleProp, BlocksBecomeMaterials) {
   EXPECT_EQ((std::vector{wall.pos, wall.strct, wall.nolyr()}), (std::vector{1, 7, 2}));
   EXPECT_EQ(d.matprp.by_surfid.find(1), 1);
   EXPECT_EQ(d.matprp.by_surfid.find(2000000000), 0);
-}
-
-TEST(MatEleProp, Faults) {
-  const std::string first = "3 1 2 0 0 1 0.1 10\n9 1 2 0 0 2 0.1 10\n";
-  const auto second = [&](const std::string& line) { return materials(first + line); };
-  expect_faults<District>(
-      "%%% nmatprp= 2\n" + kDataError, "(tsrf_module_matprp)(read_matprp)",
-      {{second("8 0 0 0 0 0 0 1"), "i,j,surfid in MatEleProp data = 2 2 8\nit must be = 9\n"},
-       {second("9 0 0 0 0 0 0 1"), "i,j,pos(i,j) in MatEleProp data = 2 2 0\nit must be = 1\n"},
-       {second("9 1 0 0 0 0 0 1"), "i,j,strct(i,j) in MatEleProp data = 2 2 0\nit must be = 2\n"},
-       {second("9 1 2 0 0 0 0 1"), "i,j,nolyr(i,j) in MatEleProp data = 2 2 0\nit must be = 2\n"},
-       {second("9 1 2 0 0 2 0 1"), "i,j,thick(i,j) in MatEleProp data = 2 2 0\nit must be > 0\n"},
-       {materials("3 1 2 0 0 1 1 1\n4 1 2 0 0 0 1 1"),
-        "j-th material has no element in MatEleProp data\nj = 2\n"},
-       {materials("3 1 2 0 0 1 1 1\n3 1 2 0 0 1 1 1"),
-        "SurfID in MatEleProp data = 3\nit is specified redundantly in mat. no. n1 & n2\n"
-        "n1,n2 = 1 2\n"}});
-  expect_faults<District>("### read error : MatEleProp data\n", "(tsrf_module_matprp)(read_matprp)",
-                          {{second(""), ""},
-                           {second("9 1 2 0 0 2 x 10"), ""},
-                           {materials("9 1 2 0 0 1.5 1 1"), ""},
-                           {materials("9 1 2 0 0 2147483647 1 1"), ""}});
 }
 
 TEST(Ground, CellsOfAGradingSumToTheDepth) {
