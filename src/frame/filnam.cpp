@@ -40,8 +40,7 @@ std::vector<std::string> check_months(const std::array<std::int32_t, 2>& months)
 
 std::vector<std::string> check_date0(const std::array<std::int32_t, 6>& d) {
   const std::string line = frame::items("date0 =", d[0], d[1], d[2], d[3], d[4], d[5]);
-  if (d[1] < 1 || d[1] > 12 || d[2] < 1 ||
-      d[2] > tsrf_module_calendar::days_in(d[1])) {
+  if (d[1] < 1 || d[1] > 12 || d[2] < 1 || d[2] > tsrf_module_calendar::days_in(d[1])) {
     return {line, "out of range"};
   }
   if (d[3] != 0 || d[4] != 0 || d[5] != 0) return {line, "hour, minute and second must be 0"};
