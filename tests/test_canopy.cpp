@@ -99,19 +99,32 @@ TEST(Beam, WhatEntersIsTakenOrLeaves) {
   }
 }
 
-TEST(Beam, OverheadSunFadesExponentially) {
+TEST(Beam, SunAlongAnAxisFadesExponentially) {
   CanopyCase x = CanopyCase::box({2, 3, 4}, 1.5, 0.6);
   x.add_patch(3, {2, 2, 1}, 2.25, {0.0, 0.0, 1.0});   // ground below the box
   x.add_patch(3, {1, 1, 1}, 2.25, {0.0, 0.0, 1.0});   // ground beside it
   x.add_patch(1, {2, 2, 3}, 2.25, {0.0, 0.0, -1.0});  // a ceiling two layers under the box's top
+  x.add_patch(1, {1, 3, 3}, 2.25, {1.0, 0.0, 0.0});   // walls behind the box, by the sun's side
+  x.add_patch(1, {4, 3, 3}, 2.25, {-0.9, 0.0, 0.4});
+  x.add_patch(1, {2, 1, 3}, 2.25, {0.0, 1.0, 0.0});
+  x.add_patch(1, {2, 5, 3}, 2.25, {0.0, -1.0, 0.0});
   x.prepare();
-  jmk::sweep_beam({0.0, 0.0, 1.0}, 1000.0, x.trees.radiat.optics, x.canopy());
   const auto left = [](double H) {
     return 0.425 * std::exp(-0.6 * 0.45 * H) + 0.575 * std::exp(-0.6 * 0.3 * H);
   };
-  EXPECT_NEAR(x.canopy().beam.left[0], left(6.0), 1e-14);
-  EXPECT_EQ(x.canopy().beam.left[1], 1.0);
-  EXPECT_NEAR(x.canopy().beam.left[2], left(3.0), 1e-14);
+  const auto sweep = [&](const SunVector& sun) {
+    jmk::sweep_beam(sun, 1000.0, x.trees.radiat.optics, x.canopy());
+    return x.canopy().beam.left;
+  };
+  const auto overhead = sweep({0.0, 0.0, 1.0});
+  EXPECT_NEAR(overhead[0], left(6.0), 1e-14);
+  EXPECT_EQ(overhead[1], 1.0);
+  EXPECT_NEAR(overhead[2], left(3.0), 1e-14);
+  const double low = 1e-12;
+  EXPECT_NEAR(sweep({1.0, 0.0, low})[3], left(3.0), 1e-9);
+  EXPECT_NEAR(sweep({-1.0, 0.0, low})[4], left(3.0), 1e-9);
+  EXPECT_NEAR(sweep({0.0, 1.0, low})[5], left(4.5), 1e-9);
+  EXPECT_NEAR(sweep({0.0, -1.0, low})[6], left(4.5), 1e-9);
 }
 
 /// Results of a sweep as one list that does not depend on how the canopy lies: sorted.
@@ -414,6 +427,8 @@ TEST(Canopy, EveryLeafClosesItsBalance) {
 
     const tsrf_module_jumoku::Leaves& leaves = canopy.leaves;
     double taken = 0.0, given = 0.0;  // by the canopy as a whole
+    const BandBudget budget(canopy, canopy.bands[0]);
+    double visible = budget.entering - budget.leaving;  // what leaves keep of visible light
     for (std::size_t i = 0; i < leaves.count(); ++i) {
       const double area = 2.0 * leaves.lad[i] * leaves.volume[i];
       const double sensible = (leaves.T[i] - leaves.Ta[i]) * leaves.h[i] * area;
@@ -421,7 +436,7 @@ TEST(Canopy, EveryLeafClosesItsBalance) {
       EXPECT_NEAR(leaves.Sabs[i] + leaves.Labs[i], sensible + latent, 1e-6);
       given += sensible + latent;
       taken += canopy.beam.lost[i][0] + canopy.beam.lost[i][1];
-      EXPECT_EQ(leaves.PAR[i] > 0.0, n % 2 == 0);
+      visible += canopy.beam.lost[i][0] - leaves.PAR[i] * area / 2.0;
     }
     for (const auto& tree : canopy.trees) {
       const auto p = static_cast<std::size_t>(tree.patch);
@@ -429,6 +444,7 @@ TEST(Canopy, EveryLeafClosesItsBalance) {
       given += (exchange.JRl[p] + exchange.JRs[p]) * exchange.x.patch.area[p];
     }
     EXPECT_NEAR(taken, given, 1e-8 * taken);
+    EXPECT_NEAR(visible, 0.0, 1e-8 * taken);
   }
 }
 
