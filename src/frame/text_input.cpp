@@ -145,7 +145,7 @@ TextInput::TextInput(const std::string& path) : name_(path) {
   } else if (S_ISREG(info.st_mode) && static_cast<std::size_t>(info.st_size) >= kMapFrom) {
     map(fd, static_cast<std::size_t>(info.st_size));
   } else {
-    slurp(fd);
+    slurp(fd, S_ISREG(info.st_mode) ? static_cast<std::size_t>(info.st_size) : 0);
   }
   if (fd >= 0) ::close(fd);
   skip_byte_order_mark();
@@ -159,7 +159,7 @@ TextInput::~TextInput() {
 void TextInput::map(int fd, std::size_t size) {
   void* place = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
   if (place == MAP_FAILED) {
-    slurp(fd);
+    slurp(fd, size);
     return;
   }
   ::madvise(place, size, MADV_SEQUENTIAL);
@@ -167,19 +167,20 @@ void TextInput::map(int fd, std::size_t size) {
   last_ = first_ + size;
 }
 
-void TextInput::slurp(int fd) {
+/// Reads to the end. `size` is what the file is said to have; a pipe tells none.
+void TextInput::slurp(int fd, std::size_t size) {
   constexpr std::size_t kStep = 1 << 16;
   std::size_t filled = 0;
+  owned_.resize(size + 1);  // one more, so that the read behind the last byte finds the end
   for (;;) {
-    if (owned_.size() < filled + kStep) owned_.resize(std::max(2 * owned_.size(), filled + kStep));
-    const ssize_t got = ::read(fd, owned_.data() + filled, kStep);
+    if (owned_.size() == filled) owned_.resize(std::max(2 * filled, filled + kStep));
+    const ssize_t got = ::read(fd, owned_.data() + filled, owned_.size() - filled);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) reason_ = std::strerror(errno);
     if (got <= 0) break;
     filled += static_cast<std::size_t>(got);
   }
   owned_.resize(filled);
-  owned_.shrink_to_fit();
   first_ = at_ = owned_.data();
   last_ = first_ + filled;
 }

@@ -171,7 +171,7 @@ class TextInput {
   ReadStatus failed(const RecordScanner& scan);
   void skip_byte_order_mark();
   void map(int fd, std::size_t size);
-  void slurp(int fd);
+  void slurp(int fd, std::size_t size);
   void release();
 
   static constexpr std::ptrdiff_t kReleaseStep = 1 << 23;

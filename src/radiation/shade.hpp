@@ -35,6 +35,7 @@ struct Settings {
 struct PackedMonth {
   std::int32_t month = 0;
   std::vector<double> times;        ///< of the blocks, from the month's start [s]
+  std::size_t packed = 0;           ///< blocks in `words`, which serve in turn
   std::vector<std::int32_t> words;  ///< NBIT planes for each 30 blocks
 };
 

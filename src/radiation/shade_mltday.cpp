@@ -47,23 +47,39 @@ class MonthReader {
         mpatch_(static_cast<std::size_t>(patch.mpatch)),
         group_(mpatch_ * static_cast<std::size_t>(data.settings.NBIT)) {}
 
-  /// The files of days `first` to `last`. When the days' names are one, its file is read once.
+  /// The files of days `first` to `last`. When one file serves all of them it is read and packed
+  /// once, and its blocks come again each day.
   void read_days(std::int32_t first, std::int32_t last) {
-    std::string before;
-    for (std::int32_t day = first; day <= last; ++day) {
-      std::string name = data_.day_name(month_.month, day);
-      if (name == before && hours_only()) {
-        repeat_day();
-      } else {
-        read_day(day, name);
+    const bool one_for_all = hours_only() && last > first && name_of(first) == name_of(first + 1);
+    const std::int32_t files = one_for_all ? 1 : last - first + 1;
+    make_room(files);
+    for (std::int32_t day = first; day < first + files; ++day) read_day(day, name_of(day));
+    if (!one_for_all) return;
+    const std::vector<double> of_day = month_.times;
+    for (std::int32_t day = 1; day <= last - first; ++day) {
+      for (const double time : of_day) {
+        month_.times.push_back(time + day * tsrf_module_calendar::kSecondsPerDay);
       }
-      before = std::move(name);
     }
   }
 
  private:
   /// Whether no record tells the day it is of.
   [[nodiscard]] bool hours_only() const { return data_.series.settings.LDATE[0] == 4; }
+  [[nodiscard]] std::string name_of(std::int32_t day) const {
+    return data_.day_name(month_.month, day);
+  }
+
+  /// Takes the memory for the blocks of `files` files.
+  void make_room(std::int32_t files) {
+    const std::size_t blocks = static_cast<std::size_t>(files) * kMostDates;
+    const std::size_t groups = (blocks + tsrf_utl::kSlots - 1) / tsrf_utl::kSlots;
+    frame::allocating(log_, [&] {
+      month_.words.reserve(groups * group_);
+      data_.seen.resize(mpatch_);
+      data_.block.resize(mpatch_);
+    });
+  }
 
   void read_day(std::int32_t day, const std::string& name) {
     log_.line("%%% open file =", name);
@@ -79,17 +95,6 @@ class MonthReader {
     dated_series::check_pass(log_, file, kWords, kColumns, block, data_.series);
     if (dates_ > kMostDates) {
       log_.data_error(items("maximal no. of dates =", dates_), "it must be <= 24");
-    }
-  }
-
-  /// Stores the blocks of the day before again, a day later.
-  void repeat_day() {
-    const auto dates = static_cast<std::size_t>(dates_);
-    const std::size_t first = month_.times.size() - dates;
-    for (std::size_t block = first; block < first + dates; ++block) {
-      tsrf_utl::tsrf_utl_bitrdt(log_, 1, mpatch_, mpatch_, data_.settings.NBIT, slot_of(block),
-                                planes(month_, block, group_), data_.block);
-      store(month_.times[block] + tsrf_module_calendar::kSecondsPerDay);
     }
   }
 
@@ -128,7 +133,7 @@ class MonthReader {
   }
 
   void store(double time) {
-    const std::size_t block = month_.times.size();
+    const std::size_t block = month_.packed++;
     if (block % tsrf_utl::kSlots == 0) {
       frame::allocating(log_, [&] { month_.words.resize(month_.words.size() + group_, 0); });
     }
@@ -153,8 +158,9 @@ void unpack(frame::Log& log, PackedMonth& month, std::size_t block, UnpackedBloc
             const Data& data) {
   if (column.month == month.month && column.block == block) return;
   const std::size_t n = column.values.size();
-  tsrf_utl::tsrf_utl_bitrdt(log, 1, n, n, data.settings.NBIT, slot_of(block),
-                            planes(month, block, n * static_cast<std::size_t>(data.settings.NBIT)),
+  const std::size_t packed = block % month.packed;
+  tsrf_utl::tsrf_utl_bitrdt(log, 1, n, n, data.settings.NBIT, slot_of(packed),
+                            planes(month, packed, n * static_cast<std::size_t>(data.settings.NBIT)),
                             column.values);
   column.month = month.month;
   column.block = block;
@@ -185,15 +191,7 @@ void read_mltday(frame::Log& log, std::int32_t month, const tsrf_module_patch::D
   packed.month = month;
   packed.times.clear();
   packed.words.clear();
-  const auto mpatch = static_cast<std::size_t>(patch.mpatch);
-  const std::size_t blocks = static_cast<std::size_t>(last - first + 1) * kMostDates;
-  const std::size_t groups = (blocks + tsrf_utl::kSlots - 1) / tsrf_utl::kSlots;
-  frame::allocating(log, [&] {
-    packed.times.reserve(blocks);
-    packed.words.reserve(groups * mpatch * static_cast<std::size_t>(data.settings.NBIT));
-    data.seen.resize(mpatch);
-    data.block.resize(mpatch);
-  });
+  packed.packed = 0;
   MonthReader reader(log, patch, data, packed);
   reader.read_days(first, last);
 }
