@@ -118,7 +118,7 @@ TEST(ShadeOfDatedRuns, ReadsAFileThatServesAllDaysOnce) {
   });
   EXPECT_EQ(std::ranges::count(log, '='), 2) << log;
   EXPECT_EQ(tree.data.months[0].words.size(), 2U * 2U);  // one day is kept
-  tree.data.series.settings.LDATE = {3, 4};  // its lines are of one day
+  tree.data.series.settings.LDATE = {3, 4};              // its lines are of one day
   tree.folder.write(Tree::name(1, 28), "title\n28 1 0 1 1\n28 1 0 2 0.6\n");
   tree.data.settings.DAYS[0] = 28;
   EXPECT_NE(tree.recorded.lines_of([&] { tree.at(1, 28, 1); }).find("it must be = 1 1 29 1 0 0"),
