@@ -177,7 +177,7 @@ void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data) {
   file.skip_line();
   std::int32_t p = 0;
   std::int32_t q = 0;
-  frame::ReadStatus status;
+  frame::ReadStatus status = frame::ReadStatus::end;
   while ((status = file.read(p, q)) == frame::ReadStatus::ok) {
     const std::int32_t first = known(p);
     data.prd.emplace_back(first, known(q));

@@ -123,7 +123,9 @@ constexpr auto kPairs = [] {
   return pairs;
 }();
 
-void put_pair(char* to, std::uint32_t value) { std::memcpy(to, &kPairs[2 * value], 2); }
+void put_pair(char* to, std::uint32_t value) {
+  std::memcpy(to, &kPairs[std::size_t{2} * value], 2);
+}
 
 template <int Decimals>
 char* put_decimal(char* to, bool negative, Decimal number) {
@@ -135,8 +137,8 @@ char* put_decimal(char* to, bool negative, Decimal number) {
   const std::uint32_t head = number.digits / 10000;
   const std::uint32_t tail = number.digits % 10000;
   if constexpr (Decimals == 5) {
-    to[0] = kPairs[2 * head];
-    to[2] = kPairs[2 * head + 1];
+    to[0] = kPairs[std::size_t{2} * head];
+    to[2] = kPairs[std::size_t{2} * head + 1];
   } else {
     to[0] = static_cast<char>('0' + head);
   }

@@ -26,7 +26,7 @@ void TerminalLine::show(std::int64_t iter, double time, const progress::Data& pr
   std::array<char, 160> text{};
   std::snprintf(
       text.data(), text.size(), "\rday %lld, hour %2lld, step %lld of at most %lld (%.0f %%)",
-      static_cast<long long>(hour / kHoursPerDay + 1), static_cast<long long>(hour % kHoursPerDay),
+      static_cast<long long>(hour / kHoursPerDay) + 1, static_cast<long long>(hour % kHoursPerDay),
       static_cast<long long>(iter), static_cast<long long>(last_), done);
   *terminal_ << text.data();
   if (progress.res < 1.0) {
