@@ -8,16 +8,26 @@
 #include <span>
 #include <vector>
 
+#include "inputs/moist_air.hpp"
 #include "inputs/srfprp.hpp"
-#include "radiation/phydat.hpp"
 #include "surface/surface_state.hpp"
 
 namespace plain {
 
+/// Saturation humidity of all surfaces and its slope.
+inline void satq(std::span<const double> P, std::span<const double> T, std::span<double> q,
+                 std::span<double> dqdT) {
+  for (std::size_t i = 0; i < q.size(); ++i) {
+    const moist_air::Saturation s = moist_air::satvap(T[i]);
+    q[i] = moist_air::humidity_of(s.es / P[i]);
+    dqdT[i] = moist_air::kVapourRatio / P[i] * s.desdT;
+  }
+}
+
 /// One round of Newton's method for patch p; what its mark becomes.
 inline double newton(const tsrf_module_srfprp::Data& srfprp, std::size_t p, double skyvf, double Rl,
                      double Rs, double qs, double dqs, tsrf_module_data::Data& s) {
-  using namespace tsrf_module_phydat;
+  using namespace moist_air;
   const auto row = static_cast<std::size_t>(s.isrf[p]);
   const double shortwave = (1.0 - srfprp.alb[row]) * Rs;
   const double longwave = srfprp.ems[row] * Rl;
@@ -48,7 +58,7 @@ inline bool tsrf_therm1d(const tsrf_module_srfprp::Data& srfprp, std::span<const
   std::vector<double> mark(n), qs(n), dqs(n);
   for (std::size_t p = 0; p < n; ++p) mark[p] = s.lcal[p] < 1 ? -1.0 : 1.0;
   for (int round = 0; round < 100; ++round) {
-    tsrf_module_phydat::satq(s.airst.row(0), s.tlyr.row(0), qs, dqs);
+    satq(s.airst.row(0), s.tlyr.row(0), qs, dqs);
     double most = -1.0;
     for (std::size_t p = 0; p < n; ++p) {
       if (!(mark[p] > 0.0)) continue;

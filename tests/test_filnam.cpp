@@ -1,7 +1,7 @@
 // The names of a dated run's files: the rules as users write them, and what becomes of them.
 #include <gtest/gtest.h>
 
-#include "frame/filnam.hpp"
+#include "driver/filnam.hpp"
 #include "recorded_log.hpp"
 #include "temp_folder.hpp"
 

@@ -4,8 +4,8 @@
 #include <map>
 #include <sstream>
 
+#include "driver/month_files.hpp"
 #include "recorded_log.hpp"
-#include "results/monthly.hpp"
 #include "temp_folder.hpp"
 
 namespace {

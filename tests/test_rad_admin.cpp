@@ -3,14 +3,15 @@
 
 #include <cmath>
 
+#include "driver/rad_admin.hpp"
+#include "inputs/moist_air.hpp"
 #include "patches_of.hpp"
-#include "radiation/rad_admin.hpp"
 #include "radiation/view_factor_table.hpp"
 #include "recorded_log.hpp"
 
 namespace {
 
-constexpr double kSigma = tsrf_module_phydat::kStefanBoltzmann;
+constexpr double kSigma = moist_air::kStefanBoltzmann;
 
 /// One patch of each type, facing up under half a sky, none of which sees another.
 struct Step {

@@ -5,11 +5,11 @@
 #include <cmath>
 
 #include "../bench/sample_surfaces.hpp"
+#include "driver/daily_residual.hpp"
+#include "driver/progress.hpp"
 #include "patches_of.hpp"
 #include "recorded_log.hpp"
-#include "surface/daily_residual.hpp"
 #include "surface/fixed_temperature.hpp"
-#include "surface/progress.hpp"
 #include "surface/window.hpp"
 #include "temp_folder.hpp"
 

@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "faults.hpp"
+#include "inputs/grid.hpp"
+#include "inputs/grid_index.hpp"
 #include "inputs/lyrstrct.hpp"
 #include "inputs/matprp.hpp"
 #include "inputs/patch.hpp"
 #include "inputs/srfprp.hpp"
 #include "recorded_log.hpp"
-#include "surface/grid.hpp"
-#include "surface/grid_index.hpp"
 #include "surface/surface_state.hpp"
 
 namespace {

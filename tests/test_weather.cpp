@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "fault_table.hpp"
+#include "inputs/moist_air.hpp"
 #include "inputs/weather.hpp"
 #include "radiation/phydat.hpp"
 #include "recorded_log.hpp"
@@ -37,7 +38,7 @@ TEST(Weather, InterpolatesAllButTheHourlySum) {
   EXPECT_EQ(now.SunJsh, kNotGiven);
   EXPECT_DOUBLE_EQ(now.AtmJsh, 250.0);
   // Humidity from its definition: masses of vapour and dry air at their partial pressures.
-  const double e = 0.62500125 * tsrf_module_phydat::satvap(now.temperature).es;
+  const double e = 0.62500125 * moist_air::satvap(now.temperature).es;
   const double vapour = e * 0.018015;
   EXPECT_NEAR(now.humidity, vapour / (vapour + (now.pressure - e) * 0.028964), 1e-15);
   EXPECT_DOUBLE_EQ(series.at(12 * 3600.0).Rhum, 100.0005);  // not clipped

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <thread>
 
-#include "frame/flw_main00.hpp"
+#include "driver/flw_main00.hpp"
 #include "run_case.hpp"
 
 namespace {

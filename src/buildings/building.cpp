@@ -4,16 +4,16 @@
 #include <cmath>
 #include <utility>
 
-#include "radiation/phydat.hpp"
+#include "inputs/moist_air.hpp"
 #include "surface/heat_balance.hpp"
 
 namespace tsrf_building {
 
 namespace {
 
+using moist_air::kAirHeat;
+using moist_air::kLatentHeat;
 using tsrf_module_bldng::Budget;
-using tsrf_module_phydat::kAirHeat;
-using tsrf_module_phydat::kLatentHeat;
 
 constexpr double kGasConstant = 287.0459881231874;  // of dry air [J/kg K]
 constexpr double kSecondsPerHour = 3600.0;
@@ -82,9 +82,8 @@ Outside outside_of(const Sums& sums) {
 /// Internal gains and ventilation, both of the conditioned floor area.
 void set_gains(const tsrf_module_bldng::Settings& settings, double floor_area, double Tr,
                const RoomHeat& want, const Outside& out, Budget& budget) {
-  using tsrf_module_phydat::humidity_of;
-  const double room_humidity =
-      humidity_of(tsrf_module_phydat::satvap(Tr).es * 0.01 * want.rmhum / out.P);
+  using moist_air::humidity_of;
+  const double room_humidity = humidity_of(moist_air::satvap(Tr).es * 0.01 * want.rmhum / out.P);
   const double air = floor_area * want.vent * settings.HEIGHT / kSecondsPerHour;  // [m3/s]
   budget[kInternalSensible] = want.rmsens * floor_area;
   budget[kInternalLatent] = want.rmlat * floor_area;

@@ -10,7 +10,7 @@
 #include "frame/code_index.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
-#include "surface/grid_index.hpp"
+#include "inputs/grid_index.hpp"
 
 namespace tsrf_module_patch {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <tuple>
 
-#include "radiation/phydat.hpp"
+#include "inputs/moist_air.hpp"
 
 namespace tsrf_module_weather {
 
@@ -109,8 +109,8 @@ Weather weather_between(const Data& data, std::span<const double> lower,
     now.SunJsh = mixed(kSunJsh) * kWatt;
   }
   if (data.has_AtmJsh) now.AtmJsh = mixed(kAtmJsh) * kWatt;
-  const double e = now.Rhum * 0.01 * tsrf_module_phydat::satvap(now.temperature).es;
-  now.humidity = tsrf_module_phydat::humidity_of(e / now.pressure);
+  const double e = now.Rhum * 0.01 * moist_air::satvap(now.temperature).es;
+  now.humidity = moist_air::humidity_of(e / now.pressure);
   return now;
 }
 

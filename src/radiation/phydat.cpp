@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "frame/namelist.hpp"
+#include "inputs/moist_air.hpp"
 
 namespace tsrf_module_phydat {
 
@@ -174,25 +175,12 @@ SkyFluxes sky_fluxes(const Data& data, double sinalt, const MeasuredSky& measure
 }
 
 double atm_longrad(double T, double e) {
-  return (0.526 + 0.076 * std::sqrt(kMmHgPerPascal * e)) * kStefanBoltzmann * ((T * T) * (T * T));
+  return (0.526 + 0.076 * std::sqrt(kMmHgPerPascal * e)) * moist_air::kStefanBoltzmann *
+         ((T * T) * (T * T));
 }
 
 void set_ppa(Data& data, std::int32_t month) {
   data.PPA = data.PPA_MONTH.at(static_cast<std::size_t>(month - 1));
-}
-
-Saturation satvap(double T) {
-  const double es = 611.0 * std::exp(19.850675545287046 * (1.0 - 273.0 / T));
-  return {es, 5419.234423863364 * es / (T * T)};
-}
-
-void satq(std::span<const double> P, std::span<const double> T, std::span<double> q,
-          std::span<double> dqdT) {
-  for (std::size_t i = 0; i < q.size(); ++i) {
-    const Saturation s = satvap(T[i]);
-    q[i] = humidity_of(s.es / P[i]);
-    dqdT[i] = kVapourRatio / P[i] * s.desdT;
-  }
 }
 
 }  // namespace tsrf_module_phydat

@@ -1,7 +1,7 @@
-// tsrf_module_phydat: site, sun position, sky model, saturation humidity.
+// tsrf_module_phydat: site, sun position, sky model.
 //
 // The closed formulas that turn site, time and weather into the sun vector and the three sky
-// fluxes, and the humidity at saturation. Settings: groups DATE_AND_PLACE and JMK_RADSKY.
+// fluxes. Settings: groups DATE_AND_PLACE and JMK_RADSKY.
 #pragma once
 
 #include <array>
@@ -15,11 +15,6 @@
 
 namespace tsrf_module_phydat {
 
-inline constexpr double kStefanBoltzmann = 5.6704e-8;         ///< [W/m2 K4]
-inline constexpr double kLatentHeat = 2501000.0;              ///< of vaporisation [J/kg]
-inline constexpr double kAirHeat = 1005.0;                    ///< specific heat of air [J/kg K]
-inline constexpr double kVapourRatio = 0.6219790084242508;    ///< molar mass of water over air
-inline constexpr double kVapourDeficit = 0.3780209915757492;  ///< 1 - kVapourRatio
 inline constexpr double kNotGiven = std::numeric_limits<double>::lowest();
 
 struct SunVector {
@@ -72,19 +67,5 @@ SkyFluxes sky_fluxes(const Data& data, double sinalt, const MeasuredSky& measure
 double atm_longrad(double T, double e);
 /// Takes the transmittance of `month` (1..12) into force.
 void set_ppa(Data& data, std::int32_t month);
-
-/// Saturation vapour pressure [Pa] and its slope [Pa/K] at T [K].
-struct Saturation {
-  double es;
-  double desdT;
-};
-Saturation satvap(double T);
-/// Specific humidity from vapour pressure over pressure.
-inline double humidity_of(double ratio) {
-  return kVapourRatio * ratio / (1.0 - kVapourDeficit * ratio);
-}
-/// Saturation specific humidity and its (simplified) slope of n surfaces.
-void satq(std::span<const double> P, std::span<const double> T, std::span<double> q,
-          std::span<double> dqdT);
 
 }  // namespace tsrf_module_phydat

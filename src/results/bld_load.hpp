@@ -10,10 +10,10 @@
 #include <span>
 #include <vector>
 
+#include "inputs/grid.hpp"
 #include "inputs/patch.hpp"
 #include "results/cells.hpp"
 #include "results/io.hpp"
-#include "surface/grid.hpp"
 
 namespace tsrf_module_io {
 

@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <span>
 
-#include "frame/filnam.hpp"
 #include "frame/patch_table.hpp"
 #include "frame/unit_table.hpp"
 #include "inputs/calendar.hpp"
@@ -95,11 +94,5 @@ struct MonthRows {
 /// Writes the 24 mean hours, each file from its start, and clears the sums. An hour without a step
 /// is a row of zeros. Without buildings heat and BldLoad stay as they are.
 void write_month(frame::Log& log, const MonthFiles& files, const MonthRows& rows, Monthly& monthly);
-
-/// When `time` [s] opens a month, or the run ends: opens the files of the month that closes, writes
-/// them as write_month does and closes them.
-void output_month(frame::Log& log, frame::UnitTable& units, const ubx_module_filnam::Data& filnam,
-                  tsrf_module_calendar::Data& calendar, double time, bool lend,
-                  const MonthRows& rows, Monthly& monthly);
 
 }  // namespace tsrf_module_io

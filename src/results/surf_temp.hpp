@@ -10,11 +10,11 @@
 #include <span>
 #include <vector>
 
+#include "inputs/grid_index.hpp"
 #include "inputs/patch.hpp"
 #include "inputs/srfprp.hpp"
 #include "results/cells.hpp"
 #include "results/io.hpp"
-#include "surface/grid_index.hpp"
 #include "surface/surface_state.hpp"
 
 namespace tsrf_module_io {

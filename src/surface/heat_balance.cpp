@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "radiation/phydat.hpp"
+#include "inputs/moist_air.hpp"
 
 namespace tsrf_therm1d {
 
@@ -59,7 +59,7 @@ void add(const Arrays& a, std::size_t p, double wetness, Block& b) {
   const std::size_t i = b.count++;
   b.patch[i] = p;
   b.absorbed[i] = a.shortwave(p) + a.longwave(p);
-  b.emission[i] = a.skyvf[p] * tsrf_module_phydat::kStefanBoltzmann * a.srfprp.ems[a.row(p)];
+  b.emission[i] = a.skyvf[p] * moist_air::kStefanBoltzmann * a.srfprp.ems[a.row(p)];
   b.hc[i] = state.hc[p];
   b.air[i] = state.airst(p, 1);
   b.conduction[i] = state.gcond(p, 0);
@@ -73,7 +73,7 @@ void add(const Arrays& a, std::size_t p, double wetness, Block& b) {
 
 /// Latent heat and its slope of the open patches.
 void set_latent(Block& b) {
-  using namespace tsrf_module_phydat;
+  using namespace moist_air;
   for (std::size_t i = 0; i < b.count; ++i) {
     if (b.open[i] == 0.0) continue;
     const Saturation s = satvap(b.T[i]);
@@ -173,8 +173,7 @@ void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::D
   Block wet;
   for (std::size_t p = 0; p < patches; ++p) {
     if (state.lcal[p] < 1) continue;
-    const double wetness =
-        srfprp.beta[arrays.row(p)] * tsrf_module_phydat::kLatentHeat * state.hm[p];
+    const double wetness = srfprp.beta[arrays.row(p)] * moist_air::kLatentHeat * state.hm[p];
     if (wetness == 0.0) {
       add(arrays, p, wetness, dry);
       if (dry.count == kLanes) finish<false>(arrays, dry, verdict);

@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "frame/log.hpp"
+#include "inputs/grid.hpp"
 #include "inputs/patch.hpp"
-#include "surface/grid.hpp"
 #include "trees/jmk_data.hpp"
 #include "trees/jumoku_settings.hpp"
 #include "trees/radiat.hpp"

@@ -11,7 +11,7 @@
 
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
-#include "surface/grid_index.hpp"
+#include "inputs/grid_index.hpp"
 
 namespace jmk_module_data {
 

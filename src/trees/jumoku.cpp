@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <span>
 
+#include "inputs/moist_air.hpp"
 #include "trees/expfnx.hpp"
 
 namespace jmk {
@@ -14,7 +15,7 @@ namespace jmk {
 namespace {
 
 using jmk_module_radiat::BandOptics;
-using tsrf_module_phydat::kLatentHeat;
+using moist_air::kLatentHeat;
 using tsrf_module_phydat::SkyFluxes;
 using tsrf_module_phydat::SunVector;
 
@@ -93,7 +94,7 @@ struct LongWave {
         absorbed(atmosphere - from_sky - turned * atmosphere + ground.emission -
                  ground.emission * transmitted - from_ground),
         caught((1.0 - transmitted - turned) * (1.0 - ground.emissivity)),
-        emission_factor(0.5 * tree.LAD * (band.emissivity * tsrf_module_phydat::kStefanBoltzmann)) {
+        emission_factor(0.5 * tree.LAD * (band.emissivity * moist_air::kStefanBoltzmann)) {
     const double u = expfn1(-k * tree.H);
     path = (u + band.scatter() * 0.5 * (1.0 - transmitted) * u) * tree.H;
   }
@@ -122,7 +123,7 @@ Coefficients coefficients(frame::Log& log, const jmk_module_htrans::Data& htrans
                           double PAR, double T) {
   const auto one = [](auto& value) { return std::span(&value, 1); };
   Coefficients out{};
-  htrnscoef(log, htrans, tsrf_module_phydat::kAirHeat,
+  htrnscoef(log, htrans, moist_air::kAirHeat,
             {one(air.U), one(air.T), one(air.p), one(air.q), one(PAR), one(T)},
             {one(out.h), one(out.e), one(out.qs), one(out.dqsdT)});
   return out;

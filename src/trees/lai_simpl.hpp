@@ -8,8 +8,8 @@
 
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
+#include "inputs/grid_index.hpp"
 #include "inputs/patch.hpp"
-#include "surface/grid_index.hpp"
 #include "surface/surface_state.hpp"
 
 namespace tsrf_module_data {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "radiation/phydat.hpp"
+#include "inputs/moist_air.hpp"
 #include "trees/difrad.hpp"
 
 namespace jmk {
@@ -69,7 +69,7 @@ LeafLoop jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
   LeafLoop loop;
   while (!loop.converged && loop.passes < s.LOPHBL) {
     ++loop.passes;
-    htrnscoef(log, htrans, tsrf_module_phydat::kAirHeat,
+    htrnscoef(log, htrans, moist_air::kAirHeat,
               {leaves.U, leaves.Ta, leaves.p, leaves.q, leaves.PAR, leaves.T},
               {leaves.h, leaves.e, leaves.qs, leaves.dqsdT});
     exchange_longwave(log, radiat, data);

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "surface/grid_index.hpp"
+#include "inputs/grid_index.hpp"
 
 namespace jmk {
 

@@ -3,9 +3,9 @@
 
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
+#include "inputs/grid.hpp"
+#include "inputs/grid_index.hpp"
 #include "inputs/patch.hpp"
-#include "surface/grid.hpp"
-#include "surface/grid_index.hpp"
 #include "trees/canopy.hpp"
 #include "trees/htrans.hpp"
 #include "trees/jmk_data.hpp"

@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "frame/flw_main00.hpp"
+#include "driver/flw_main00.hpp"
 
 int main() {
   return flw_main00::run({.screen = std::cout,

@@ -5,7 +5,7 @@
 
 #include <span>
 
-#include "radiation/rad_admin.hpp"
+#include "driver/rad_admin.hpp"
 
 namespace rad_admin {
 

@@ -1,16 +1,16 @@
-#include "surface/tsrf_main01.hpp"
+#include "driver/tsrf_main01.hpp"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 
+#include "driver/step_results.hpp"
+#include "driver/terminal_line.hpp"
+#include "driver/tsrf_admin.hpp"
+#include "inputs/grid.hpp"
 #include "results/restart.hpp"
 #include "surface/air_state.hpp"
-#include "surface/grid.hpp"
-#include "surface/step_results.hpp"
-#include "surface/terminal_line.hpp"
-#include "surface/tsrf_admin.hpp"
 
 namespace tsrf_main01 {
 

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "surface/run.hpp"
+#include "driver/run.hpp"
 
 namespace tsrf_main01 {
 

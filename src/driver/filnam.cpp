@@ -1,4 +1,4 @@
-#include "frame/filnam.hpp"
+#include "driver/filnam.hpp"
 
 #include <algorithm>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "frame/flw_main00.hpp"
+#include "driver/flw_main00.hpp"
 
 #include <array>
 #include <cstdint>
@@ -7,14 +7,14 @@
 #include <new>
 #include <ostream>
 
-#include "frame/file_table.hpp"
+#include "driver/file_table.hpp"
+#include "driver/progress.hpp"
+#include "driver/run.hpp"
+#include "driver/tsrf_main01.hpp"
 #include "frame/floating_point.hpp"
 #include "frame/log.hpp"
 #include "frame/process_layer.hpp"
 #include "frame/unit_table.hpp"
-#include "surface/progress.hpp"
-#include "surface/run.hpp"
-#include "surface/tsrf_main01.hpp"
 
 namespace flw_main00 {
 

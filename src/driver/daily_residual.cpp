@@ -1,4 +1,4 @@
-#include "surface/daily_residual.hpp"
+#include "driver/daily_residual.hpp"
 
 #include <algorithm>
 #include <array>

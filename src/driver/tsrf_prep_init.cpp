@@ -1,11 +1,11 @@
 // tsrf_prep_init: brings up every module. The order is a requirement: later steps use what earlier
 // ones read, and it settles which of several faults a user sees first.
 #include "buildings/wall_structure.hpp"
+#include "driver/tsrf_main01.hpp"
 #include "inputs/lyrstrct.hpp"
 #include "results/restart.hpp"
 #include "surface/columns.hpp"
 #include "surface/conduction.hpp"
-#include "surface/tsrf_main01.hpp"
 #include "trees/lai_simpl.hpp"
 
 namespace tsrf_main01 {

@@ -5,8 +5,8 @@
 // or the file "EXIT" ends the run. Called by the main program.
 #pragma once
 
+#include "driver/run.hpp"
 #include "results/restart.hpp"
-#include "surface/run.hpp"
 
 namespace tsrf_main01 {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/filnam.hpp"
+#include "driver/filnam.hpp"
 #include "frame/log.hpp"
 #include "frame/unit_table.hpp"
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <iosfwd>
 
-#include "surface/progress.hpp"
+#include "driver/progress.hpp"
 
 namespace tsrf_main01 {
 

@@ -1,4 +1,4 @@
-#include "surface/grid_index.hpp"
+#include "inputs/grid_index.hpp"
 
 #include <string>
 #include <vector>

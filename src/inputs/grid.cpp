@@ -1,4 +1,4 @@
-#include "surface/grid.hpp"
+#include "inputs/grid.hpp"
 
 #include <algorithm>
 #include <span>

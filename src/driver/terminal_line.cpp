@@ -1,4 +1,4 @@
-#include "surface/terminal_line.hpp"
+#include "driver/terminal_line.hpp"
 
 #include <array>
 #include <cmath>

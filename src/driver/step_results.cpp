@@ -1,5 +1,6 @@
-#include "surface/step_results.hpp"
+#include "driver/step_results.hpp"
 
+#include "driver/month_files.hpp"
 #include "results/heat.hpp"
 
 namespace tsrf_main01 {

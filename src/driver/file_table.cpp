@@ -1,4 +1,4 @@
-#include "frame/file_table.hpp"
+#include "driver/file_table.hpp"
 
 #include <sys/stat.h>
 

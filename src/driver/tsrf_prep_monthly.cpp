@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "surface/tsrf_main01.hpp"
+#include "driver/tsrf_main01.hpp"
 
 namespace tsrf_main01 {
 

@@ -1,4 +1,4 @@
-#include "surface/progress.hpp"
+#include "driver/progress.hpp"
 
 #include <algorithm>
 #include <array>

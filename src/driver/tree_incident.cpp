@@ -1,7 +1,8 @@
-#include "radiation/tree_incident.hpp"
+#include "driver/tree_incident.hpp"
 
 #include <algorithm>
 
+#include "inputs/moist_air.hpp"
 #include "trees/jumoku.hpp"
 
 namespace rad_admin {
@@ -32,7 +33,7 @@ void tree_incident(frame::Log& log, const SunVector& sun, const SkyFluxes& sky,
     const double cosine = cosine_to(sun, patch, p);
     const jmk::Ground ground{
         .cosi = cosine,
-        .emission = tsrf_module_phydat::kStefanBoltzmann * ((T * T) * (T * T)) * srfprp.ems[row],
+        .emission = moist_air::kStefanBoltzmann * ((T * T) * (T * T)) * srfprp.ems[row],
         .emissivity = srfprp.ems[row],
         .albedo = srfprp.alb[row]};
     const SkyFluxes above{.direct = fields.fsun[p] * sky.direct,

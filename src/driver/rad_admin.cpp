@@ -1,10 +1,11 @@
-#include "radiation/rad_admin.hpp"
+#include "driver/rad_admin.hpp"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 
-#include "radiation/tree_incident.hpp"
+#include "driver/tree_incident.hpp"
+#include "inputs/moist_air.hpp"
 
 namespace rad_admin {
 
@@ -118,7 +119,7 @@ void set_emission(const tsrf_module_patch::Data& patch, std::span<const std::int
     Sl[p] = 0.0;
     Ss[p] = 0.0;
     if (takes_part(patch.type[p])) {
-      Sl[p] = emissivity[static_cast<std::size_t>(isrf[p])] * tsrf_module_phydat::kStefanBoltzmann *
+      Sl[p] = emissivity[static_cast<std::size_t>(isrf[p])] * moist_air::kStefanBoltzmann *
               ((T[p] * T[p]) * (T[p] * T[p]));
     } else if (patch.type[p] == tsrf_module_patch::kTree) {
       Sl[p] = raddat.JRl[p];

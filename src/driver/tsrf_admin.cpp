@@ -1,14 +1,15 @@
-#include "surface/tsrf_admin.hpp"
+#include "driver/tsrf_admin.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "radiation/rad_admin.hpp"
+#include "driver/daily_residual.hpp"
+#include "driver/rad_admin.hpp"
+#include "driver/step_results.hpp"
+#include "inputs/moist_air.hpp"
 #include "surface/conduction.hpp"
-#include "surface/daily_residual.hpp"
 #include "surface/heat_balance.hpp"
-#include "surface/step_results.hpp"
 #include "trees/sundir.hpp"
 #include "trees/trcanopy.hpp"
 
@@ -89,7 +90,7 @@ struct Sky {
 
 Sky set_sky(Run& run, const StepTime& step) {
   const tsrf_module_weather::Weather& now = run.weather.now;
-  const double vapour = now.Rhum * 0.01 * tsrf_module_phydat::satvap(now.temperature).es;
+  const double vapour = now.Rhum * 0.01 * moist_air::satvap(now.temperature).es;
   Sky sky;
   sky.sun = run.filnam.dated
                 ? tsrf_module_phydat::sunvec_mltday(run.log, run.calendar, run.phydat, step.time)
