@@ -23,6 +23,7 @@
 #include "trees/jmk_data.hpp"
 #include "trees/jumoku_settings.hpp"
 #include "trees/radiat.hpp"
+#include "trees/scattering.hpp"
 
 namespace tsrf_module_jumoku {
 
@@ -108,20 +109,13 @@ struct PatchFault {
   std::int32_t patch = 0;
 };
 
-/// What happens to a unit of flux in a cell, in one band (see trees/difrad.hpp).
-struct CellWeights {
-  std::array<double, 3> through{1.0, 1.0, 1.0};  ///< by axis: what passes to the far face
-  std::array<double, 3> share{};  ///< by axis: what of the cell's own light leaves by each face
-};
-
 /// One band of the exchange among block cells. Fluxes are powers [W].
 struct BandFluxes {
-  std::vector<CellWeights> weights;  ///< by cell
-  double scatter = 0.0;              ///< share of the stopped light that is scattered
-  std::vector<double> source;        ///< by cell: light that starts in it
-  std::vector<double> entering;      ///< by slot: into a cell by a face; last, out of the canopy
-  std::vector<double> outside;       ///< by outer face: what comes in from outside
-  double total = 0.0;                ///< all that came in and started when `entering` was found
+  std::vector<jmk::CellWeights> weights;  ///< by kind of cell
+  std::vector<double> source;             ///< by cell: light that starts in it, into all directions
+  std::vector<double> entering;  ///< by slot: into a cell by a face; last, out of the canopy
+  std::vector<double> outside;   ///< by outer face: what comes in from outside
+  double total = 0.0;            ///< all that came in and started when `entering` was found
 };
 
 /// A patch of another type whose beam the leaves may thin: where on the face stores it lies.
@@ -161,7 +155,7 @@ struct Leaves {
   std::vector<double> Sabs, Labs;       ///< absorbed short and net long wave [W]
   std::vector<double> h, e, qs, dqsdT;  ///< transfer coefficients
   std::vector<double> E, dEdT;          ///< emission per volume and sense, and its slope
-  std::vector<double> emitting;         ///< volume that emits: sum over axes of A d u [m3]
+  std::vector<double> escaping;         ///< of what starts in the cell as long wave: leaves it
 
   [[nodiscard]] std::size_t count() const { return cell.size(); }
 };
@@ -176,9 +170,14 @@ struct Data {
   std::vector<FaceGroup> groups;
   std::vector<std::int32_t> group_trees;  ///< tree patches, those of a coarse face together
   PatchFault fault;
+  std::vector<std::int32_t> kind;  ///< by cell: cells of one size and density are of one kind
   std::array<BandFluxes, jmk_module_radiat::kBands> bands;
   Beam beam;
   Leaves leaves;
+
+  [[nodiscard]] const jmk::CellWeights& weights(const BandFluxes& band, std::size_t cell) const {
+    return band.weights[static_cast<std::size_t>(kind[cell])];
+  }
 };
 
 /// Lays the fine grid over the grid of the surfaces and makes the lists of block cells, leaf cells
@@ -191,11 +190,11 @@ void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
 void place_patches(const tsrf_module_patch::Data& patch, Data& data);
 
 /// Takes the arrays of the steps.
-void allocdata(std::size_t mpatch, const jmk_module_radiat::Optics& optics, Data& data);
+void allocdata(std::size_t mpatch, Data& data);
 
 /// Takes the leaf area density of each leaf cell [m2/m3] and all that follows from it; also after
 /// each month's reading.
-void set_lad(std::span<const double> lad, const jmk_module_radiat::Optics& optics, Data& data);
+void set_lad(std::span<const double> lad, const jmk_module_radiat::Data& radiat, Data& data);
 
 /// The air that all leaves stand in during the coming step.
 void storetqair(double p, double T, double q, double U, Data& data);
