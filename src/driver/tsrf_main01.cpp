@@ -11,6 +11,7 @@
 #include "inputs/grid.hpp"
 #include "results/restart.hpp"
 #include "surface/air_state.hpp"
+#include "trees/sundir.hpp"
 
 namespace tsrf_main01 {
 
@@ -131,6 +132,9 @@ void tsrf_main01(Run& run) {
     jmk::jmk2_prep_init(run.log, run.units.input(frame::kUnitControl),
                         run.units.input(frame::kUnitLad), run.units.input(frame::kUnitLadSimple),
                         run.grid, run.grdindx, run.patch, run.trees);
+    if (run.trees.cells.CALJMK) {
+      jmk::warn_of_step(run.log, run.control.dtmax, run.trees.canopy.settings);
+    }
   }
   if (run.bldng.settings.LCBLD > 0) {
     tsrf_module_io::prep_bldload(run.log, run.patch, run.grid, run.results.bld_load);

@@ -64,6 +64,7 @@ void allocdata(std::size_t mpatch, Data& data) {
 }
 
 void set_lad(std::span<const double> lad, const jmk_module_radiat::Data& radiat, Data& data) {
+  if (data.fault.kind != PatchFault::none) return;  // there are no leaves then
   Leaves& leaves = data.leaves;
   std::ranges::copy(lad, leaves.lad.begin());
   Kinds kinds;

@@ -16,6 +16,7 @@ using tsrf_module_jumoku::Data;
 using tsrf_module_jumoku::Leaves;
 
 constexpr double kSenses = 6.0;            // two along each axis: leaves emit into all of them
+constexpr double kCalm = 0.1;              // wind below which there is all but no convection [m/s]
 constexpr double kLeastTemperature = 1.0;  // [K]
 constexpr double kGreatestTemperature = 10000.0;  // [K]
 
@@ -49,6 +50,15 @@ double change_of(const Leaves& leaves, std::size_t n, double latent_heat) {
   return R / D;
 }
 
+/// The bulk form gives no convection in calm air; leaves in the sun then grow far too warm.
+void warn_of_calm(frame::Log& log, const jmk_module_htrans::Settings& s, Leaves& leaves) {
+  const bool linear = s.UNITH == 1;
+  if (linear || leaves.calm_told || leaves.count() == 0 || leaves.U[0] >= kCalm) return;
+  leaves.calm_told = true;
+  log.line("%%% warning : wind of", leaves.U[0], "m/s: with unith =", s.UNITH,
+           "calm air takes no heat from leaves; told once");
+}
+
 void check_temperatures(frame::Log& log, const Data& data) {
   for (std::size_t n = 0; n < data.leaves.count(); ++n) {
     const double T = data.leaves.T[n];
@@ -68,6 +78,7 @@ void jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
   const frame::Tag tag(log, "(jmk2_cal_canopy)");
   Leaves& leaves = data.leaves;
   const jmk_module_htrans::Settings& s = htrans.settings;
+  warn_of_calm(log, s, leaves);
   bool converged = false;
   for (std::int32_t pass = 1; pass <= s.LOPHBL && !converged; ++pass) {
     htrnscoef(log, htrans, moist_air::kAirHeat,
