@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <new>
+#include <tuple>
 #include <vector>
 
 #include "../bench/plain_canopy.hpp"
@@ -126,6 +127,36 @@ TEST(Beam, SunAlongAnAxisFadesExponentially) {
   EXPECT_NEAR(sweep({-1.0, 0.0, low})[4], left(3.0), 1e-9);
   EXPECT_NEAR(sweep({0.0, 1.0, low})[5], left(4.5), 1e-9);
   EXPECT_NEAR(sweep({0.0, -1.0, low})[6], left(4.5), 1e-9);
+}
+
+/// What passes a wide layer of leaves, 4 m high and 0.5 m2/m3, in cells of a width and a height.
+double through_layer(double width, double height, std::int32_t NDIV, const SunVector& sun) {
+  const auto layers = static_cast<std::int32_t>(std::lround(4.0 / height));
+  const std::int32_t n = 2 * static_cast<std::int32_t>(std::ceil(4.0 / width)) + 13;
+  const std::vector<double> across(static_cast<std::size_t>(n), width);
+  const std::vector<double> up(static_cast<std::size_t>(layers) + 1, height);
+  std::vector<CanopyCase::Leaf> leaves;
+  for (std::int32_t k = 1; k <= layers; ++k) {
+    for (std::int32_t j = 0; j < n * NDIV; ++j) {
+      for (std::int32_t i = 0; i < n * NDIV; ++i) leaves.push_back({i, j, k, 0.5});
+    }
+  }
+  CanopyCase x({across, across, up}, NDIV, leaves);
+  x.add_patch(3, {n / 2 + 1, n / 2 + 1, 2}, width * width, {0.0, 0.0, 1.0});
+  x.prepare();
+  jmk::sweep_beam(sun, 800.0, x.trees.radiat.optics, x.canopy());
+  return x.canopy().beam.left[0];
+}
+
+TEST(Beam, ObliqueSunIsDimmedByTheShapeOfCells) {
+  const double h = std::sqrt(0.5);
+  for (const auto& [width, height, NDIV, passes] : {std::tuple(1.0, 1.0, 1, 0.103),
+                                                    {0.5, 0.5, 1, 0.099},
+                                                    {1.0, 1.0, 4, 0.133},
+                                                    {1.0, 0.5, 1, 0.189},
+                                                    {1.0, 0.25, 1, 0.261}}) {
+    EXPECT_NEAR(through_layer(width, height, NDIV, {0.5, 0.5, h}), passes, 5e-4);
+  }
 }
 
 TEST(Beam, IsThatOfThePlainSweepToTheBit) {
