@@ -41,6 +41,9 @@ struct Reference {
   std::string example = {};  ///< whose inputs the case takes, all or part of them
   bool closed = false;       ///< with the closed form of scattering in leaves
 };
+void PrintTo(const Reference& reference, std::ostream* out) {
+  *out << reference.name << (reference.closed ? ", closed" : "");
+}
 class References : public testing::TestWithParam<Reference> {};
 
 TEST_P(References, ResultsAgree) {

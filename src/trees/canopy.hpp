@@ -7,8 +7,8 @@
 // numbered 0 to 5 as -x +x -y +y -z +z, which is one less than the BndC of a tree patch there.
 //
 // Set up once at the start (jmk2_prep_init); the arrays then live to the end of the run, and no
-// step takes memory. Beam: trees/sundir.hpp. Scattered light and long wave: trees/difrad.hpp. Leaf
-// temperatures: trees/leaf_balance.hpp.
+// step takes memory. Beam: trees/beam_sweep.hpp. Scattered light and long wave: trees/difrad.hpp.
+// Leaf temperatures: trees/leaf_balance.hpp.
 #pragma once
 
 #include <array>

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 #include "trees/canopy.hpp"
 
@@ -130,11 +131,11 @@ void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
     if (slots > std::numeric_limits<std::int32_t>::max()) {
       fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
     }
-    const FineGrid grid = fine_grid(log, surfaces, NDIV, cells.highest_layer);
+    FineGrid grid = fine_grid(log, surfaces, NDIV, cells.highest_layer);
     // Before a grid that is too fine takes memory that the patches do not ask for.
     data.fault = fault_of(patch, grid, surfaces.cells[2], blocks);
     if (data.fault.kind != PatchFault::none) return;
-    data.grid = grid;
+    data.grid = std::move(grid);
     list_cells(data.grid, blocks, data.cells);
     list_leaves(data.grid, cells, data.cells, data.leaves);
     join_cells(data.grid, data.cells, data.outer);
