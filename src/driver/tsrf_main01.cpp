@@ -11,6 +11,7 @@
 #include "inputs/grid.hpp"
 #include "results/restart.hpp"
 #include "surface/air_state.hpp"
+#include "trees/sundir.hpp"
 
 namespace tsrf_main01 {
 
@@ -132,6 +133,9 @@ void tsrf_main01(Run& run) {
                         run.desk.units.input(frame::kUnitLad),
                         run.desk.units.input(frame::kUnitLadSimple), run.inputs.grid,
                         run.inputs.grdindx, run.inputs.patch, run.trees);
+    if (run.trees.cells.CALJMK) {
+      jmk::warn_of_step(run.desk.log, run.inputs.control.dtmax, run.trees.canopy.settings);
+    }
   }
   if (run.buildings.on()) {
     tsrf_module_io::prep_bldload(run.desk.log, run.inputs.patch, run.inputs.grid,
