@@ -197,12 +197,11 @@ TEST_F(Results, HeatLayout) {
 TEST_F(Results, BldLoadLayout) {
   tsrf_module_patch::Data patch = some_patches();
   patch.type = {1, 1, 1, 3, 1, 1};
-  tsrf_main01::Grid grid;
-  for (auto& axis : grid.axes) axis = {5, {9, 9, 1, 1, 1, 2, 4, 9, 9}, {}};
+  tsrf_main01::Axes grid;
+  grid.fill({5, {9, 9, 1, 1, 1, 2, 4, 9, 9}, {}});
   BldLoad unplaced;
-  prep_bldload(messages.log, patch, grid, unplaced);
+  prep_bldload(messages.log, patch, tsrf_main01::Sizes{5, 5, 5}, unplaced);
   EXPECT_EQ(unplaced.volume, Reals(4, 1.0));
-  grid.given = true;
   const std::string rows =
       "   4    3   1  1    0.0000E+00    0.0000E+00    8.0000E+00    1.0000E+00\n"
       "   4    5   1  1    0.0000E+00    0.0000E+00    5.0000E-01    0.0000E+00\n"

@@ -57,6 +57,13 @@ INSTANTIATE_TEST_SUITE_P(Cases, References,
                                          "mixed", "block", "dated"),
                          [](const auto& name) { return name.param; });
 
+TEST(SimpleTrees, LeaveADistrictWithoutTreesAsItIs) {
+  const RunCase run(inputs_of("mixed"));
+  ASSERT_TRUE(run.replace("control.txt", "LTRSMPL = .false.", "LTRSMPL = .true."));
+  ASSERT_EQ(run.run().status, 0);
+  EXPECT_EQ(run.differences_from(kSource / "tests/cases/mixed/expected"), "");
+}
+
 struct Pieces {
   std::string name;
   int steps_a_day;

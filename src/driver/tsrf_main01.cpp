@@ -125,18 +125,22 @@ void tsrf_main01(Run& run) {
   tsrf_read_cntdat(run);
   set_calendar(run);
   const Start start = tsrf_prep_init(run);
+  const Sizes sizes{run.size.mx, run.size.my, run.size.mz};
+  const bool releases_heat = run.bldng.settings.LCBLD > 0;
+  run.grid = sizes;
+  if (!run.data.settings.LTRSMPL || releases_heat) {
+    run.grid = read_grid(run.log, run.units.input(frame::kUnitGrid), sizes);
+  }
   if (!run.data.settings.LTRSMPL) {
-    run.grid.cells = {run.size.mx, run.size.my, run.size.mz};
-    read_grid(run.log, run.units.input(frame::kUnitGrid), run.grid);
     jmk::jmk2_prep_init(run.log, run.units.input(frame::kUnitControl),
                         run.units.input(frame::kUnitLad), run.units.input(frame::kUnitLadSimple),
                         run.grid, run.grdindx, run.patch, run.trees);
   }
-  if (run.bldng.settings.LCBLD > 0) {
+  if (releases_heat) {
     tsrf_module_io::prep_bldload(run.log, run.patch, run.grid, run.results.bld_load);
   }
   tsrf_prep_monthly(run, kBeforeTheRun);
-  tsrf_dummyb(run.log, run.units.input(frame::kUnitPorous), run.grid, run.porous);
+  tsrf_dummyb(run.log, run.units.input(frame::kUnitPorous), sizes, run.porous);
   run.accounts.start(run.log, "total");
   if (start.iteration <= run.control.itere) march(run, start);
   run.accounts.end(run.log, "total");

@@ -70,7 +70,7 @@ void read_lines(frame::Log& log, frame::TextInput& file, Data& data) {
   }
 }
 
-/// The rows of the perfect absorber (tree patches, far boundary) and the perfect reflector.
+/// The rows of the tree patches, which absorb all that comes, and of the mirrors.
 void enter_extra_rows(Data& data) {
   for (const double albedo : {0.0, 1.0}) {
     data.alb.push_back(albedo);

@@ -11,9 +11,12 @@ namespace {
 
 constexpr std::size_t kHeadingWidth = 200;  // characters of a StHeat line that are taken over
 
-double volume_of(const tsrf_main01::Grid& grid, std::int32_t i, std::int32_t j, std::int32_t k) {
-  if (!grid.given) return 1.0;
-  return grid.axes[0].dx(i) * grid.axes[1].dx(j) * grid.axes[2].dx(k);
+/// Volumes of the cells of the list.
+void set_volumes(const tsrf_main01::Axes& axes, BldLoad& data) {
+  for (std::size_t c = 0; c < data.cells.size(); ++c) {
+    data.volume[c] =
+        axes[0].dx(data.cells.i[c]) * axes[1].dx(data.cells.j[c]) * axes[2].dx(data.cells.k[c]);
+  }
 }
 
 void write_heading(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat) {
@@ -35,12 +38,14 @@ void write_heading(frame::Log& log, frame::TextOutput& file, frame::TextInput& s
 void prep_bldload(frame::Log& log, const tsrf_module_patch::Data& patch,
                   const tsrf_main01::Grid& grid, BldLoad& data) {
   frame::allocating(log, [&] {
-    data.cells = list_cells(patch, {false, true}, CellOrder::j_fastest);
-    data.volume.resize(data.cells.size());
+    data.cells = list_cells(patch, {tsrf_module_patch::kBuilding}, CellOrder::j_fastest);
+    data.volume.assign(data.cells.size(), 1.0);
     data.released.assign(data.cells.size(), CellHeat{});
   });
-  for (std::size_t c = 0; c < data.cells.size(); ++c) {
-    data.volume[c] = volume_of(grid, data.cells.i[c], data.cells.j[c], data.cells.k[c]);
+  if (const auto* axes = std::get_if<tsrf_main01::Axes>(&grid)) {
+    set_volumes(*axes, data);
+  } else {
+    log.line("%%% warning : no coordinates in Grid data; BldLoad is in W per cell, not in W/m3");
   }
 }
 

@@ -27,7 +27,7 @@ struct BldLoad {
   std::vector<CellHeat> released;  ///< per cell
 };
 
-/// Lists the cells and their volumes.
+/// Lists the cells and their volumes; warns where the grid has no coordinates.
 void prep_bldload(frame::Log& log, const tsrf_module_patch::Data& patch,
                   const tsrf_main01::Grid& grid, BldLoad& data);
 /// Sums the heat released at the patches [W] over each cell, in the order of the patches.

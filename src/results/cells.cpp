@@ -5,7 +5,7 @@
 
 namespace tsrf_module_io {
 
-CellList list_cells(const tsrf_module_patch::Data& patch, const std::vector<bool>& types,
+CellList list_cells(const tsrf_module_patch::Data& patch, tsrf_module_patch::Types types,
                     CellOrder order) {
   const auto key = [&](std::size_t p) {
     return order == CellOrder::i_fastest ? std::array{patch.sk[p], patch.sj[p], patch.si[p]}
@@ -13,8 +13,7 @@ CellList list_cells(const tsrf_module_patch::Data& patch, const std::vector<bool
   };
   std::vector<std::size_t> marked;
   for (std::size_t p = 0; p < patch.type.size(); ++p) {
-    const auto type = static_cast<std::size_t>(patch.type[p]);
-    if (patch.type[p] >= 0 && type < types.size() && types[type]) marked.push_back(p);
+    if (types.contains(patch.type[p])) marked.push_back(p);
   }
   std::sort(marked.begin(), marked.end(),
             [&](std::size_t a, std::size_t b) { return key(a) < key(b); });

@@ -22,8 +22,8 @@ struct CellList {
 /// Which of i and j changes fastest in a list; k always changes slowest.
 enum class CellOrder { i_fastest, j_fastest };
 
-/// The cells of the patches whose type is marked in `types` (by type, 0 to 7).
-CellList list_cells(const tsrf_module_patch::Data& patch, const std::vector<bool>& types,
+/// The cells of the patches whose type is one of `types`.
+CellList list_cells(const tsrf_module_patch::Data& patch, tsrf_module_patch::Types types,
                     CellOrder order);
 
 }  // namespace tsrf_module_io

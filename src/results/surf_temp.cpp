@@ -12,7 +12,7 @@ constexpr double kFlat = 0.001;  // a normal this near to upright is a roof's
 
 enum Kind : std::size_t { kWall, kGround, kRoof };
 
-Kind kind_of(std::int32_t type, double nz) {
+Kind kind_of(tsrf_module_patch::Type type, double nz) {
   if (type != tsrf_module_patch::kBuilding) return kGround;
   return std::abs(nz - 1.0) < kFlat ? kRoof : kWall;
 }
@@ -23,8 +23,8 @@ void prep_surftemp(frame::Log& log, const tsrf_module_patch::Data& patch,
                    const tsrf_module_grdindx::Data& grid_index, SurfTemp& data) {
   frame::allocating(log, [&] {
     // Trees, mirrors and the far boundary are no surfaces that heat the air of a cell.
-    data.cells = list_cells(patch, {false, true, false, true, true, true, false, false},
-                            CellOrder::i_fastest);
+    using namespace tsrf_module_patch;
+    data.cells = list_cells(patch, {kBuilding, kLand, kWater, kSolarPanel}, CellOrder::i_fastest);
     data.swlr.assign(data.cells.size(), CellSums{});
     data.tdrg.assign(data.cells.size(), CellSums{});
     data.i = data.cells.i;

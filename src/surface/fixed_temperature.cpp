@@ -10,7 +10,8 @@ namespace tsrf_module_fixtmp {
 
 namespace {
 
-std::vector<std::int32_t> patches_of_type(const tsrf_module_patch::Data& patch, std::int32_t type) {
+std::vector<std::int32_t> patches_of_type(const tsrf_module_patch::Data& patch,
+                                          tsrf_module_patch::Type type) {
   std::vector<std::int32_t> found;
   for (std::int32_t p = 0; p < patch.mpatch; ++p) {
     if (patch.type[static_cast<std::size_t>(p)] == type) found.push_back(p);

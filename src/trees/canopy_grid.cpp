@@ -17,20 +17,20 @@ using Place = std::array<std::int32_t, 3>;  // i, j, k
   log.program_error("### program error -1- (tsrf_module_jumoku)", "(set_grid)");
 }
 
-FineGrid fine_grid(frame::Log& log, const tsrf_main01::Grid& surfaces, std::int32_t NDIV,
+FineGrid fine_grid(frame::Log& log, const tsrf_main01::Axes& surfaces, std::int32_t NDIV,
                    std::int32_t layers) {
   FineGrid grid;
   grid.NDIV = NDIV;
   for (std::size_t a = 0; a < 3; ++a) {
     const std::int32_t parts = a < 2 ? NDIV : 1;
-    const std::int64_t cells = a < 2 ? std::int64_t{surfaces.cells[a]} * NDIV : layers;
+    const std::int64_t cells = a < 2 ? std::int64_t{surfaces[a].cells} * NDIV : layers;
     if (cells >= std::numeric_limits<std::int32_t>::max()) {
       fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
     }
     grid.cells[a] = static_cast<std::int32_t>(cells);
     grid.width[a].reserve(static_cast<std::size_t>(cells));
     for (std::int32_t i = 0; i < grid.cells[a]; ++i) {
-      grid.width[a].push_back(surfaces.axes[a].dx(i / parts + 1) / parts);
+      grid.width[a].push_back(surfaces[a].dx(i / parts + 1) / parts);
     }
   }
   return grid;
@@ -121,10 +121,11 @@ std::int32_t BlockCells::find(const FineGrid& grid, const Place& place) const {
 
 void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
               const jmk_module_data::Data& cells, Data& data) {
-  if (!surfaces.given) fault_of_grid(log, "lack of Grid data");
+  const auto* const axes = std::get_if<tsrf_main01::Axes>(&surfaces);
+  if (axes == nullptr) fault_of_grid(log, "lack of Grid data");
   frame::allocating(log, [&] {
-    data.layers = surfaces.cells[2];
-    data.grid = fine_grid(log, surfaces, data.settings.NDIV, cells.highest_layer);
+    data.layers = (*axes)[2].cells;
+    data.grid = fine_grid(log, *axes, data.settings.NDIV, cells.highest_layer);
     const std::vector<Place> blocks = blocks_of(cells, data.settings.NDIV);
     // Slots, the outer faces' included, are numbered in 32 bits.
     const double slots =

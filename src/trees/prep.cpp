@@ -28,7 +28,8 @@ void jmk2_prep_init(frame::Log& log, frame::TextInput& control, frame::TextInput
   if (!trees.cells.CALJMK) return;
   jmk_module_radiat::inputdata(log, control, trees.radiat);
   jmk_module_htrans::inputdata(log, control, trees.htrans);
-  read_lad(log, lad_file, grid.cells, grid_index, trees.canopy.settings.NDIV, trees.cells);
+  read_lad(log, lad_file, tsrf_main01::sizes_of(grid), grid_index, trees.canopy.settings.NDIV,
+           trees.cells);
   read_treedat(log, treedat_file, trees.treedat);
   set_meshid(log, trees.treedat, trees.cells);
   set_grid(log, grid, trees.cells, trees.canopy);
