@@ -71,13 +71,14 @@ TEST_F(Results, RealsHaveTheBytesOfThePlainForm) {
   }
 }
 
-TEST_F(Results, IntegersWidenTheirField) {
+TEST_F(Results, IntegersWidenTheirFieldAndNeverTouch) {
   Row row;
-  row.integer(7, 3);
-  row.integer(-12345, 5);
+  row.integer(std::numeric_limits<std::int32_t>::max(), 8);
+  row.integer(1234, 5);
+  row.integer(-1234, 5);
   row.integer(std::numeric_limits<std::int32_t>::min(), 8);
   row.end(messages.log, file);
-  EXPECT_EQ(written(), "  7-12345-2147483648\n");
+  EXPECT_EQ(written(), "2147483647 1234 -1234 -2147483648\n");
 }
 
 TEST_F(Results, FilesStartOver) {

@@ -57,6 +57,20 @@ INSTANTIATE_TEST_SUITE_P(Cases, References,
                                          "mixed", "block", "dated"),
                          [](const auto& name) { return name.param; });
 
+TEST(DailyCycle, OnlyTheFirstOfSeveralStepsAtMidnightIsJudged) {
+  const RunCase run(inputs_of("flat"));
+  set_steps(run, -1, 1);
+  ASSERT_EQ(run.run().status, 0);
+  set_steps(run, 1, 9);
+  ASSERT_TRUE(run.replace("control.txt", "0.9 600.0", "0.9 0.25"));
+  ASSERT_TRUE(run.replace("control.txt", "&TSRF_IO", "&TSRF_IO TIMES = 86399.2,"));
+  const Lines kept = kept_lines(run.run().log);
+  EXPECT_EQ(kept.back(), "iterations 9");
+  EXPECT_EQ(std::ranges::count(kept, std::string("%%% res= 1")), 1);
+  EXPECT_EQ(
+      std::ranges::count_if(kept, [](const auto& line) { return line.starts_with("%%% res"); }), 1);
+}
+
 TEST(SimpleTrees, LeaveADistrictWithoutTreesAsItIs) {
   const RunCase run(inputs_of("mixed"));
   ASSERT_TRUE(run.replace("control.txt", "LTRSMPL = .false.", "LTRSMPL = .true."));

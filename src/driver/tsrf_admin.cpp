@@ -29,6 +29,9 @@ std::int32_t second_of_day(double time) {
   return second == 0 ? kSecondsPerDay : second;
 }
 
+/// The midnight next to a time, as a number of days.
+double nearest_midnight(double time) { return std::round(time / kSecondsPerDay); }
+
 /// When a step starts and ends.
 struct StepTime {
   double time;        ///< model time at the start [s]
@@ -38,7 +41,13 @@ struct StepTime {
   tsrf_module_calendar::Date date1;
 
   [[nodiscard]] bool ends_hour() const { return tsrf_module_io::is_whole_hour(sod1); }
-  [[nodiscard]] bool ends_day() const { return sod1 == kSecondsPerDay; }
+  /// Of steps below a second several end within half a second of midnight; the first of them closes
+  /// the day.
+  [[nodiscard]] bool closes_day() const {
+    const auto at_midnight = [](double t) { return second_of_day(t) == kSecondsPerDay; };
+    return sod1 == kSecondsPerDay &&
+           !(at_midnight(time) && nearest_midnight(time) == nearest_midnight(time + dt));
+  }
 };
 
 StepTime step_time(Run& run, double time, double dt) {
@@ -148,10 +157,10 @@ void set_fixed_temperatures(Run& run, std::int64_t iter) {
 /// Daily residual, convergence and the progress record; true when the day repeats itself.
 bool judge_day(Run& run, const StepTime& step) {
   if (run.data.settings.LCNVRG <= 0) return false;
-  const double res = step.ends_day() ? daily_residual(run.data) : 1e20;
+  const double res = step.closes_day() ? daily_residual(run.data) : 1e20;
   progress::update(run.log, run.units.output(frame::kUnitProgressLog), step.sod1, res,
                    run.progress);
-  if (step.ends_day()) run.log.line("%%% res=", res);
+  if (step.closes_day()) run.log.line("%%% res=", res);
   return kTolerance > res;
 }
 

@@ -16,7 +16,8 @@ namespace tsrf_module_io {
 
 class Row {
  public:
-  /// An integer, right-aligned in `width` columns (wider where it does not fit).
+  /// An integer, right-aligned in `width` columns. One that fills them stands behind a blank, unless
+  /// it opens the line: two numbers never touch.
   void integer(std::int32_t value, int width);
   /// A blank and a real in exponent form, right-aligned in 13 columns; a zero without a sign.
   /// `decimals` is 4 or 5.
@@ -30,7 +31,7 @@ class Row {
   }
 
  private:
-  // The longest line has 12 reals of 14 columns and 2 integers of at most 11.
+  // The longest line has 11 reals of 14 columns and 2 integers of at most 12.
   std::array<char, 256> text_;
   std::size_t size_ = 0;
 };
