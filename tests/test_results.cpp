@@ -103,6 +103,7 @@ TEST_F(Results, FilesStartOver) {
 /// area starts at (3, 2) of the grid.
 tsrf_module_patch::Data some_patches() {
   tsrf_module_patch::Data patch;
+  patch.PID = {31, 32, 33, 34, 35, 36};
   patch.i = {2, 2, 2, 1, 1, 1};
   patch.j = {1, 1, 1, 1, 1, 3};
   patch.si = {5, 5, 5, 4, 4, 4};

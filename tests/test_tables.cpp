@@ -58,7 +58,7 @@ struct District {
     frame::TextInput input("MatEleProp.txt", "title\n" + lines);
     read_matprp(log, input, matprp);
   }
-  void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, patch, matprp, lyrstrct); }
+  void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, "", patch, matprp, lyrstrct); }
 };
 
 const std::string kDataError = "### error : data error\n";

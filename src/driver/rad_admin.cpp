@@ -50,13 +50,14 @@ void allocdata(frame::Log& log, std::int32_t mpatch, const tsrf_module_srfprp::D
   const frame::Tag tag(log, "(rad_admin)(allocdata)");
   const auto bands = static_cast<std::size_t>(raddat.settings.LCRADL > 0) +
                      static_cast<std::size_t>(raddat.settings.LCRADS > 0);
-  frame::allocating(log, [&] {
-    for (auto* values : {&work.Sl, &work.Ss, &work.tRl, &work.tRs, &work.tJdir}) {
-      values->assign(static_cast<std::size_t>(mpatch), 0.0);
-    }
-    work.sun_absorbed.assign(srfprp.alb.size(), 0.0);
-    work.radref.resize(raddat.NPGID, bands);
-  });
+  frame::allocating(log, "Sl,Ss,tRl,tRs,tJdir",
+                    frame::bytes_of<double>(static_cast<std::size_t>(mpatch), 5), [&] {
+                      for (auto* values : {&work.Sl, &work.Ss, &work.tRl, &work.tRs, &work.tJdir}) {
+                        values->assign(static_cast<std::size_t>(mpatch), 0.0);
+                      }
+                      work.sun_absorbed.assign(srfprp.alb.size(), 0.0);
+                      work.radref.resize(raddat.NPGID, bands);
+                    });
 }
 
 void rad_admin(frame::Log& log, frame::Accounts& accounts, const SunVector& sun,

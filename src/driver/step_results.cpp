@@ -37,9 +37,9 @@ void gather(Run& run, std::int32_t sod1) {
   }
 }
 
-void write_hour(Run& run, std::int32_t sod1) {
+void write_hour(Run& run, const When& when) {
   const Settings& settings = run.io.settings;
-  write_patchsurftemp(run.log, run.units.output(frame::kUnitPatchSurfTemp), settings, sod1,
+  write_patchsurftemp(run.log, run.units.output(frame::kUnitPatchSurfTemp), settings, when,
                       run.patch,
                       {.temperature = run.data.tlyr.row(0),
                        .JRl = run.raddat.JRl,
@@ -49,13 +49,13 @@ void write_hour(Run& run, std::int32_t sod1) {
                        .area = run.patch.area},
                       run.results.patch_surf_temp);
   SurfTemp& cells = run.results.surf_temp;
-  write_surftemp(run.log, run.units.output(frame::kUnitSurfTemp), settings, sod1, cells.tdrg,
+  write_surftemp(run.log, run.units.output(frame::kUnitSurfTemp), settings, when, cells.tdrg,
                  cells.swlr, cells);
   if (!has_buildings(run)) return;
-  write_heat(run.log, run.units.output(frame::kUnitHeat), settings, sod1, building_columns(run),
+  write_heat(run.log, run.units.output(frame::kUnitHeat), settings, when, building_columns(run),
              run.results.heat);
   write_bldload(run.log, run.units.output(frame::kUnitBldLoad), run.units.input(frame::kUnitStHeat),
-                settings, sod1, run.results.bld_load.released, run.results.bld_load);
+                settings, when, run.results.bld_load.released, run.results.bld_load);
 }
 
 }  // namespace
@@ -66,17 +66,17 @@ void gather_temperatures(Run& run, std::int32_t sod1) {
                    run.results.monthly);
 }
 
-void write_results(Run& run, std::int32_t sod1) {
+void write_results(Run& run, std::int64_t iter, std::int32_t sod1) {
   if (run.filnam.dated) {
     sum_cells(run);
     gather(run, sod1);
   } else if (is_whole_hour(sod1)) {
     sum_cells(run);
-    write_hour(run, sod1);
+    write_hour(run, {sod1, iter});
   }
 }
 
-void write_closed_month(Run& run, double time, bool run_ends) {
+void write_closed_month(Run& run, std::int64_t iter, double time, bool run_ends) {
   if (!run.filnam.dated) return;
   const BuildingColumns columns = building_columns(run);
   output_month(run.log, run.units, run.filnam, run.calendar, time, run_ends,
@@ -84,7 +84,8 @@ void write_closed_month(Run& run, double time, bool run_ends) {
                 .patch = run.patch,
                 .buildings = has_buildings(run) ? &columns : nullptr,
                 .surf_temp = run.results.surf_temp,
-                .bld_load = run.results.bld_load},
+                .bld_load = run.results.bld_load,
+                .iter = iter},
                run.results.monthly);
 }
 

@@ -115,11 +115,11 @@ Sky set_sky(Run& run, const StepTime& step) {
 }
 
 /// The hourly row of Sun & Sky.
-void report_sky(Run& run, const StepTime& step, const Sky& sky) {
+void report_sky(Run& run, std::int64_t iter, const StepTime& step, const Sky& sky) {
   if (run.layer.myrank != 0 || !step.ends_hour()) return;
   tsrf_module_io::write_sunskyrad(run.log, run.units.output(frame::kUnitSunSky), run.io.settings,
-                                  run.filnam.dated, {step.sod1, step.date0, step.date1}, sky.fluxes,
-                                  run.results.sun_sky);
+                                  run.filnam.dated, {step.sod1, step.date0, step.date1, iter},
+                                  sky.fluxes, run.results.sun_sky);
 }
 
 /// Radiation on every patch, with what the trees take of it.
@@ -189,7 +189,7 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
   if (buildings) set_room_schedules(run, step);
   set_shade_and_water(run, step);
   const Sky sky = set_sky(run, step);
-  report_sky(run, step, sky);
+  report_sky(run, iter, step, sky);
 
   timed(run, "rad_admin", [&] { radiation_step(run, step, sky); });
   timed(run, "therm1d", [&] {
@@ -207,7 +207,7 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
                                  run.aircon, run.bldcmm, run.bldng, run.rooms);
   });
   const bool kconv = judge_day(run, step);
-  write_results(run, step.sod1);
+  write_results(run, iter, step.sod1);
   report_extremes(run);
   return kconv;
 }

@@ -108,7 +108,7 @@ void march(Run& run, const Start& start) {
     const bool kconv = tsrf_admin(run, iter, time, dt);
     const bool lend = stop_file_exists(run.units) || kconv || iter == run.control.itere;
     time += dt;
-    write_closed_month(run, time, lend);
+    write_closed_month(run, iter, time, lend);
     if (at_day_end(time) || lend) {
       tsrf_io_restart::save(run.log, run.units.records(frame::kUnitRestart), iter, time,
                             restart_state(run));

@@ -41,8 +41,8 @@ void read_surfaces(Run& run) {
   tsrf_module_srfprp::read_srfprp(log, units.input(frame::kUnitSurfProp), run.srfprp);
   tsrf_module_matprp::read_matprp(log, units.input(frame::kUnitMatEleProp), run.matprp);
   const tsrf_module_data::Settings& settings = run.data.settings;
-  tsrf_module_lyrstrct::lyrstrct_set_land(log, settings.DZG, settings.ZLG, run.patch, run.matprp,
-                                          run.lyrstrct);
+  tsrf_module_lyrstrct::lyrstrct_set_land(log, settings.DZG, settings.ZLG, run.data.settings_place,
+                                          run.patch, run.matprp, run.lyrstrct);
   run.data.mpatch = run.patch.mpatch;
   tsrf_module_data::allocdata01(log, run.data);
 }
@@ -105,14 +105,17 @@ std::span<const std::int32_t> prepare_glass(Run& run) {
   tsrf_window::set_glass(run.log, run.lyrstrct, run.matprp, run.data, step.glass);
   if (step.glass.patches.empty()) return {};
   frame::allocating(
-      run.log, [&] { step.qlayer = frame::PatchTable<double>(run.data.mpatch, run.data.mzg); });
+      run.log, "qlayer",
+      frame::bytes_of<double>(static_cast<std::size_t>(run.data.mpatch),
+                              static_cast<std::size_t>(run.data.mzg)),
+      [&] { step.qlayer = frame::PatchTable<double>(run.data.mpatch, run.data.mzg); });
   return step.glass.patches;
 }
 
 /// Work arrays of a step and what the writers list once.
 void prepare_step(Run& run) {
-  frame::allocating(run.log, [&] {
-    const auto n = static_cast<std::size_t>(run.data.mpatch);
+  const auto n = static_cast<std::size_t>(run.data.mpatch);
+  frame::allocating(run.log, "fsun,skyvf,Rl,Rs,Jdir", frame::bytes_of<double>(n, 5), [&] {
     StepArrays& step = run.step;
     for (auto* array : {&step.fsun, &step.skyvf, &step.Rl, &step.Rs, &step.Jdir}) {
       array->assign(n, 0.0);
@@ -120,6 +123,7 @@ void prepare_step(Run& run) {
   });
   rad_admin::allocdata(run.log, run.data.mpatch, run.srfprp, run.raddat, run.radiation);
   solid1d::set_columns(run.log, run.data, prepare_glass(run), run.step.columns);
+  solid1d::warn_of_implicit(run.log, run.control.dtmax, run.patch, run.step.columns);
   tsrf_module_io::prep_surftemp(run.log, run.patch, run.grdindx, run.results.surf_temp);
 }
 
@@ -140,7 +144,9 @@ tsrf_io_restart::State restart_state(Run& run) {
           .JRl = run.raddat.JRl,
           .JRs = run.raddat.JRs,
           .Tr = run.bldng.Tr,
-          .Tm = run.bldng.Tm};
+          .Tm = run.bldng.Tm,
+          .PID = run.patch.PID,
+          .BldID = run.bldng.BldID};
 }
 
 Start tsrf_prep_init(Run& run) {
@@ -158,7 +164,7 @@ Start tsrf_prep_init(Run& run) {
                                      run.grdindx, run.size.mx, run.size.my, run.data);
   }
   if (exchange.LCRADL <= 0 || exchange.LCRADS <= 0) {
-    run.log.program_error("### program error -1- (tsrf_prep_init)");
+    run.log.program_error(run.raddat.settings_place, "### program error -1- (tsrf_prep_init)");
   }
   if (!water_read) run.log.fail();
   prepare_step(run);

@@ -60,11 +60,12 @@ void read_axis(frame::Log& log, frame::TextInput& file, std::string_view name, s
                Axis& axis) {
   const std::int64_t points = points_of(cells);
   if (!file.can_hold(points)) log.read_error(file, "### read error : Grid data");
-  frame::allocating(log, [&] {
-    axis.cells = cells;
-    axis.widths.assign(static_cast<std::size_t>(points + 3), kUnset);
-    axis.coordinates.assign(static_cast<std::size_t>(points + 2), kUnset);
-  });
+  frame::allocating(log, "Grid data", frame::bytes_of<double>(static_cast<std::size_t>(points), 2),
+                    [&] {
+                      axis.cells = cells;
+                      axis.widths.assign(static_cast<std::size_t>(points + 3), kUnset);
+                      axis.coordinates.assign(static_cast<std::size_t>(points + 2), kUnset);
+                    });
   const std::span<double> read =
       std::span(axis.coordinates).subspan(1, static_cast<std::size_t>(points));
   if (file.read(read) != ReadStatus::ok) log.read_error(file, "### read error : Grid data");
@@ -105,7 +106,8 @@ void tsrf_dummyb(frame::Log& log, frame::TextInput& file, const Sizes& sizes, Po
       log.fail("### error : data error in Porous file", items("i,j,k=", cell.i, cell.j, cell.k),
                "they are out of range");
     }
-    frame::allocating(log, [&] { porous.cells.push_back(cell); });
+    frame::allocating(log, "Porous data", frame::bytes_grown(porous.cells),
+                      [&] { porous.cells.push_back(cell); });
   }
 }
 

@@ -87,7 +87,7 @@ class Reader {
       check_cell(line, name);
       repair_area(line, name);
       if (!stray_ && line.type != kTree) stray_ = {lines, line.type};
-      frame::allocating(log_, [&] { enter(line); });
+      frame::allocating(log_, "patches", frame::bytes_grown(data_.area), [&] { enter(line); });
     }
   }
 
@@ -196,7 +196,8 @@ void read_patch(frame::Log& log, frame::TextInput& patch_file, frame::TextInput&
   data.mpatch = data.patch_lines + reader.read(treepatch_file, "TreePatch");
   shift_tree_patches(log, data);
   check_types(log, data, reader.stray());
-  frame::allocating(log, [&] { data.by_pid = frame::CodeIndex(data.PID); });
+  frame::allocating(log, "PID", frame::bytes_of<std::int32_t>(data.PID.size(), 2),
+                    [&] { data.by_pid = frame::CodeIndex(data.PID); });
   if (const auto& repeat = data.by_pid.repeat()) {
     log.data_error(items("PID in Patch data =", data.PID[static_cast<std::size_t>(repeat->second)]),
                    "it is specified redundantly in line no. n1 & n2",

@@ -15,6 +15,7 @@ struct CellList {
   static constexpr std::int32_t kNone = -1;
 
   std::vector<std::int32_t> i, j, k;   ///< shifted indices, in the order of the file's lines
+  std::vector<std::int32_t> PID;       ///< per cell: its largest patch, for messages
   std::vector<std::int32_t> of_patch;  ///< per patch: place of its cell, kNone when left out
   [[nodiscard]] std::size_t size() const { return k.size(); }
 };

@@ -186,6 +186,8 @@ void Row::integer(std::int32_t value, int width) {
 void Row::real(double value, int decimals) {
   char* to = text_.data() + size_;
   *to++ = ' ';
+  if (!std::isfinite(value) && unsound_ < 0) unsound_ = reals_;
+  ++reals_;
   size_ = static_cast<std::size_t>((decimals == 4 ? put_e13<4>(to, value) : put_e13<5>(to, value)) -
                                    text_.data());
 }

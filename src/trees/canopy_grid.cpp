@@ -123,20 +123,24 @@ void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
               const jmk_module_data::Data& cells, Data& data) {
   const auto* const axes = std::get_if<tsrf_main01::Axes>(&surfaces);
   if (axes == nullptr) fault_of_grid(log, "lack of Grid data");
-  frame::allocating(log, [&] {
-    data.layers = (*axes)[2].cells;
-    data.grid = fine_grid(log, *axes, data.settings.NDIV, cells.highest_layer);
-    const std::vector<Place> blocks = blocks_of(cells, data.settings.NDIV);
-    // Slots, the outer faces' included, are numbered in 32 bits.
-    const double slots =
-        12.0 * data.settings.NDIV * data.settings.NDIV * static_cast<double>(blocks.size());
-    if (slots > std::numeric_limits<std::int32_t>::max()) {
-      fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
-    }
-    list_cells(data.grid, blocks, data.cells);
-    list_leaves(data.grid, cells, data.cells, data.leaves);
-    join_cells(data.grid, data.cells, data.outer);
-  });
+  frame::allocating(
+      log, "grid of the canopy",
+      frame::bytes_of<Place>(cells.cells.size(), static_cast<std::size_t>(data.settings.NDIV) *
+                                                     static_cast<std::size_t>(data.settings.NDIV)),
+      [&] {
+        data.layers = (*axes)[2].cells;
+        data.grid = fine_grid(log, *axes, data.settings.NDIV, cells.highest_layer);
+        const std::vector<Place> blocks = blocks_of(cells, data.settings.NDIV);
+        // Slots, the outer faces' included, are numbered in 32 bits.
+        const double slots =
+            12.0 * data.settings.NDIV * data.settings.NDIV * static_cast<double>(blocks.size());
+        if (slots > std::numeric_limits<std::int32_t>::max()) {
+          fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
+        }
+        list_cells(data.grid, blocks, data.cells);
+        list_leaves(data.grid, cells, data.cells, data.leaves);
+        join_cells(data.grid, data.cells, data.outer);
+      });
 }
 
 }  // namespace tsrf_module_jumoku

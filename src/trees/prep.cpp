@@ -8,13 +8,14 @@ namespace jmk {
 namespace {
 
 void pass_densities(frame::Log& log, Trees& trees) {
-  frame::allocating(log, [&] {
-    std::vector<double> lad;
-    for (const jmk_module_data::LeafCell& cell : trees.cells.cells) {
-      lad.push_back(trees.treedat.lad[static_cast<std::size_t>(cell.row)]);
-    }
-    set_lad(lad, trees.radiat.optics, trees.canopy);
-  });
+  frame::allocating(log, "leaf area densities", frame::bytes_of<double>(trees.cells.cells.size()),
+                    [&] {
+                      std::vector<double> lad;
+                      for (const jmk_module_data::LeafCell& cell : trees.cells.cells) {
+                        lad.push_back(trees.treedat.lad[static_cast<std::size_t>(cell.row)]);
+                      }
+                      set_lad(lad, trees.radiat.optics, trees.canopy);
+                    });
 }
 
 }  // namespace
@@ -34,10 +35,11 @@ void jmk2_prep_init(frame::Log& log, frame::TextInput& control, frame::TextInput
   set_meshid(log, trees.treedat, trees.cells);
   set_grid(log, grid, trees.cells, trees.canopy);
   const frame::Tag constructor(log, "(jmk_module_data)(cnstrctr)");
-  frame::allocating(log, [&] {
-    place_patches(patch, trees.canopy);
-    allocdata(patch.type.size(), trees.radiat.optics, trees.canopy);
-  });
+  frame::allocating(log, "leaves and faces of the canopy",
+                    frame::bytes_of<double>(trees.canopy.cells.at.size(), 15), [&] {
+                      place_patches(patch, trees.canopy);
+                      allocdata(patch.type.size(), trees.radiat.optics, trees.canopy);
+                    });
   pass_densities(log, trees);
 }
 
