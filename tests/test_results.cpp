@@ -226,4 +226,43 @@ TEST_F(Results, BldLoadLayout) {
   }
 }
 
+TEST_F(Results, NothingIsWrittenThatIsNotFinite) {
+  const tsrf_module_patch::Data patch = some_patches();
+  const Reals good(6, 1.0);
+  Reals bad = good;
+  bad[3] = -std::numeric_limits<double>::infinity();
+  const When when{3600, 17};
+  const auto refused = [&](const std::string& name, const std::string& owner,
+                           const std::string& term, auto&& write) {
+    EXPECT_EQ(messages.lines_of(write), "### error : result not finite in " + name +
+                                            "\niter = 17\n" + owner + "\nterm = " + term + "\n");
+  };
+  refused("PatchSurfTemp", "PID = 34", "latent heat", [&] {
+    write_patchsurftemp(messages.log, file, settings, when, patch,
+                        {.temperature = good,
+                         .JRl = good,
+                         .JRs = good,
+                         .latent = bad,
+                         .conductive = good,
+                         .area = good},
+                        start);
+  });
+  BldLoad load;
+  prep_bldload(messages.log, patch, tsrf_main01::Sizes{}, load);
+  load.released[0][1] = std::nan("");
+  frame::TextInput stheat("StHeat", "");
+  refused("BldLoad", "PID = 31", "latent heat released",
+          [&] { write_bldload(messages.log, file, stheat, settings, when, load.released, load); });
+  SurfTemp cells;
+  prep_surftemp(messages.log, patch, {}, cells);
+  cells.swlr[0][2] = 1e39;  // the file keeps single precision
+  refused("SurfTemp", "PID = 33", "area of roofs", [&] {
+    write_surftemp(messages.log, file, settings, when, cells.tdrg, cells.swlr, cells);
+  });
+  refused("Sun & Sky", "all patches", "atmos.-long-rad", [&] {
+    write_sunskyrad(messages.log, file, settings, false,
+                    {3600, {1, 1, 1, 0, 0, 0}, {1, 1, 1, 1, 0, 0}, 17}, {1.0, 1.0, bad[3]}, start);
+  });
+}
+
 }  // namespace
