@@ -106,6 +106,7 @@ tsrf_module_patch::Data some_patches() {
   patch.PID = {31, 32, 33, 34, 35, 36};
   patch.i = {2, 2, 2, 1, 1, 1};
   patch.j = {1, 1, 1, 1, 1, 3};
+  patch.k = {1, 1, 0, 0, 0, 0};
   patch.si = {5, 5, 5, 4, 4, 4};
   patch.sj = {3, 3, 3, 3, 3, 5};
   patch.sk = {2, 2, 1, 1, 1, 1};
