@@ -21,13 +21,11 @@ struct CanopyCase {
   CanopyCase(const Widths& widths, std::int32_t NDIV, const std::vector<Leaf>& leaves) {
     trees.cells.CALJMK = true;
     trees.canopy.settings.NDIV = NDIV;
-    grid.given = true;
     for (std::size_t a = 0; a < 3; ++a) {
-      grid.cells[a] = static_cast<std::int32_t>(widths[a].size());
-      grid.axes[a].cells = grid.cells[a];
-      grid.axes[a].widths = widths[a];
-      grid.axes[a].widths.insert(grid.axes[a].widths.begin(), 2, 1.0);
-      grid.axes[a].widths.insert(grid.axes[a].widths.end(), 2, 1.0);
+      grid[a].cells = static_cast<std::int32_t>(widths[a].size());
+      grid[a].widths = widths[a];
+      grid[a].widths.insert(grid[a].widths.begin(), 2, 1.0);
+      grid[a].widths.insert(grid[a].widths.end(), 2, 1.0);
     }
     for (const Leaf& leaf : leaves) {
       trees.cells.cells.push_back({leaf.i + 1, leaf.j + 1, leaf.k + 1, 1});
@@ -102,7 +100,7 @@ struct CanopyCase {
   std::unique_ptr<RecordedLog> owned = std::make_unique<RecordedLog>();
   RecordedLog& recorded = *owned;
   jmk::Trees trees;
-  tsrf_main01::Grid grid;
+  tsrf_main01::Axes grid;
   tsrf_module_patch::Data patch;
   std::vector<double> lad;
 };

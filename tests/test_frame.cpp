@@ -112,9 +112,15 @@ TEST(Log, TracesAFailureLevelByLevelButNotAStop) {
             "### program error -1- (x)\n");
   EXPECT_EQ(run([&] { log.data_error(items("a =", 0), "it must be > 0"); }),
             "### error : data error\na = 0\nit must be > 0\n(module)\n(routine)\n(outer)\n");
-  const std::string failed = "### error : allocation failed\n(module)\n(routine)\n(outer)\n";
-  EXPECT_EQ(run([&] { frame::allocating(log, [] { throw std::bad_alloc(); }); }), failed);
-  EXPECT_EQ(run([&] { frame::allocating(log, [] { std::string().resize(SIZE_MAX); }); }), failed);
+  const std::string failed =
+      "### error : allocation failed\narray,bytes = dzl 24\n(module)\n(routine)\n(outer)\n";
+  EXPECT_EQ(run([&] {
+              frame::allocating(log, "dzl", frame::bytes_of<double>(3),
+                                [] { throw std::bad_alloc(); });
+            }),
+            failed);
+  EXPECT_EQ(run([&] { frame::allocating(log, "dzl", 24, [] { std::string().resize(SIZE_MAX); }); }),
+            failed);
 }
 
 TEST(Log, FilesOfTwoRunsKeepApartAndReportAFullDisk) {

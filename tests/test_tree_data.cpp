@@ -88,13 +88,8 @@ TEST(SimpleTrees, FaultsAreTold) {
 
 /// The files of a canopy on a grid of 3 x 2 x 4 cells, divided twice.
 struct CanopyFiles {
-  CanopyFiles() { grid.given = true; }
   std::string prepare() {
     trees.canopy.settings.NDIV = 2;
-    grid.cells = {3, 2, 4};
-    for (std::size_t a = 0; a < 3; ++a) {
-      grid.axes[a].widths.assign(static_cast<std::size_t>(grid.cells[a]) + 4, 2.0);
-    }
     TextInput control("control", "&JMK_DATA CALJMK = T /");
     TextInput lad_file("LAD.txt", "i j k TreeID\n" + lad);
     TextInput kinds_file("LAD_simple.txt", "TreeID LAD\n" + kinds);
@@ -113,7 +108,8 @@ struct CanopyFiles {
   std::string lad = "3 4 2 7\n2 1 0 -5\n1 1 0 7\n1 1 0 7\n4 4 2 0\n";
   std::string kinds = "-5 0.5\n7 1.25\n";
   RecordedLog recorded{};
-  tsrf_main01::Grid grid;
+  tsrf_main01::Grid grid = tsrf_main01::Axes{
+      {{3, std::vector(7, 2.0), {}}, {2, std::vector(6, 2.0), {}}, {4, std::vector(8, 2.0), {}}}};
   tsrf_module_grdindx::Data grid_index{.NXB = 0, .NYB = 0};
   jmk::Trees trees;
 };
@@ -153,7 +149,7 @@ TEST(CanopyData, FaultsAreTold) {
     EXPECT_EQ(x.prepare(), c.lines) << c.input;
   }
   CanopyFiles flat;
-  flat.grid.given = false;
+  flat.grid = tsrf_main01::Sizes{3, 2, 4};
   EXPECT_EQ(flat.prepare(),
             "### error : data error\n"
             "lack of Grid data\n"

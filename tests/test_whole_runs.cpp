@@ -51,7 +51,7 @@ TEST_P(References, ResultsAgree) {
   const fs::path expected =
       kSource / "tests/cases" / name / (closed ? "expected_closed" : "expected");
   const RunCase run(inputs_of(example.empty() ? name : example));
-  if (!example.empty()) run.copy_in(kSource / "tests/cases" / name);
+  run.copy_in(kSource / "tests/cases" / name);  // what differs from the example
   if (closed) {
     ASSERT_TRUE(run.replace("control.txt", "&JMK_RADIAT", "&JMK_RADIAT MDLSCT = 1,"));
   }
@@ -77,6 +77,27 @@ INSTANTIATE_TEST_SUITE_P(Cases, References,
                          [](const auto& reference) {
                            return reference.param.name + (reference.param.closed ? "_closed" : "");
                          });
+
+TEST(DailyCycle, OnlyTheFirstOfSeveralStepsAtMidnightIsJudged) {
+  const RunCase run(inputs_of("flat"));
+  set_steps(run, -1, 1);
+  ASSERT_EQ(run.run().status, 0);
+  set_steps(run, 1, 9);
+  ASSERT_TRUE(run.replace("control.txt", "0.9 600.0", "0.9 0.25"));
+  ASSERT_TRUE(run.replace("control.txt", "&TSRF_IO", "&TSRF_IO TIMES = 86399.2,"));
+  const Lines kept = kept_lines(run.run().log);
+  EXPECT_EQ(kept.back(), "iterations 9");
+  EXPECT_EQ(std::ranges::count(kept, std::string("%%% res= 1")), 1);
+  EXPECT_EQ(
+      std::ranges::count_if(kept, [](const auto& line) { return line.starts_with("%%% res"); }), 1);
+}
+
+TEST(SimpleTrees, LeaveADistrictWithoutTreesAsItIs) {
+  const RunCase run(inputs_of("mixed"));
+  ASSERT_TRUE(run.replace("control.txt", "LTRSMPL = .false.", "LTRSMPL = .true."));
+  ASSERT_EQ(run.run().status, 0);
+  EXPECT_EQ(run.differences_from(kSource / "tests/cases/mixed/expected"), "");
+}
 
 struct Pieces {
   std::string name;

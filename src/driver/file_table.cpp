@@ -104,6 +104,16 @@ std::string_view title(std::string_view label) {
   return label.substr(0, label.find_last_not_of(" :") + 1);
 }
 
+/// A row that is always opened must have a name.
+void check_names(Log& log, const FileNames& names) {
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    if (!names[i].empty() || kFileTable[i].form == input_if_any) continue;
+    log.error_and_log("### cannot open " + std::string(title(kFileTable[i].label)) + " : line " +
+                      std::to_string(i + 1) + " of file_name is blank");
+    throw Stop{kStatusOpenError};
+  }
+}
+
 /// Whether two paths lead, or would lead, to the same file. Devices may serve several times.
 bool same_file(const std::string& a, const std::string& b) {
   struct stat x {};
@@ -148,6 +158,7 @@ void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam
   const Tag tag(log, "(read_file_table)");
   TextInput& file = units.input(kUnitFileName);
   const FileNames names = read_names(log, file);
+  check_names(log, names);
   for (const int unit : kOpenedAtStart) open_row(log, units, unit, names);
   ubx_module_filnam::inputdata(log, file, units.input(kUnitControl), filnam);
   for (std::size_t i = 0; i < kRegistry.size(); ++i) {

@@ -37,10 +37,10 @@ void gather(Desk& desk, const Surface& surface, const Buildings& buildings, Resu
   }
 }
 
-void write_hour(Run& run, std::int32_t sod1) {
+void write_hour(Run& run, const When& when) {
   const Settings& settings = run.results.io.settings;
   write_patchsurftemp(run.desk.log, run.desk.units.output(frame::kUnitPatchSurfTemp), settings,
-                      sod1, run.inputs.patch,
+                      when, run.inputs.patch,
                       {.temperature = run.surface.data.tlyr.row(0),
                        .JRl = run.radiation.raddat.JRl,
                        .JRs = run.radiation.raddat.JRs,
@@ -49,13 +49,13 @@ void write_hour(Run& run, std::int32_t sod1) {
                        .area = run.inputs.patch.area},
                       run.results.patch_surf_temp);
   SurfTemp& cells = run.results.surf_temp;
-  write_surftemp(run.desk.log, run.desk.units.output(frame::kUnitSurfTemp), settings, sod1,
+  write_surftemp(run.desk.log, run.desk.units.output(frame::kUnitSurfTemp), settings, when,
                  cells.tdrg, cells.swlr, cells);
   if (!run.buildings.on()) return;
-  write_heat(run.desk.log, run.desk.units.output(frame::kUnitHeat), settings, sod1,
+  write_heat(run.desk.log, run.desk.units.output(frame::kUnitHeat), settings, when,
              building_columns(run.buildings), run.results.heat);
   write_bldload(run.desk.log, run.desk.units.output(frame::kUnitBldLoad),
-                run.desk.units.input(frame::kUnitStHeat), settings, sod1,
+                run.desk.units.input(frame::kUnitStHeat), settings, when,
                 run.results.bld_load.released, run.results.bld_load);
 }
 
@@ -67,17 +67,17 @@ void gather_temperatures(Run& run, std::int32_t sod1) {
                    run.radiation.raddat.JRs, run.results.monthly);
 }
 
-void write_results(Run& run, std::int32_t sod1) {
+void write_results(Run& run, std::int64_t iter, std::int32_t sod1) {
   if (run.inputs.filnam.dated) {
     sum_cells(run.inputs, run.surface, run.buildings, run.results);
     gather(run.desk, run.surface, run.buildings, run.results, sod1);
   } else if (is_whole_hour(sod1)) {
     sum_cells(run.inputs, run.surface, run.buildings, run.results);
-    write_hour(run, sod1);
+    write_hour(run, {sod1, iter});
   }
 }
 
-void write_closed_month(Run& run, double time, bool run_ends) {
+void write_closed_month(Run& run, std::int64_t iter, double time, bool run_ends) {
   if (!run.inputs.filnam.dated) return;
   const BuildingColumns columns = building_columns(run.buildings);
   output_month(run.desk.log, run.desk.units, run.inputs.filnam, run.inputs.calendar, time, run_ends,
@@ -85,7 +85,8 @@ void write_closed_month(Run& run, double time, bool run_ends) {
                 .patch = run.inputs.patch,
                 .buildings = run.buildings.on() ? &columns : nullptr,
                 .surf_temp = run.results.surf_temp,
-                .bld_load = run.results.bld_load},
+                .bld_load = run.results.bld_load,
+                .iter = iter},
                run.results.monthly);
 }
 

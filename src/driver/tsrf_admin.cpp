@@ -29,6 +29,9 @@ std::int32_t second_of_day(double time) {
   return second == 0 ? kSecondsPerDay : second;
 }
 
+/// The midnight next to a time, as a number of days.
+double nearest_midnight(double time) { return std::round(time / kSecondsPerDay); }
+
 /// When a step starts and ends.
 struct StepTime {
   double time;        ///< model time at the start [s]
@@ -38,7 +41,13 @@ struct StepTime {
   tsrf_module_calendar::Date date1;
 
   [[nodiscard]] bool ends_hour() const { return tsrf_module_io::is_whole_hour(sod1); }
-  [[nodiscard]] bool ends_day() const { return sod1 == kSecondsPerDay; }
+  /// Of steps below a second several end within half a second of midnight; the first of them closes
+  /// the day.
+  [[nodiscard]] bool closes_day() const {
+    const auto at_midnight = [](double t) { return second_of_day(t) == kSecondsPerDay; };
+    return sod1 == kSecondsPerDay &&
+           !(at_midnight(time) && nearest_midnight(time) == nearest_midnight(time + dt));
+  }
 };
 
 StepTime step_time(Desk& desk, Inputs& inputs, double time, double dt) {
@@ -108,12 +117,12 @@ Sky set_sky(Desk& desk, Inputs& inputs, const Radiation& radiation, const StepTi
 }
 
 /// The hourly row of Sun & Sky.
-void report_sky(Desk& desk, const Inputs& inputs, Results& results, const StepTime& step,
-                const Sky& sky) {
+void report_sky(Desk& desk, const Inputs& inputs, Results& results, std::int64_t iter,
+                const StepTime& step, const Sky& sky) {
   if (desk.layer.myrank != 0 || !step.ends_hour()) return;
-  tsrf_module_io::write_sunskyrad(desk.log, desk.units.output(frame::kUnitSunSky),
-                                  results.io.settings, inputs.filnam.dated,
-                                  {step.sod1, step.date0, step.date1}, sky.fluxes, results.sun_sky);
+  tsrf_module_io::write_sunskyrad(
+      desk.log, desk.units.output(frame::kUnitSunSky), results.io.settings, inputs.filnam.dated,
+      {step.sod1, step.date0, step.date1, iter}, sky.fluxes, results.sun_sky);
 }
 
 /// Radiation on every patch, with what the trees take of it.
@@ -155,9 +164,9 @@ void set_fixed_temperatures(Desk& desk, const Inputs& inputs, Surface& surface,
 /// Daily residual, convergence and the progress record; true when the day repeats itself.
 bool judge_day(Desk& desk, Surface& surface, progress::Data& progress, const StepTime& step) {
   if (surface.data.settings.LCNVRG <= 0) return false;
-  const double res = step.ends_day() ? daily_residual(surface.data) : 1e20;
+  const double res = step.closes_day() ? daily_residual(surface.data) : 1e20;
   progress::update(desk.log, desk.units.output(frame::kUnitProgressLog), step.sod1, res, progress);
-  if (step.ends_day()) desk.log.line("%%% res=", res);
+  if (step.closes_day()) desk.log.line("%%% res=", res);
   return kTolerance > res;
 }
 
@@ -186,7 +195,7 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
   if (buildings) set_room_schedules(run.desk, run.inputs, run.buildings, step);
   set_shade_and_water(run.desk, run.inputs, run.surface, run.radiation, step);
   const Sky sky = set_sky(run.desk, run.inputs, run.radiation, step);
-  report_sky(run.desk, run.inputs, run.results, step, sky);
+  report_sky(run.desk, run.inputs, run.results, iter, step, sky);
 
   timed(run.desk, "rad_admin", [&] {
     radiation_step(run.desk, run.inputs, run.surface, run.radiation, run.trees, step, sky);
@@ -209,7 +218,7 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
                                  run.buildings.bldcmm, run.buildings.bldng, run.buildings.rooms);
   });
   const bool kconv = judge_day(run.desk, run.surface, run.progress, step);
-  write_results(run, step.sod1);
+  write_results(run, iter, step.sod1);
   report_extremes(run.desk, run.surface);
   return kconv;
 }

@@ -109,7 +109,7 @@ void march(Run& run, const Start& start) {
     const bool kconv = tsrf_admin(run, iter, time, dt);
     const bool lend = stop_file_exists(run.desk.units) || kconv || iter == run.inputs.control.itere;
     time += dt;
-    write_closed_month(run, time, lend);
+    write_closed_month(run, iter, time, lend);
     if (at_day_end(time) || lend) {
       tsrf_io_restart::save(run.desk.log, run.desk.units.records(frame::kUnitRestart), iter, time,
                             restart_state(run));
@@ -126,9 +126,13 @@ void tsrf_main01(Run& run) {
   tsrf_read_cntdat(run.desk, run.inputs, run.trees);
   set_calendar(run);
   const Start start = tsrf_prep_init(run);
+  const Sizes sizes{run.inputs.size.mx, run.inputs.size.my, run.inputs.size.mz};
+  const bool releases_heat = run.buildings.on();
+  run.inputs.grid = sizes;
+  if (!run.surface.data.settings.LTRSMPL || releases_heat) {
+    run.inputs.grid = read_grid(run.desk.log, run.desk.units.input(frame::kUnitGrid), sizes);
+  }
   if (!run.surface.data.settings.LTRSMPL) {
-    run.inputs.grid.cells = {run.inputs.size.mx, run.inputs.size.my, run.inputs.size.mz};
-    read_grid(run.desk.log, run.desk.units.input(frame::kUnitGrid), run.inputs.grid);
     jmk::jmk2_prep_init(run.desk.log, run.desk.units.input(frame::kUnitControl),
                         run.desk.units.input(frame::kUnitLad),
                         run.desk.units.input(frame::kUnitLadSimple), run.inputs.grid,
@@ -137,13 +141,12 @@ void tsrf_main01(Run& run) {
       jmk::warn_of_step(run.desk.log, run.inputs.control.dtmax, run.trees.canopy.settings);
     }
   }
-  if (run.buildings.on()) {
+  if (releases_heat) {
     tsrf_module_io::prep_bldload(run.desk.log, run.inputs.patch, run.inputs.grid,
                                  run.results.bld_load);
   }
   tsrf_prep_monthly(run, kBeforeTheRun);
-  tsrf_dummyb(run.desk.log, run.desk.units.input(frame::kUnitPorous), run.inputs.grid,
-              run.inputs.porous);
+  tsrf_dummyb(run.desk.log, run.desk.units.input(frame::kUnitPorous), sizes, run.inputs.porous);
   run.desk.accounts.start(run.desk.log, "total");
   if (start.iteration <= run.inputs.control.itere) march(run, start);
   run.desk.accounts.end(run.desk.log, "total");

@@ -41,8 +41,9 @@ void read_surfaces(Desk& desk, Inputs& inputs, Surface& surface, const jmk::Tree
   tsrf_module_srfprp::read_srfprp(log, units.input(frame::kUnitSurfProp), inputs.srfprp);
   tsrf_module_matprp::read_matprp(log, units.input(frame::kUnitMatEleProp), inputs.matprp);
   const tsrf_module_data::Settings& settings = surface.data.settings;
-  tsrf_module_lyrstrct::lyrstrct_set_land(log, settings.DZG, settings.ZLG, inputs.patch,
-                                          inputs.matprp, inputs.lyrstrct);
+  tsrf_module_lyrstrct::lyrstrct_set_land(log, settings.DZG, settings.ZLG,
+                                          surface.data.settings_place, inputs.patch, inputs.matprp,
+                                          inputs.lyrstrct);
   surface.data.mpatch = inputs.patch.mpatch;
   tsrf_module_data::allocdata01(log, surface.data);
 }
@@ -106,17 +107,19 @@ std::span<const std::int32_t> prepare_glass(Desk& desk, const Inputs& inputs, Su
   if (!buildings.on()) return {};
   tsrf_window::set_glass(desk.log, inputs.lyrstrct, inputs.matprp, surface.data, surface.glass);
   if (surface.glass.patches.empty()) return {};
-  frame::allocating(desk.log, [&] {
-    surface.qlayer = frame::PatchTable<double>(surface.data.mpatch, surface.data.mzg);
-  });
+  frame::allocating(
+      desk.log, "qlayer",
+      frame::bytes_of<double>(static_cast<std::size_t>(surface.data.mpatch),
+                              static_cast<std::size_t>(surface.data.mzg)),
+      [&] { surface.qlayer = frame::PatchTable<double>(surface.data.mpatch, surface.data.mzg); });
   return surface.glass.patches;
 }
 
 /// Work arrays of a step and what the writers list once.
 void prepare_step(Desk& desk, const Inputs& inputs, Surface& surface, Radiation& radiation,
                   const Buildings& buildings, Results& results) {
-  frame::allocating(desk.log, [&] {
-    const auto n = static_cast<std::size_t>(surface.data.mpatch);
+  const auto n = static_cast<std::size_t>(surface.data.mpatch);
+  frame::allocating(desk.log, "fsun,skyvf,Rl,Rs,Jdir", frame::bytes_of<double>(n, 5), [&] {
     Incident& step = radiation.incident;
     for (auto* array : {&step.fsun, &step.skyvf, &step.Rl, &step.Rs, &step.Jdir}) {
       array->assign(n, 0.0);
@@ -126,6 +129,7 @@ void prepare_step(Desk& desk, const Inputs& inputs, Surface& surface, Radiation&
                        radiation.work);
   solid1d::set_columns(desk.log, surface.data, prepare_glass(desk, inputs, surface, buildings),
                        surface.columns);
+  solid1d::warn_of_implicit(desk.log, inputs.control.dtmax, inputs.patch, surface.columns);
   tsrf_module_io::prep_surftemp(desk.log, inputs.patch, inputs.grdindx, results.surf_temp);
 }
 
@@ -146,7 +150,9 @@ tsrf_io_restart::State restart_state(Run& run) {
           .JRl = run.radiation.raddat.JRl,
           .JRs = run.radiation.raddat.JRs,
           .Tr = run.buildings.bldng.Tr,
-          .Tm = run.buildings.bldng.Tm};
+          .Tm = run.buildings.bldng.Tm,
+          .PID = run.inputs.patch.PID,
+          .BldID = run.buildings.bldng.BldID};
 }
 
 Start tsrf_prep_init(Run& run) {
@@ -166,7 +172,8 @@ Start tsrf_prep_init(Run& run) {
                                      run.inputs.size.my, run.surface.data);
   }
   if (exchange.LCRADL <= 0 || exchange.LCRADS <= 0) {
-    run.desk.log.program_error("### program error -1- (tsrf_prep_init)");
+    run.desk.log.program_error(run.radiation.raddat.settings_place,
+                               "### program error -1- (tsrf_prep_init)");
   }
   if (!water_read) run.desk.log.fail();
   prepare_step(run.desk, run.inputs, run.surface, run.radiation, run.buildings, run.results);

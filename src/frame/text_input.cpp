@@ -263,6 +263,24 @@ std::int64_t TextInput::fault_line() const {
   return 1 + std::count(first_, place, '\n');
 }
 
+std::int64_t TextInput::line_at(std::size_t place) const {
+  const char* p = first_ + place;
+  while (p < last_ && is_space(*p)) ++p;
+  return 1 + std::count(first_, p, '\n');
+}
+
+std::string TextInput::line_text(std::int64_t line) const {
+  return "%%% file " + name() + ", line " + std::to_string(line);
+}
+
+std::string Origin::text() const {
+  if (file == nullptr) return {};
+  const std::array<std::int64_t, 2> lines{file->line_at(places[0]), file->line_at(places[1])};
+  if (lines[0] == lines[1]) return file->line_text(lines[0]);
+  return "%%% file " + file->name() + ", lines " + std::to_string(lines[0]) + " and " +
+         std::to_string(lines[1]);
+}
+
 int count_fields(std::string_view line) {
   int count = 0;
   bool inside = false;

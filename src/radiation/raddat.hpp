@@ -48,6 +48,7 @@ struct ViewFactors {
 
 struct Data {
   Settings settings;
+  std::string settings_place;      ///< where their group stands, for the log
   std::int32_t NPGID = 0;          ///< number of groups
   std::vector<std::int32_t> pgx;   ///< per patch: its group, from 0
   std::vector<std::int32_t> PgID;  ///< per group: its identifier

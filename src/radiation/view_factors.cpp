@@ -140,7 +140,7 @@ std::vector<double> group_sums(const Data& data, std::span<const double> values)
 void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
                      Data& data, std::vector<double>& skyvf0) {
   const frame::Tag tag(log, "(tsrf_module_raddat)(read_viewfactor)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "view factors", frame::bytes_of<char>(file.content().size()), [&] {
     Groups groups(static_cast<std::size_t>(data.NPGID));
     {
       ViewFactorGatherer table(data.NPGID);

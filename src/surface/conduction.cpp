@@ -76,12 +76,14 @@ void add_blocks(std::size_t begin, std::span<const std::int32_t> kind, Work& wor
   }
 }
 
+bool needs_implicit(const Kind& kind, double dt) { return kind.stiffness * dt > kExplicitLimit; }
+
 /// The terms of the cells that hang on the step. `lower`, `diagonal` and `upper` are what forward
 /// elimination makes of the rows of the matrix, which are the same in each step.
 void set_step(double dt, Work& work) {
   work.dt = dt;
   for (Kind& kind : work.kinds) {
-    kind.implicit = kind.stiffness * dt > kExplicitLimit;
+    kind.implicit = needs_implicit(kind, dt);
     double before = kind.surface_gcond;
     double upper = 0.0;  // of the row before
     for (std::int32_t k = 1; k <= kind.cells; ++k) {
@@ -198,23 +200,48 @@ class Pass {
 void set_columns(frame::Log& log, const tsrf_module_data::Data& state,
                  std::span<const std::int32_t> heated, Work& work) {
   const frame::Tag tag(log, "(solid1d)(set_columns)");
-  frame::allocating(log, [&] {
-    work = {};
-    const std::vector<std::int32_t> kind = find_kinds(state, heated, work);
-    for (std::size_t first = 0; first < kind.size(); first += kStretch) {
-      const std::size_t last = std::min(first + kStretch, kind.size());
-      const std::size_t begin = work.order.size();
-      for (std::size_t p = first; p < last; ++p) {
-        if (kind[p] >= 0) work.order.push_back(static_cast<std::uint32_t>(p));
-      }
-      std::ranges::stable_sort(work.order.begin() + static_cast<std::ptrdiff_t>(begin),
-                               work.order.end(), {}, [&](std::uint32_t p) { return kind[p]; });
-      add_blocks(begin, kind, work);
-    }
-    std::int32_t most = 0;
-    for (const Kind& k : work.kinds) most = std::max(most, k.cells);
-    work.rows.assign(static_cast<std::size_t>(most) * kColumnLanes, 0.0);
-  });
+  frame::allocating(
+      log, "kinds of columns", frame::bytes_of<std::int32_t>(state.lcal.size(), 2), [&] {
+        work = {};
+        const std::vector<std::int32_t> kind = find_kinds(state, heated, work);
+        for (std::size_t first = 0; first < kind.size(); first += kStretch) {
+          const std::size_t last = std::min(first + kStretch, kind.size());
+          const std::size_t begin = work.order.size();
+          for (std::size_t p = first; p < last; ++p) {
+            if (kind[p] >= 0) work.order.push_back(static_cast<std::uint32_t>(p));
+          }
+          std::ranges::stable_sort(work.order.begin() + static_cast<std::ptrdiff_t>(begin),
+                                   work.order.end(), {}, [&](std::uint32_t p) { return kind[p]; });
+          add_blocks(begin, kind, work);
+        }
+        std::int32_t most = 0;
+        for (const Kind& k : work.kinds) most = std::max(most, k.cells);
+        work.rows.assign(static_cast<std::size_t>(most) * kColumnLanes, 0.0);
+      });
+}
+
+void warn_of_implicit(frame::Log& log, double dt, const tsrf_module_patch::Data& patch,
+                      const Work& work) {
+  std::size_t columns = 0;
+  double area = 0.0;
+  const ColumnBlock* worst = nullptr;
+  for (const ColumnBlock& block : work.blocks) {
+    const Kind& kind = work.kinds[block.kind];
+    if (!needs_implicit(kind, dt)) continue;
+    columns += block.count;
+    for (std::size_t n = 0; n < block.count; ++n) area += patch.area[work.order[block.first + n]];
+    const bool more =
+        worst == nullptr || kind.surface_gcond > work.kinds[worst->kind].surface_gcond;
+    if (more) worst = &block;
+  }
+  if (worst == nullptr) return;
+  const Kind& kind = work.kinds[worst->kind];
+  const std::size_t p = work.order[worst->first];
+  log.line("%%% warning :", columns, "columns of", area, "m2 are implicit at dtmax =", dt,
+           "s; their surfaces act as if they had more heat capacity");
+  log.line("%%% the most : PID =", patch.PID[p], "SurfID =", patch.SurfID[p], ":",
+           kind.surface_gcond * dt,
+           "J/m2 K; explicit up to dtmax =", kExplicitLimit / kind.stiffness, "s");
 }
 
 void solid1d(double dt, const frame::PatchTable<double>& qlayer, tsrf_module_data::Data& state,

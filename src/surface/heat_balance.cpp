@@ -111,6 +111,12 @@ bool settle(Batch& b) {
   return false;
 }
 
+/// The first patch that is still open; they stand in their order.
+std::size_t first_open(const Batch& b) {
+  const std::span<const double> open(b.open.data(), b.count);
+  return b.patch[static_cast<std::size_t>(std::ranges::find(open, 1.0) - open.begin())];
+}
+
 /// Hands temperatures and terms back. Returns the first patch with an implausible temperature, or
 /// the number of all patches.
 std::size_t store(const Arrays& a, const Batch& b) {
@@ -135,13 +141,13 @@ std::size_t store(const Arrays& a, const Batch& b) {
 /// How the patches done so far came out.
 struct Verdict {
   std::size_t implausible;  ///< first patch with an implausible temperature
-  bool settled = true;
+  std::size_t unsettled;    ///< first patch whose search has not come to rest
 };
 
 /// Solves a batch and empties it.
 template <bool wet>
 void finish(const Arrays& arrays, Batch& batch, Verdict& verdict) {
-  verdict.settled = settle<wet>(batch) && verdict.settled;
+  if (!settle<wet>(batch)) verdict.unsettled = std::min(verdict.unsettled, first_open(batch));
   verdict.implausible = std::min(verdict.implausible, store(arrays, batch));
   batch.count = 0;
 }
@@ -149,6 +155,7 @@ void finish(const Arrays& arrays, Batch& batch, Verdict& verdict) {
 [[noreturn]] void report(frame::Log& log, std::int64_t iter, const tsrf_module_patch::Data& patch,
                          const tsrf_module_data::Data& state, std::size_t p) {
   const auto term = [&](Term row) { return state.qsurf(p, row); };
+  note_air(log, state);
   log.fail(
       "### error : surface temperature out of range", frame::items("iter =", iter),
       frame::items("PID =", patch.PID[p]), frame::items("surface temperature =", state.tlyr(p, 0)),
@@ -161,6 +168,10 @@ void finish(const Arrays& arrays, Batch& batch, Verdict& verdict) {
 
 }  // namespace
 
+void note_air(frame::Log& log, const tsrf_module_data::Data& state) {
+  if (const std::string text = state.air_origin.text(); !text.empty()) log.line(text);
+}
+
 void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::Data& patch,
                   const tsrf_module_srfprp::Data& srfprp, std::span<const double> skyvf,
                   std::span<const double> Rl, std::span<const double> Rs,
@@ -168,7 +179,7 @@ void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::D
   const frame::Tag tag(log, "(tsrf_therm1d)");
   const Arrays arrays{srfprp, skyvf, Rl, Rs, state};
   const std::size_t patches = state.lcal.size();
-  Verdict verdict{.implausible = patches};
+  Verdict verdict{.implausible = patches, .unsettled = patches};
   Batch dry;
   Batch wet;
   for (std::size_t p = 0; p < patches; ++p) {
@@ -186,7 +197,10 @@ void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::D
   finish<true>(arrays, wet, verdict);
   // A search that runs wild says more by its temperature than by its rounds.
   if (verdict.implausible < patches) report(log, iter, patch, state, verdict.implausible);
-  if (!verdict.settled) log.program_error("### program error -2- (tsrf_therm1d)");
+  if (verdict.unsettled == patches) return;
+  log.program_error(state.air_origin.text(), "### program error -2- (tsrf_therm1d)",
+                    frame::items("PID =", patch.PID[verdict.unsettled]),
+                    frame::items("surface temperature =", state.tlyr(verdict.unsettled, 0)));
 }
 
 }  // namespace tsrf_therm1d

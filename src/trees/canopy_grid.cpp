@@ -16,20 +16,20 @@ namespace {
   log.program_error("### program error -1- (tsrf_module_jumoku)", "(set_grid)");
 }
 
-FineGrid fine_grid(frame::Log& log, const tsrf_main01::Grid& surfaces, std::int32_t NDIV,
+FineGrid fine_grid(frame::Log& log, const tsrf_main01::Axes& surfaces, std::int32_t NDIV,
                    std::int32_t layers) {
   FineGrid grid;
   grid.NDIV = NDIV;
   for (std::size_t a = 0; a < 3; ++a) {
     const std::int32_t parts = a < 2 ? NDIV : 1;
-    const std::int64_t cells = a < 2 ? std::int64_t{surfaces.cells[a]} * NDIV : layers;
+    const std::int64_t cells = a < 2 ? std::int64_t{surfaces[a].cells} * NDIV : layers;
     if (cells >= std::numeric_limits<std::int32_t>::max()) {
       fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
     }
     grid.cells[a] = static_cast<std::int32_t>(cells);
     grid.width[a].reserve(static_cast<std::size_t>(cells));
     for (std::int32_t i = 0; i < grid.cells[a]; ++i) {
-      grid.width[a].push_back(surfaces.axes[a].dx(i / parts + 1) / parts);
+      grid.width[a].push_back(surfaces[a].dx(i / parts + 1) / parts);
     }
   }
   return grid;
@@ -122,18 +122,21 @@ bool in_order(const Place& a, const Place& b) {
 void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
               const jmk_module_data::Data& cells, const tsrf_module_patch::Data& patch,
               Data& data) {
-  if (!surfaces.given) fault_of_grid(log, "lack of Grid data");
-  frame::allocating(log, [&] {
-    const std::int32_t NDIV = data.settings.NDIV;
+  const auto* const axes = std::get_if<tsrf_main01::Axes>(&surfaces);
+  if (axes == nullptr) fault_of_grid(log, "lack of Grid data");
+  const std::int32_t NDIV = data.settings.NDIV;
+  const auto parts = static_cast<std::size_t>(NDIV) * static_cast<std::size_t>(NDIV);
+  const std::size_t bytes = frame::bytes_of<Place>(cells.cells.size(), parts);
+  frame::allocating(log, "grid of the canopy", bytes, [&] {
     const std::vector<Place> blocks = blocks_of(cells, NDIV);
     // Slots, the outer faces' included, are numbered in 32 bits.
     const double slots = 12.0 * NDIV * NDIV * std::max(1.0, static_cast<double>(blocks.size()));
     if (slots > std::numeric_limits<std::int32_t>::max()) {
       fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
     }
-    FineGrid grid = fine_grid(log, surfaces, NDIV, cells.highest_layer);
+    FineGrid grid = fine_grid(log, *axes, NDIV, cells.highest_layer);
     // Before a grid that is too fine takes memory that the patches do not ask for.
-    data.fault = fault_of(patch, grid, surfaces.cells[2], blocks);
+    data.fault = fault_of(patch, grid, (*axes)[2].cells, blocks);
     if (data.fault.kind != PatchFault::none) return;
     data.grid = std::move(grid);
     list_cells(data.grid, blocks, data.cells);

@@ -57,7 +57,7 @@ void read_lai_simpl(frame::Log& log, frame::TextInput& file, const tsrf_module_p
                     const tsrf_module_grdindx::Data& grid_index, std::int32_t mx, std::int32_t my,
                     Data& data) {
   const frame::Tag tag(log, "(tsrf_module_data)(read_lai_simpl)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "trees over patches", frame::bytes_of<char>(file.content().size()), [&] {
     const Plan plan = read_plan(log, file, jmk::ModelArea(mx, my, grid_index, 1));
     for (std::size_t p = 0; p < patch.type.size(); ++p) {
       if (patch.type[p] != tsrf_module_patch::kLand) continue;

@@ -46,7 +46,7 @@ void check_unique(frame::Log& log, const std::vector<std::int32_t>& codes) {
 
 void read_treedat(frame::Log& log, frame::TextInput& file, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_treedat)(read_treedat)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "TreeID,LAD", frame::bytes_of<char>(file.content().size()), [&] {
     Data table = read_lines(log, file);
     check_unique(log, table.TreeID);
     const bool first = data.TreeID.empty();
@@ -57,7 +57,7 @@ void read_treedat(frame::Log& log, frame::TextInput& file, Data& data) {
 
 void set_meshid(frame::Log& log, const Data& data, jmk_module_data::Data& cells) {
   const frame::Tag tag(log, "(tsrf_module_treedat)(set_meshid)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "TreeID", frame::bytes_of<std::int32_t>(data.TreeID.size(), 2), [&] {
     const frame::CodeIndex index(data.TreeID);
     for (jmk_module_data::LeafCell& cell : cells.cells) {
       cell.row = index.find(cell.TreeID);
