@@ -52,6 +52,7 @@ TEST(Records, AreReadInEveryFormThatFilesHave) {
       {"1 2 1*'a b' rest\n1 2 a*b\n", "1 2 a b; 1 2 a*b; end"},
       {"\xEF\xBB\xBF\t1 2 a\n", "1 2 a; end"},
       {"1 1e-400 a\n1 -1e-400 b\n1 0e999 c\n", "1 0 a; 1 0 b; 1 0 c; end"},
+      {"1 .1-9223372036854775808 a\n1 0.0001e-9223372036854775807 b", "1 0 a; 1 0 b; end"},
       {"\n \t\r\n 1 2 a\n \n\t\n", "1 2 a; end"},
       {"2147483647 1e308 a\n-2147483648 -1e308 b",
        "2147483647 1e+308 a; -2147483648 -1e+308 b; end"},
@@ -75,7 +76,7 @@ TEST(Records, RefuseWhatIsNoNumberAndTellItsLine) {
                  "2**1 2*3*1 +-1 0x1 1; 2*1.5 1-1 \xEF\xBB\xBF 9999999999 -");
   expect_refused(
       "1 ",
-      "1e400 -1e400 1e99999999999999999999 nan NaN inf -inf Infinity 1e 1.5e+ 1e+-3 1e-+3 . -. "
+      "1e400 -1e400 1e99999999999999999999 0.333150+9223372036854775807 nan NaN inf -inf Infinity 1e 1.5e+ 1e+-3 1e-+3 . -. "
       "1.2.3 0x1p3 1e5. \"2\" 1d0d0 1__0 e5 1.. 123456789012345678901e300");
   for (const std::string& text : {std::string("1 2\0 a\n", 7), std::string("1 2\r\n \r\n")}) {
     TextInput file("in", text);
