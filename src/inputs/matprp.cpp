@@ -43,20 +43,6 @@ std::int32_t count_materials(frame::Log& log, frame::TextInput& file) {
   }
 }
 
-/// All lines of the next block; none at the end of the file.
-std::vector<Line> read_block(frame::Log& log, frame::TextInput& file) {
-  std::vector<Line> block;
-  do {
-    Line line;
-    const ReadStatus status =
-        file.read(std::span<std::int32_t>(line.head), line.thick, line.SurfCD);
-    if (status == ReadStatus::end && block.empty()) return block;
-    if (status != ReadStatus::ok) read_failed(log, file);
-    frame::allocating(log, [&] { block.push_back(line); });
-  } while (static_cast<std::int64_t>(block.size()) < block.front().head[kNolyr]);
-  return block;
-}
-
 void check_block(frame::Log& log, const std::vector<Line>& block, std::int32_t number) {
   struct Column {
     Head place;
@@ -82,6 +68,38 @@ void check_block(frame::Log& log, const std::vector<Line>& block, std::int32_t n
     log.data_error(items("i,j,thick(i,j) in MatEleProp data =", i + 1, number, block[i].thick),
                    "it must be > 0");
   }
+}
+
+ReadStatus read_line(frame::TextInput& file, Line& line) {
+  return file.read(std::span<std::int32_t>(line.head), line.thick, line.SurfCD);
+}
+
+/// The file ends within the block that begins at `begin`: its `nolyr` is too large. Where lines of
+/// other materials were taken for its own, the first of them is what is told.
+[[noreturn]] void report_cut_block(frame::Log& log, frame::TextInput& file, std::size_t begin,
+                                   const std::vector<Line>& block, std::int32_t number) {
+  Line first;
+  file.seek(begin);
+  read_line(file, first);
+  log.line("%%% file", file.name() + ",", "line", file.record_line());
+  check_block(log, block, number);
+  log.data_error(items("nolyr in MatEleProp data =", first.head[kNolyr]),
+                 items("it must be <=", block.size(), "the lines that are left"));
+}
+
+/// All lines of the next block; none at the end of the file.
+std::vector<Line> read_block(frame::Log& log, frame::TextInput& file, std::int32_t number) {
+  std::vector<Line> block;
+  const std::size_t begin = file.tell();
+  do {
+    Line line;
+    const ReadStatus status = read_line(file, line);
+    if (status == ReadStatus::error) read_failed(log, file);
+    if (status == ReadStatus::end && block.empty()) return block;
+    if (status == ReadStatus::end) report_cut_block(log, file, begin, block, number);
+    frame::allocating(log, [&] { block.push_back(line); });
+  } while (static_cast<std::int64_t>(block.size()) < block.front().head[kNolyr]);
+  return block;
 }
 
 Material material_of(const std::vector<Line>& block) {
@@ -115,7 +133,7 @@ void read_matprp(frame::Log& log, frame::TextInput& file, Data& data) {
   log.line("%%% nmatprp=", count_materials(log, file));
   file.pass_title(log, kHeads + 2);
   for (std::int32_t number = 1;; ++number) {
-    const std::vector<Line> block = read_block(log, file);
+    const std::vector<Line> block = read_block(log, file, number);
     if (block.empty()) break;
     check_block(log, block, number);
     frame::allocating(log, [&] { data.materials.push_back(material_of(block)); });

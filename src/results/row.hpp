@@ -25,7 +25,7 @@ class Row {
   void end(frame::Log& log, frame::TextOutput& file) {
     text_[size_++] = '\n';
     file.buffer().append(text_.data(), size_);
-    file.line_done(log);
+    file.row_done(log);
     size_ = 0;
   }
 
