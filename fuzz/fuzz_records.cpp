@@ -1,4 +1,5 @@
 // Any bytes as a file of records: read as numbers, as texts and counted, all three must agree.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -41,7 +42,13 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
   if (count != expected) std::abort();
   texts.rewind();
   for (std::string_view line; texts.next_line(line);) {
-    if (frame::count_fields(line) > static_cast<int>(line.size())) std::abort();
+    // Where no separator but blanks stands, the count is that of the values a record takes.
+    constexpr std::int64_t kMost = 1000;
+    if (line.find_first_of(",/'\"") != std::string_view::npos) continue;
+    frame::RecordScanner scan(line.data(), line.data() + line.size());
+    std::int64_t taken = 0;
+    while (taken < kMost && scan.skip_field()) ++taken;
+    if (taken != std::min(frame::count_fields(line), kMost)) std::abort();
   }
   return 0;
 }

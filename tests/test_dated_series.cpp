@@ -148,6 +148,60 @@ TEST(DatedSeries, GivesUpBeyondItsCycles) {
   }
 }
 
+/// The warnings at the first query of hourly units, which hold the date elements `LDATE`.
+std::string warnings_of(std::array<std::int32_t, 2> LDATE, const Date& first, int units) {
+  RecordedLog unused;
+  tsrf_module_calendar::Data calendar;
+  std::string text = "title\n";
+  const double start = date2sec(calendar, first);
+  for (int unit = 0; unit < units; ++unit) {
+    const Date date = sec2date(unused.log, calendar, start + 3600.0 * unit);
+    for (auto e = std::size_t(LDATE[0] - 1); e < std::size_t(LDATE[1]); ++e) {
+      text += frame::items(date[e], "");
+    }
+    text += "1\n";
+  }
+  Tide tide(text, {2, LDATE, 100});
+  const std::string log = tide.recorded.lines_of([&] { tide.at(start); });
+  return log.substr(0, log.find("%%% read tide"));
+}
+
+TEST(DatedSeries, WarnsOfDatesThatNearlyFillTheirCycle) {
+  const auto words = [](const char* filled, const char* cycle) {
+    return frame::items("%%% warning : dates in Tide data fill", filled, "s of a cycle of", cycle,
+                        "s, file Tide.txt\n");
+  };
+  constexpr int kYear = 8760;
+  EXPECT_EQ(warnings_of({4, 4}, {1, 1, 1, 0, 0, 0}, 24), "");
+  EXPECT_EQ(warnings_of({4, 4}, {1, 1, 1, 2, 0, 0}, 22), words("79200", "86400"));
+  EXPECT_EQ(warnings_of({4, 4}, {1, 1, 1, 8, 0, 0}, 12), "") << "plainly no day";
+  EXPECT_EQ(warnings_of({2, 4}, {1, 1, 1, 0, 0, 0}, kYear), "");
+  EXPECT_EQ(warnings_of({2, 4}, {1, 1, 1, 0, 0, 0}, kYear - 1), words("31532400", "31536000"));
+  EXPECT_EQ(warnings_of({1, 4}, {2015, 1, 1, 0, 0, 0}, 2 * kYear), "");
+  EXPECT_EQ(warnings_of({1, 4}, {2015, 1, 1, 1, 0, 0}, kYear), words("31536000", "63072000"))
+      << "the last line is of 2016";
+  EXPECT_EQ(warnings_of({3, 4}, {1, 1, 1, 0, 0, 0}, 30 * 24), "") << "a month has 28 to 31 days";
+  EXPECT_EQ(warnings_of({3, 4}, {1, 1, 1, 0, 0, 0}, 28 * 24 - 1), words("2415600", "2419200"));
+  EXPECT_EQ(warnings_of({3, 4}, {1, 1, 1, 1, 0, 0}, 24), words("86400", "2419200"));
+  EXPECT_EQ(warnings_of({3, 4}, {1, 1, 1, 0, 0, 0}, 6 * 24), "") << "a part of a month";
+}
+
+TEST(DatedSeries, WarnsOnceOfAnIntervalThatIsTooWide) {
+  for (const std::int32_t stored : {2, 24}) {
+    Tide tide("title\n1 1\n2 2\n3 3\n6 6\n7 7\n9 9\n", {stored, {4, 4}, 100});
+    const auto warnings = [&](double hour) {
+      const std::string log = tide.recorded.lines_of([&] { tide.at(hour * 3600.0); });
+      const std::size_t at = log.find("%%% warning");
+      return at == std::string::npos ? "" : log.substr(at);
+    };
+    EXPECT_EQ(warnings(1.5) + warnings(8.0), "");  // twice the usual is not too wide
+    EXPECT_EQ(warnings(4.0),
+              "%%% warning : Tide data interpolated over 10800 s, usual interval = 3600 s, "
+              "from date= 1 1 1 3 0 0\n");
+    EXPECT_EQ(warnings(5.0) + warnings(12.0), "");
+  }
+}
+
 TEST(DatedSeries, ChecksItsSettings) {
   for (const FaultCase& c : fault_table("series_group")) {
     RecordedLog recorded;

@@ -240,7 +240,15 @@ TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
   EXPECT_EQ(lines, "### error : write error\nfile = " + folder.path("link") + "\nFile too large\n");
   EXPECT_EQ(folder.content("data/state"), "old");
   EXPECT_FALSE(std::filesystem::exists(folder.path("data/state.new")));
+  // What has the names of the file in the making stays, be it of a killed run or the user's own.
+  const std::vector<std::string> taken = {"data/state.new", "data/state.new1", "data/state.new3"};
+  for (const std::string& name : taken) folder.write(name, name);
+  std::filesystem::create_symlink("nowhere", folder.path("data/state.new2"));
   file.replace(recorded.log, as_records({large}));
+  file.replace(recorded.log, as_records({large}));
+  for (const std::string& name : taken) EXPECT_EQ(folder.content(name), name);
+  EXPECT_FALSE(std::filesystem::exists(folder.path("data/nowhere")));
+  EXPECT_FALSE(std::filesystem::exists(folder.path("data/state.new4")));
   EXPECT_EQ(folder.content("data/state").size(), large.size() + 8);
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
 }

@@ -65,7 +65,7 @@ TEST(Namelist, IsReadInEveryFormThatUsersWrite) {
       {"&group_a list = 1, 2 pair = 3 4.5 flag=T n=2/", "2 0.5 1 old 1 2 9 3 4.5"},
       {"&group_a list(3) = 1 list (2) = 5 / ", "1 0.5 0 old 7 5 1 0 0"},
       {"&group_a LIST(2) = 1, 2 /", "1 0.5 0 old 7 1 2 0 0"},
-      {"&group_a LIST( 1 : 2 ) = 4, 2 N(1)=3 /", "3 0.5 0 old 4 2 9 0 0"},
+      {"&group_a LIST( 1 : 2 ) = 4, 2 N=3 /", "3 0.5 0 old 4 2 9 0 0"},
       {"&group_a list = , 3, , n = , x = /", "1 0.5 0 old 7 3 9 0 0"},
       {"&group_a list = 1,,3 pair=2*7 /", "1 0.5 0 old 1 8 3 7 7"},
       {"&group_a list = 2*, 4 /", "1 0.5 0 old 7 8 4 0 0"},
@@ -74,8 +74,7 @@ TEST(Namelist, IsReadInEveryFormThatUsersWrite) {
       {"&group_a flag = .T. n = 2 flag = .FALSE. flag = true flag = t flag=.f./",
        "2 0.5 0 old 7 8 9 0 0"},
       {"&group_a text = 'it''s / a \"b\" ! & c' n = 2 /", "2 0.5 0 it's / a \"b\" ! & c 7 8 9 0 0"},
-      {"&group_a text = \"a \"\"b\"\" 'c'\", text(1) = 1*\"one\ntwo\" /",
-       "1 0.5 0 onetwo 7 8 9 0 0"},
+      {"&group_a text = \"a \"\"b\"\" 'c'\", text = 1*\"one\ntwo\" /", "1 0.5 0 onetwo 7 8 9 0 0"},
       {"&group_a n = 2 n = 3 /", "3 0.5 0 old 7 8 9 0 0"},
       {"\n\n&group_a n=+3 x=1/ tail &", "3 1 0 old 7 8 9 0 0"},
   };
@@ -107,6 +106,7 @@ TEST(Namelist, ThatCannotBeReadIsToldWithItsLine) {
           "m = 3;3;= 3;n 3;n = 3 4;list = 1,2,3,4;list = 4*1;list = 2000000000*1;list = "
           "99999999999*1;"
           "list = 0*1;list(0) = 1;list(4) = 1;list(3:2) = 1;list(1:2) = 1 2 3;list() = 1;list(1) 1;"
+          "n(1) = 1;n (1) = 1;n(1:1) = 1;x(1) = 1;flag(1) = T;text(1) = 'a';n( = 1;"
           "n = 1.5;n = 2147483648;n = '1';n == 1;x = nan;x = 1e999;text = bare;flag = yes;flag = "
           ".;") +
       std::string("n = 1\0", 6));

@@ -119,6 +119,15 @@ TEST(DatedRuns, CrossMonthsAndGoOnAfterAStop) {
   }
 }
 
+TEST(DatedRuns, ReportTheDiskThatAMonthDidNotFitOn) {
+  const RunCase run(run_case::inputs_of("two_months"));
+  fs::create_symlink("/dev/full", run.path("data/m07/heat.txt"));
+  run_case::set_steps(run, -1, 3);
+  const run_case::Outcome outcome = run.run();
+  EXPECT_EQ(outcome.status, 231);
+  EXPECT_NE(std::ranges::find(outcome.log, "file = data/m07/heat.txt"), outcome.log.end());
+}
+
 /// The nodes of the patch at a place of the list, from a restart file.
 std::vector<double> nodes_of(const RunCase& run, std::size_t patch) {
   const std::string bytes = run.content("restart.dat");

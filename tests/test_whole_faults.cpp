@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 
 #include "run_case.hpp"
 
@@ -145,6 +146,31 @@ TEST_P(Faults, AreReportedInOrder) {
     for (const std::string& edit : row.edits) ASSERT_TRUE(edited(run, edit)) << edit;
     expect_outcome(row, run.run());
   }
+}
+
+TEST(Titles, ThatReadAsRecordsAreToldFileByFile) {
+  const RunCase run(run_case::inputs_of("street_trees"));
+  ASSERT_TRUE(run.set_line("control.txt", 3, "-1 3 0"));
+  std::set<std::string> replaced;
+  for (const auto& entry : fs::directory_iterator(run.path())) {
+    const std::string file = entry.path().filename().string();
+    const Lines lines = run_case::lines_of(entry.path());
+    if (file == "BldSurf.txt" || file == "README.md") continue;  // not read
+    if (lines.size() < 2 || lines[0][0] != '#') continue;
+    ASSERT_TRUE(run.set_line(file, 1, lines[1]));
+    replaced.insert(file);
+  }
+  const std::string warning =
+      "%%% warning : the title line reads as a record, it is not used as one";
+  std::set<std::string> told;
+  const Outcome outcome = run.run();
+  EXPECT_EQ(outcome.status, 0);
+  for (const std::string& line : outcome.log) {
+    if (!line.starts_with(warning)) continue;
+    EXPECT_TRUE(told.insert(run_case::fields_of(line).back()).second) << line;
+  }
+  EXPECT_EQ(told, replaced);
+  EXPECT_GT(told.size(), 10U);
 }
 
 /// What may stand in a file instead of data.

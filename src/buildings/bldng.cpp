@@ -36,6 +36,7 @@ struct Line {
   double area = 0.0, acflr = 0.0, shf = 0.0, cop = 0.0;
   std::int32_t no_release = 0;
 };
+constexpr std::size_t kFields = 9;
 
 [[noreturn]] void read_failed(frame::Log& log, const frame::TextInput& file) {
   log.read_error(file, "### read error : Building data");
@@ -45,8 +46,7 @@ struct Line {
 bool has_building(frame::Log& log, frame::TextInput& file, const frame::CodeIndex& named) {
   std::array<std::string, 8> rest;
   bool found = false;
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, kFields);
   for (;;) {
     std::int32_t BldID = 0;
     const ReadStatus status = file.read(BldID, std::span<std::string>(rest));
@@ -94,8 +94,7 @@ void enter(const Line& line, Data& data) {
 /// Reads the lines of the buildings that patches name.
 void read_lines(frame::Log& log, frame::TextInput& file, const frame::CodeIndex& named,
                 Data& data) {
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, kFields);
   for (;;) {
     Line line;
     const ReadStatus status = file.read(line.BldID, line.BldCD, line.Strct, line.floor, line.area,

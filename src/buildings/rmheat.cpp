@@ -17,7 +17,7 @@ constexpr dated_series::Words kWords{"RmHeat",       "(tsrf_module_rmheat)",
                                      "(set_rmheat)", "%%% read rmheat : date=",
                                      "RmHeat",       "Rmheat",
                                      "time no. ="};
-constexpr std::int64_t kColumns = 11;
+constexpr std::size_t kColumns = 11;
 constexpr double kZeroCelsius = 273.15;
 
 std::int64_t key(std::int32_t bcd, std::int32_t strct) { return (std::int64_t{bcd} << 32) + strct; }
@@ -99,8 +99,7 @@ ReadStatus read_line(frame::TextInput& file, std::span<std::int32_t> date, Line&
 
 Pairs read_pairs(frame::Log& log, frame::TextInput& file, const dated_series::Settings& settings,
                  std::string_view fault) {
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, dated_series::elements(settings) + kColumns);
   Pairs pairs;
   IntDate first{};
   Line line;

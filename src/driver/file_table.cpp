@@ -1,12 +1,8 @@
 #include "driver/file_table.hpp"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <optional>
-#include <utility>
-#include <vector>
+
+#include "driver/result_files.hpp"
 
 namespace frame {
 
@@ -78,6 +74,12 @@ FileNames read_names(Log& log, TextInput& file) {
     name = line;
   }
   for (std::size_t i = 0; i < kFiles; ++i) log.line(kFileTable[i].label, names[i]);
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    if (!names[i].empty() || kFileTable[i].form == input_if_any) continue;
+    log.error_and_log(
+        items("### no name in " + file.name() + ", line", i + 1, ":", title(kFileTable[i])));
+    throw Stop{kStatusOpenError};
+  }
   return names;
 }
 
@@ -99,66 +101,16 @@ void open_row(Log& log, UnitTable& units, int unit, const FileNames& names) {
   }
 }
 
-/// What a file is called on the log, without the padding.
-std::string_view title(std::string_view label) {
-  return label.substr(0, label.find_last_not_of(" :") + 1);
-}
-
-/// A row that is always opened must have a name.
-void check_names(Log& log, const FileNames& names) {
-  for (std::size_t i = 0; i < kFiles; ++i) {
-    if (!names[i].empty() || kFileTable[i].form == input_if_any) continue;
-    log.error_and_log("### cannot open " + std::string(title(kFileTable[i].label)) + " : line " +
-                      std::to_string(i + 1) + " of file_name is blank");
-    throw Stop{kStatusOpenError};
-  }
-}
-
-/// Whether two paths lead, or would lead, to the same file. Devices may serve several times.
-bool same_file(const std::string& a, const std::string& b) {
-  struct stat x {};
-  struct stat y {};
-  const bool has_a = ::stat(a.c_str(), &x) == 0;
-  const bool has_b = ::stat(b.c_str(), &y) == 0;
-  if (has_a != has_b) return false;
-  if (has_a) return x.st_dev == y.st_dev && x.st_ino == y.st_ino && S_ISREG(x.st_mode);
-  std::error_code ignored;
-  const auto path_a = std::filesystem::weakly_canonical(a, ignored);
-  return path_a == std::filesystem::weakly_canonical(b, ignored);
-}
-
-/// No result may be written over an input, another result, the log or the table of names itself.
-void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
-                   const ubx_module_filnam::Data& filnam) {
-  std::vector<std::pair<std::string, std::string>> files;  // what it is, and its path
-  for (std::size_t i = 0; i < kFiles; ++i) {
-    std::string name = names[i];
-    const auto place = std::find(kRegistry.begin(), kRegistry.end(), kFileTable[i].unit);
-    if (filnam.dated && place != kRegistry.end()) {
-      const auto index = static_cast<std::int32_t>(place - kRegistry.begin()) + 1;
-      name = ubx_module_filnam::make_month_name(filnam, index, filnam.MONTHS[0]);
-    }
-    files.emplace_back(title(kFileTable[i].label), units.path_of(name));
-  }
-  files.emplace_back("log", units.path_of("log0000"));
-  files.emplace_back("file_name", units.path_of("file_name"));
-  for (std::size_t i = 0; i < kFiles; ++i) {
-    if (kFileTable[i].form == input || kFileTable[i].form == input_if_any) continue;
-    for (std::size_t other = 0; other < files.size(); ++other) {
-      if (other == i || !same_file(files[i].second, files[other].second)) continue;
-      log.data_error(items(files[i].first, "=", names[i]),
-                     items("it must not be the name of another file :", files[other].first));
-    }
-  }
-}
-
 }  // namespace
+
+std::string title(const FileRow& row) {
+  return std::string(row.label.substr(0, row.label.find_last_not_of(" :") + 1));
+}
 
 void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam) {
   const Tag tag(log, "(read_file_table)");
   TextInput& file = units.input(kUnitFileName);
   const FileNames names = read_names(log, file);
-  check_names(log, names);
   for (const int unit : kOpenedAtStart) open_row(log, units, unit, names);
   ubx_module_filnam::inputdata(log, file, units.input(kUnitControl), filnam);
   for (std::size_t i = 0; i < kRegistry.size(); ++i) {

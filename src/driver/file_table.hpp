@@ -27,6 +27,9 @@ struct FileRow {
   Form form;
 };
 
+/// What a file is called on the log, without the padding: "Sun data (in)".
+[[nodiscard]] std::string title(const FileRow& row);
+
 inline constexpr std::size_t kFiles = 26;
 using FileNames = std::array<std::string, kFiles>;
 

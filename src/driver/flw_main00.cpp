@@ -9,6 +9,7 @@
 
 #include "driver/file_table.hpp"
 #include "driver/progress.hpp"
+#include "driver/result_files.hpp"
 #include "driver/run.hpp"
 #include "driver/tsrf_main01.hpp"
 #include "frame/floating_point.hpp"
@@ -76,6 +77,7 @@ void whole_run(const Place& place, frame::Log& log, frame::UnitTable& units,
   run->inputs.size = read_grid_size(log, units.input(frame::kUnitControl));
   tsrf_main01::tsrf_main01(*run);
   units.flush_outputs(log);
+  frame::report_results(log, units);
   progress::write_closing_stamp(log, units.output(frame::kUnitProgressLog), run->progress);
 }
 

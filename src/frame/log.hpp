@@ -19,6 +19,7 @@
 #include <exception>
 #include <iosfwd>
 #include <new>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -82,6 +83,13 @@ class Log {
   void line(const Items&... values) {
     write_line(items(values...));
   }
+  /// One record headed by "%%% warning :", once: the same words again (a file that is read anew)
+  /// are not repeated.
+  template <class... Items>
+  void warn(const Items&... values) {
+    const auto [text, is_new] = warnings_.insert(items("%%% warning :", values...));
+    if (is_new) write_line(*text);
+  }
   /// One record on standard output.
   template <class... Items>
   void screen(const Items&... values) {
@@ -140,6 +148,7 @@ class Log {
   std::ostream& errors_;
   std::string name_;
   std::string pending_;
+  std::set<std::string> warnings_;
   int fd_ = -1;
   bool failing_ = false;
 };

@@ -29,6 +29,11 @@ std::string lower_case(std::string_view text) {
   return result;
 }
 
+bool is_array(const Target& target) {
+  return std::holds_alternative<std::span<std::int32_t>>(target) ||
+         std::holds_alternative<std::span<double>>(target);
+}
+
 std::size_t size_of(const Target& target) {
   if (const auto* ints = std::get_if<std::span<std::int32_t>>(&target)) return ints->size();
   if (const auto* reals = std::get_if<std::span<double>>(&target)) return reals->size();
@@ -100,8 +105,8 @@ class GroupParser {
     }
   }
 
-  /// Takes `NAME =`, `NAME(i) =` or `NAME(i:j) =`; null, with the status, when it is not a member
-  /// of the group.
+  /// Takes `NAME =`, of an array `NAME(i) =` or `NAME(i:j) =` too; null, with the status, when it
+  /// is not a member of the group or has no elements to choose from.
   const Member* take_member() {
     status_ = kReadError;
     const std::size_t begin = at_;
@@ -116,7 +121,9 @@ class GroupParser {
     skip_blank(false);
     element_ = 0;
     end_ = size_of(found->target);
-    if (at_ < text_.size() && text_[at_] == '(' && !take_index()) return nullptr;
+    if (at_ < text_.size() && text_[at_] == '(') {
+      if (!is_array(found->target) || !take_index()) return nullptr;
+    }
     skip_blank(false);
     if (at_ == text_.size()) {
       status_ = kEndOfFile;

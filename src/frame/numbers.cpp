@@ -78,6 +78,9 @@ bool is_large(std::string_view text) {
     const auto [end, status] = std::from_chars(shift.data(), shift.data() + shift.size(), exponent);
     if (status == std::errc::result_out_of_range) return shift.front() != '-';
   }
+  // Further out than any text has digits, and sums of it still fit.
+  constexpr std::int64_t kFar = std::int64_t{1} << 62;
+  exponent = std::clamp(exponent, -kFar, kFar);
   const std::string_view digits = text.substr(0, mark);
   const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
   const auto leading = static_cast<std::int64_t>(digits.find_first_not_of("0."));

@@ -56,6 +56,25 @@ bool write_records(int fd, std::span<const std::span<const std::byte>> records) 
   return true;
 }
 
+/// A file that was made here, under a name that nothing had.
+struct NewFile {
+  std::string name;
+  int fd;  ///< negative: none could be made, for the reason in errno
+};
+
+/// Makes a file beside `target`. What has a name already (an input, a file of the user, what a
+/// killed run left behind) is passed over and left as it is.
+NewFile make_beside(const std::string& target) {
+  constexpr int kNames = 10'000;
+  NewFile file{target + ".new", -1};
+  for (int n = 1; n <= kNames; ++n) {
+    file.fd = ::open(file.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file.fd >= 0 || errno != EEXIST) break;
+    file.name = target + ".new" + std::to_string(n);
+  }
+  return file;
+}
+
 /// Gives the new file the permissions of the one it replaces and brings it to the disk.
 bool settle(int fd, const std::string& replaced) {
   struct stat info {};
@@ -128,23 +147,26 @@ void RecordFile::unload() {
 void RecordFile::replace(Log& log, std::span<const std::span<const std::byte>> records) {
   const std::string target = resolved(name_);
   const bool device = is_device(target);
-  const std::string beside = device ? target : target + ".new";
   const auto fail = [&](int error) {
-    if (!device) ::unlink(beside.c_str());
     log.fail("### error : write error", items("file =", name_), std::strerror(error));
   };
   for (const auto record : records) {
     if (record.size() > INT32_MAX) fail(EFBIG);
   }
-  const int fd = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (fd < 0) fail(errno);
-  const bool written = write_records(fd, records) && (device || settle(fd, target));
+  const NewFile file =
+      device ? NewFile{target, ::open(target.c_str(), O_WRONLY | O_CLOEXEC)} : make_beside(target);
+  if (file.fd < 0) fail(errno);
+  const auto fail_without = [&](int error) {
+    if (!device) ::unlink(file.name.c_str());
+    fail(error);
+  };
+  const bool written = write_records(file.fd, records) && (device || settle(file.fd, target));
   const int error = errno;
-  const bool closed = ::close(fd) == 0;
-  if (!written) fail(error);
-  if (!closed) fail(errno);
+  const bool closed = ::close(file.fd) == 0;
+  if (!written) fail_without(error);
+  if (!closed) fail_without(errno);
   if (device) return;
-  if (::rename(beside.c_str(), target.c_str()) != 0) fail(errno);
+  if (::rename(file.name.c_str(), target.c_str()) != 0) fail_without(errno);
   sync_folder_of(target);
 }
 

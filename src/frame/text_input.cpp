@@ -7,8 +7,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <utility>
+
+#include "frame/log.hpp"
 
 namespace frame {
 
@@ -23,6 +27,16 @@ const char* behind_line(const char* at, const char* last) {
   const auto* end =
       static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(last - at)));
   return end == nullptr ? last : end + 1;
+}
+
+/// Takes a repeat count and its star off `text`: the count, 1 where none stands.
+std::int32_t take_count(std::string_view& text) {
+  const std::size_t star = std::min(text.find_first_not_of("0123456789"), text.size());
+  std::int32_t count = 0;
+  if (star == text.size() || text[star] != '*') return 1;
+  if (!parse_number(text.substr(0, star), count) || count < 1) return 1;
+  text.remove_prefix(star + 1);
+  return count;
 }
 
 }  // namespace
@@ -69,14 +83,9 @@ RecordScanner::Token RecordScanner::next_token() {
 
 /// Takes the count off `r*value` or `r*`. What is no such count is left to be the value's text.
 void RecordScanner::take_repeats() {
-  repeats_ = 1;
-  const char* p = at_;
-  while (p < last_ && *p >= '0' && *p <= '9') ++p;
-  std::int32_t count = 0;
-  if (p == last_ || *p != '*') return;
-  if (!parse_number({at_, static_cast<std::size_t>(p - at_)}, count) || count < 1) return;
-  repeats_ = count;
-  at_ = p + 1;
+  std::string_view rest(at_, static_cast<std::size_t>(last_ - at_));
+  repeats_ = take_count(rest);
+  at_ = rest.data();
 }
 
 /// Takes the text up to the next separator; an empty one (behind a repeat count) is a null.
@@ -203,6 +212,19 @@ bool TextInput::skip_line() {
   return next_line(line);
 }
 
+void TextInput::pass_title(Log& log, std::size_t fields) {
+  constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+  rewind();
+  std::string_view title;
+  if (!next_line(title) || fields > title.size()) return;
+  RecordScanner scan(title.data(), title.data() + title.size());
+  for (std::size_t i = 0; i < fields; ++i) {
+    double value = kUnset;  // what a null leaves, also behind the slash of a date
+    if (!scan.field(value) || std::isnan(value)) return;
+  }
+  log.warn("the title line reads as a record, it is not used as one : file", name_);
+}
+
 bool TextInput::next_line(std::string_view& line) {
   if (at_ == last_) return false;
   const char* behind = behind_line(at_, last_);
@@ -281,11 +303,23 @@ std::string Origin::text() const {
          std::to_string(lines[1]);
 }
 
-int count_fields(std::string_view line) {
-  int count = 0;
+/// The first character of the record read last.
+const char* TextInput::record_begin() const {
+  const char* begin = record_;
+  while (begin < at_ && is_space(*begin)) ++begin;
+  return begin;
+}
+
+bool TextInput::ran_on() const { return behind_line(record_begin(), at_) < at_; }
+
+std::int64_t TextInput::record_line() const { return 1 + std::count(first_, record_begin(), '\n'); }
+
+std::int64_t count_fields(std::string_view line) {
+  std::int64_t count = 0;
   bool inside = false;
   char quote = 0;
-  for (const char c : line) {
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
     if (quote != 0) {
       if (c == quote) quote = 0;
       continue;
@@ -294,7 +328,10 @@ int count_fields(std::string_view line) {
       inside = false;
       continue;
     }
-    if (!inside) ++count;
+    if (!inside) {
+      std::string_view field = line.substr(i);
+      count += take_count(field);
+    }
     inside = true;
     if (c == '\'' || c == '"') quote = c;
   }

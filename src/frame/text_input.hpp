@@ -7,8 +7,8 @@
 // text may stand in quotes. Blank lines hold no record. Fields are taken as whole tokens: what is
 // not a number of the wanted kind is an error, never half a number.
 //
-// Opened by the table of units and handed to the readers of the data sets, all of which read
-// their files only through this class.
+// The first line of a data file is a title. Files are opened by the table of units and handed to
+// the readers of the data sets, all of which read them only through this class.
 #pragma once
 
 #include <array>
@@ -21,6 +21,8 @@
 #include "frame/numbers.hpp"
 
 namespace frame {
+
+class Log;
 
 enum class ReadStatus {
   ok,     ///< the record was read
@@ -136,6 +138,10 @@ class TextInput {
   }
   /// Passes over one line as it stands (a title); false when there is none.
   bool skip_line();
+  /// Goes to the first line and passes over it, the title of a data file whose records have
+  /// `fields` fields. Warns where it reads as such a record, all numbers: then the file has no
+  /// title, and what is passed over is data.
+  void pass_title(Log& log, std::size_t fields);
   /// Takes one line as it stands, without its line end; false when there is none.
   bool next_line(std::string_view& line);
 
@@ -144,6 +150,7 @@ class TextInput {
   /// `fault_line` tells where.
   template <class... Fields>
   ReadStatus read(Fields&&... fields) {
+    record_ = at_;
     RecordScanner scan(at_, last_);
     if ((scan.field(fields) && ...)) {
       advance(scan.end_of_record());
@@ -151,6 +158,11 @@ class TextInput {
     }
     return failed(scan);
   }
+
+  /// Whether the record read last stands on more than one line, and the line (from 1) in which it
+  /// begins.
+  [[nodiscard]] bool ran_on() const;
+  [[nodiscard]] std::int64_t record_line() const;
 
   /// Number of records of `fields` fields from here to the end of the text; the place is kept. A
   /// last record that is cut short counts.
@@ -174,6 +186,7 @@ class TextInput {
     if (mapping_ != nullptr && at_ - released_ > kReleaseStep) release();
   }
   ReadStatus failed(const RecordScanner& scan);
+  [[nodiscard]] const char* record_begin() const;
   void skip_byte_order_mark();
   void map(int fd, std::size_t size);
   void slurp(int fd, std::size_t size);
@@ -187,6 +200,7 @@ class TextInput {
   const char* first_ = nullptr;
   const char* last_ = nullptr;
   const char* at_ = nullptr;
+  const char* record_ = nullptr;  // where the last record was looked for
   const char* fault_ = nullptr;
   const char* mapping_ = nullptr;   // start of the mapped file; null when `owned_` holds the text
   const char* released_ = nullptr;  // up to here its pages have been given back
@@ -203,7 +217,8 @@ struct Origin {
 };
 
 /// Number of fields of a line, separated by blanks, tabs or commas; a quote (single or double)
-/// toggles a state in which separators do not split.
-[[nodiscard]] int count_fields(std::string_view line);
+/// toggles a state in which separators do not split. A field with a repeat count counts as often
+/// as it is given.
+[[nodiscard]] std::int64_t count_fields(std::string_view line);
 
 }  // namespace frame

@@ -22,8 +22,14 @@ TextOutput::~TextOutput() {
   ::close(fd_);
 }
 
+bool TextOutput::holds_earlier() const {
+  struct stat info {};
+  return !started_ && buffer_.empty() && ::fstat(fd_, &info) == 0 && info.st_size > 0;
+}
+
 void TextOutput::rewind(Log& log) {
   buffer_.clear();
+  rows_ = 0;
   if (started_) check(log, start_over());
 }
 

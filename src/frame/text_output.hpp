@@ -6,6 +6,7 @@
 // units; filled by the result writers and the progress record.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -29,6 +30,11 @@ class TextOutput {
 
   /// The buffer that the writer fills, line ends included; `flush` or a full buffer writes it.
   [[nodiscard]] std::string& buffer() { return buffer_; }
+  /// To be called after each row of results: as line_done, and the row counts.
+  void row_done(Log& log) {
+    ++rows_;
+    line_done(log);
+  }
   /// To be called after each line: writes the buffer when it is large.
   void line_done(Log& log) {
     if (buffer_.size() >= kBufferLimit) write_out(log);
@@ -39,6 +45,10 @@ class TextOutput {
     buffer_ += '\n';
     line_done(log);
   }
+  /// Rows since the file was last started over.
+  [[nodiscard]] std::int64_t rows() const { return rows_; }
+  /// Whether the file still holds what an earlier run left in it.
+  [[nodiscard]] bool holds_earlier() const;
   /// Starts the file over: what was written is dropped.
   void rewind(Log& log);
   /// Brings everything to the file. Fails, naming the file and the system's reason, when the
@@ -56,6 +66,7 @@ class TextOutput {
   std::string name_;
   std::string reason_;
   std::string buffer_;
+  std::int64_t rows_ = 0;
   int fd_ = -1;
   bool started_ = false;
 };

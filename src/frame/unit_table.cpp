@@ -54,7 +54,26 @@ std::string UnitTable::path_of(const std::string& name) const {
   return directory_ + "/" + name;
 }
 
-void UnitTable::close(int unit) { at(unit) = Slot{}; }
+void UnitTable::close(int unit) {
+  if (has_output(unit)) {
+    Written file = written_to(unit, output(unit));
+    std::erase_if(closed_, [&](const Written& w) { return w.unit == unit && w.name == file.name; });
+    closed_.push_back(std::move(file));
+  }
+  at(unit) = Slot{};
+}
+
+UnitTable::Written UnitTable::written_to(int unit, const TextOutput& file) {
+  return {unit, file.name(), file.rows(), file.holds_earlier()};
+}
+
+std::vector<UnitTable::Written> UnitTable::written() const {
+  std::vector<Written> files = closed_;
+  for (int unit = 0; unit <= kUnits; ++unit) {
+    if (has_output(unit)) files.push_back(written_to(unit, *at(unit).output));
+  }
+  return files;
+}
 
 void UnitTable::flush_outputs(Log& log) {
   for (Slot& slot : slots_) {

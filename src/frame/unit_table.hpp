@@ -6,8 +6,10 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "frame/log.hpp"
 #include "frame/record_file.hpp"
@@ -62,12 +64,25 @@ class UnitTable {
   TextInput& open_input(Log& log, int unit, const std::string& name);
   /// The same, but a file that is not there is read as an empty one.
   TextInput& open_input_if_any(Log& log, int unit, const std::string& name);
-  /// Opens a file for writing, made where it is not there, as it is where it is.
+  /// Opens a file for writing, made where it is not there, as it is where it is. The table keeps
+  /// what was written to it when it is closed.
   TextOutput& open_output(Log& log, int unit, const std::string& name);
   /// Opens the restart file, made empty where it is not there.
   RecordFile& open_records(Log& log, int unit, const std::string& name);
   void close(int unit);
 
+  /// What this run has written to an output file, or has not.
+  struct Written {
+    int unit;
+    std::string name;
+    std::int64_t rows;
+    bool holds_earlier;  ///< the file holds what an earlier run left
+  };
+  /// The output files that were closed, each name once, in the order of closing, then the open
+  /// ones.
+  [[nodiscard]] std::vector<Written> written() const;
+
+  [[nodiscard]] bool has_output(int unit) const { return at(unit).output != nullptr; }
   [[nodiscard]] TextInput& input(int unit) { return *at(unit).input; }
   [[nodiscard]] TextOutput& output(int unit) { return *at(unit).output; }
   [[nodiscard]] RecordFile& records(int unit) { return *at(unit).records; }
@@ -84,11 +99,13 @@ class UnitTable {
     std::unique_ptr<TextOutput> output;
     std::unique_ptr<RecordFile> records;
   };
+  [[nodiscard]] static Written written_to(int unit, const TextOutput& file);
   [[nodiscard]] Slot& at(int unit) { return slots_.at(static_cast<std::size_t>(unit)); }
   [[nodiscard]] const Slot& at(int unit) const { return slots_.at(static_cast<std::size_t>(unit)); }
 
   std::string directory_;
   std::array<Slot, kUnits + 1> slots_;
+  std::vector<Written> closed_;
 };
 
 }  // namespace frame

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace dated_series {
 
@@ -25,12 +26,12 @@ bool next_text_line(frame::TextInput& file, std::string_view& line) {
   return false;
 }
 
-void check_columns(frame::Log& log, frame::TextInput& file, const Words& words,
-                   std::int64_t columns, const Settings& settings) {
-  file.rewind();
+void check_columns(frame::Log& log, frame::TextInput& file, const Words& words, std::size_t columns,
+                   const Settings& settings) {
+  file.pass_title(log, elements(settings) + columns);
   std::string_view line;
-  if (!file.skip_line() || !next_text_line(file, line)) return;
-  const std::int64_t found = frame::count_fields(line) - columns;
+  if (!next_text_line(file, line)) return;
+  const std::int64_t found = frame::count_fields(line) - static_cast<std::int64_t>(columns);
   const std::int32_t wanted = settings.LDATE[1] - settings.LDATE[0] + 1;
   if (found == wanted) return;
   log.data_error(items(of_data("no. of date elements", words.counted), found),
@@ -83,6 +84,11 @@ class Query {
       s_.dates.resize(slots);
       s_.places.resize(slots);
     });
+    const auto amiss = misfit(s_.spacing, s_.first, s_.last);
+    if (amiss && !source_.words.rests) {
+      log_.warn("dates in", source_.words.data, "data fill", amiss->filled, "s of a cycle of",
+                amiss->cycle, "s, file", file_.name());
+    }
   }
 
   /// A series of one unit is constant.
@@ -106,9 +112,21 @@ class Query {
     return std::nullopt;
   }
 
-  [[nodiscard]] Bracket bracket(std::size_t i) const {
+  [[nodiscard]] Bracket bracket(std::size_t i) {
     const auto unit = s_.start + static_cast<std::int64_t>(i);
-    return {slot(unit), slot(unit + 1), (time_ - s_.times[i]) / (s_.times[i + 1] - s_.times[i])};
+    const double interval = s_.times[i + 1] - s_.times[i];
+    if (interval > 2.0 * s_.spacing.usual && !s_.told_of_gap) tell_of_gap(unit, interval);
+    return {slot(unit), slot(unit + 1), (time_ - s_.times[i]) / interval};
+  }
+
+  void tell_of_gap(std::int64_t unit, double interval) {
+    const bool between_cycles = floor_div(unit + 1, s_.units) != floor_div(unit, s_.units);
+    if (between_cycles && source_.words.rests) return;
+    s_.told_of_gap = true;
+    const Date from = calendar_date(unit);
+    log_.warn(source_.words.data, "data interpolated over", interval,
+              "s, usual interval =", s_.spacing.usual, "s, from date=", from[0], from[1], from[2],
+              from[3], from[4], from[5]);
   }
 
   [[nodiscard]] std::int32_t slot(std::int64_t unit) const {
@@ -150,14 +168,19 @@ class Query {
     report(unit);
   }
 
-  /// Tells the log the date of a unit read, its day as the calendar has it.
-  void report(std::int64_t unit) {
+  /// Date of a stored unit, its day as the calendar has it.
+  [[nodiscard]] Date calendar_date(std::int64_t unit) {
     const Date date = date_of(unit);
     const Date midnight = tsrf_module_calendar::sec2date(
         log_, calendar_,
         tsrf_module_calendar::date2sec(calendar_, {date[0], date[1], date[2], 0.0, 0.0, 0.0}));
-    log_.line(source_.words.reading, midnight[0], midnight[1], midnight[2], date[3], date[4],
-              date[5]);
+    return {midnight[0], midnight[1], midnight[2], date[3], date[4], date[5]};
+  }
+
+  /// Tells the log the date of a unit read.
+  void report(std::int64_t unit) {
+    const Date date = calendar_date(unit);
+    log_.line(source_.words.reading, date[0], date[1], date[2], date[3], date[4], date[5]);
   }
 
   /// Fills the window anew, from the first unit of the cycle `cycles` behind that of the time.
@@ -265,7 +288,14 @@ void check_same_date(frame::Log& log, const Words& words, const IntDate& date,
                  items("it must be =", text(of_block)), items("line no. =", line));
 }
 
-void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::int64_t columns,
+void note_record(frame::Log& log, const frame::TextInput& file, const Words& words, Counter& at) {
+  if (at.told || !file.ran_on()) return;
+  at.told = true;
+  log.warn("a record of", words.data, "data takes more than one line, file", file.name() + ",",
+           "line", file.record_line());
+}
+
+void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::size_t columns,
                 frame::FunctionRef<ReadStatus(Counter&, IntDate&)> check, Series& series) {
   check_columns(log, file, words, columns, series.settings);
   file.rewind();
@@ -273,9 +303,11 @@ void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std
   const tsrf_module_calendar::Data plain;
   double previous = kBeforeAll;
   std::int64_t units = 0;
+  Counter at;
+  std::vector<double> intervals;
   for (;;) {
     IntDate date{1, 1, 1, 0, 0, 0};
-    Counter at{units + 1, units + 1};
+    at.line = at.time = units + 1;
     const ReadStatus status = check(at, date);
     if (status == ReadStatus::end) break;
     if (status == ReadStatus::error) {
@@ -283,12 +315,14 @@ void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std
     }
     const double time = tsrf_module_calendar::date2sec(plain, as_reals(date));
     check_date(log, words, at, date, time > previous);
+    if (units > 0) intervals.push_back(time - previous);
     previous = time;
     series.last = as_reals(date);
     if (units++ == 0) series.first = series.last;
   }
   if (units == 0) log.fail("### error : lack of " + std::string(words.data) + " data");
   series.units = units;
+  series.spacing = spacing_of(std::move(intervals));
 }
 
 Bracket find(frame::Log& log, frame::TextInput& file, double time,

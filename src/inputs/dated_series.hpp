@@ -26,6 +26,7 @@
 #include "frame/namelist.hpp"
 #include "frame/text_input.hpp"
 #include "inputs/calendar.hpp"
+#include "inputs/series_spacing.hpp"
 
 namespace dated_series {
 
@@ -55,6 +56,7 @@ struct Words {
   std::string_view counted;  ///< its file where the date elements are counted
   std::string_view ordered;  ///< its file where dates do not ascend
   std::string_view place_of_disorder;  ///< "line no. =" or "time no. ="
+  bool rests = false;  ///< what lies between the cycles has no part in the run (night in Sun files)
 };
 
 struct Series {
@@ -66,6 +68,7 @@ struct Series {
   // From the check pass.
   std::int64_t units = 0;  ///< number of units of the file; 0 before the check pass
   Date first{}, last{};    ///< dates of the first and the last
+  Spacing spacing{};       ///< of the units in time
 
   // The window.
   bool filled = false;
@@ -76,6 +79,7 @@ struct Series {
   std::vector<std::size_t> places;      ///< per slot: where its unit begins in the file
   std::size_t current = 0;              ///< position found last, where the next search starts
   std::size_t place = 0;                ///< where the unit behind the window starts in the file
+  bool told_of_gap = false;             ///< the log was warned of a wide interval
 
   /// Whether all units are stored; else two of them.
   [[nodiscard]] bool all_in_memory() const { return settings.NSTRDT > 2 || units <= 2; }
@@ -85,10 +89,14 @@ struct Series {
 /// Forgets the file: the next query checks and reads it anew. The settings stay.
 void reset(Series& series);
 
+/// Number of date elements on a record.
+inline std::size_t elements(const Settings& settings) {
+  return static_cast<std::size_t>(settings.LDATE[1] - settings.LDATE[0] + 1);
+}
 /// The elements of `date` that a record holds, in the order of the record.
 inline std::span<std::int32_t> on_record(const Settings& settings, IntDate& date) {
   const auto first = static_cast<std::size_t>(settings.LDATE[0] - 1);
-  return std::span(date).subspan(first, static_cast<std::size_t>(settings.LDATE[1]) - first);
+  return std::span(date).subspan(first, elements(settings));
 }
 
 /// A date as it is printed.
@@ -100,12 +108,16 @@ std::string of_data(std::string_view item, std::string_view data);
 struct Counter {
   std::int64_t line = 0;
   std::int64_t time = 0;
+  bool told = false;  ///< the log was warned of a record on more than one line
 };
+/// To be called behind each record that is read: warns of the first that takes more than one line.
+void note_record(frame::Log& log, const frame::TextInput& file, const Words& words, Counter& at);
 
 /// The check pass: the number of fields of the first record (`columns` of them values), then every
 /// unit by `check`, which reads the next one, fills its date and checks its values; then the date.
-/// Sets the number of units and the first and last date.
-void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::int64_t columns,
+/// Sets the number of units, the first and last date and the spacing. Warns of a record that takes
+/// more than one line (one that lacks a field takes it from the next) and of a missing title.
+void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std::size_t columns,
                 frame::FunctionRef<frame::ReadStatus(Counter&, IntDate&)> check, Series& series);
 
 /// Reads the records of one block: `record(n)` reads the n-th, from 0. The end of the file before
@@ -140,6 +152,7 @@ frame::ReadStatus check_block(frame::Log& log, frame::TextInput& file, const Wor
     IntDate of_record = date;
     const frame::ReadStatus status = record(at.line + n, on_record(settings, of_record));
     if (status != frame::ReadStatus::ok) return status;
+    note_record(log, file, words, at);
     if (n == 0) date = of_record;
     check_same_date(log, words, of_record, date, at.line + n);
     check(at.line + n);
@@ -177,7 +190,9 @@ void mix(double weight, std::span<const Real> lower, std::span<const Real> upper
 }
 
 /// Finds the units round `time`. The first query runs the check pass. Any order of times will do;
-/// a forward run costs one comparison a query while the time stays between two units.
+/// a forward run costs one comparison a query while the time stays between two units. Warns of a
+/// file that nearly fills its cycle, and of the first bracket that is more than twice as wide as
+/// the file's usual interval.
 Bracket find(frame::Log& log, frame::TextInput& file, double time,
              tsrf_module_calendar::Data& calendar, const Source& source, Series& series);
 

@@ -30,8 +30,7 @@ struct Line {
 std::int32_t count_materials(frame::Log& log, frame::TextInput& file) {
   std::array<std::string, 2> rest;  // thickness and code
   std::array<std::string, kHeads + 2> line;
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, kHeads + 2);
   for (std::int32_t count = 0;; ++count) {
     std::array<std::int32_t, kHeads> head{};
     const ReadStatus status =
@@ -127,8 +126,7 @@ void index_materials(frame::Log& log, Data& data) {
 void read_matprp(frame::Log& log, frame::TextInput& file, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_matprp)(read_matprp)");
   log.line("%%% nmatprp=", count_materials(log, file));
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, kHeads + 2);
   for (std::int32_t number = 1;; ++number) {
     const std::vector<Line> block = read_block(log, file, number);
     if (block.empty()) break;

@@ -26,6 +26,8 @@ struct Line {
   std::int32_t type = 1, SurfID = 1, BldID = 1;
 };
 
+constexpr std::size_t kFields = 11;
+
 ReadStatus read_line(frame::TextInput& file, Line& line) {
   return file.read(line.PID, line.i, line.j, line.k, line.area, std::span<double>(line.normal),
                    line.type, line.SurfID, line.BldID);
@@ -74,8 +76,7 @@ class Reader {
 
   /// Enters all lines of `file`; their number.
   std::int32_t read(frame::TextInput& file, std::string_view name) {
-    file.rewind();
-    file.skip_line();
+    file.pass_title(log_, kFields);
     stray_.reset();
     std::int32_t lines = 0;
     for (Line line;; line = Line{}, ++lines) {

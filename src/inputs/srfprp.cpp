@@ -54,8 +54,7 @@ void enter(const Values& v, Data& data) {
 }
 
 void read_lines(frame::Log& log, frame::TextInput& file, Data& data) {
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, 1 + kColumns);
   for (;; ++data.n) {
     std::int32_t code = 0;
     Values values{};

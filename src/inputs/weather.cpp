@@ -127,9 +127,10 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
 void check_data(frame::Log& log, frame::TextInput& file, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_weather)(check_data)");
   Given given;
-  const auto check = [&](const dated_series::Counter& at, dated_series::IntDate& date) {
+  const auto check = [&](dated_series::Counter& at, dated_series::IntDate& date) {
     const frame::ReadStatus status = read_line(file, date, data);
     if (status == frame::ReadStatus::ok) {
+      dated_series::note_record(log, file, kWords, at);
       check_line(log, data.line, at.line);
       given.note(data.line, at.line);
     }

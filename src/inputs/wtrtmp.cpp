@@ -119,8 +119,8 @@ void read_wtrtmp(frame::Log& log, frame::TextInput& file, const tsrf_module_patc
   dated_series::reset(data.series);
   data.PID.clear();
   data.patch.clear();
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, dated_series::elements(data.series.settings) + 2 +
+                           static_cast<std::size_t>(data.settings.NITEM));
   if (!has_records(log, file, data)) return;
   IntDate first{};
   for (;;) {
@@ -169,8 +169,8 @@ void check_data(frame::Log& log, frame::TextInput& file, const tsrf_module_patch
     if (status == ReadStatus::ok) check_counts(log, data, at.time);
     return status;
   };
-  dated_series::check_pass(log, file, kWords, std::int64_t{data.settings.NITEM} + 2, check,
-                           data.series);
+  dated_series::check_pass(log, file, kWords, static_cast<std::size_t>(data.settings.NITEM) + 2,
+                           check, data.series);
 }
 
 void set_wtrtmp(frame::Log& log, frame::TextInput& file, double time,

@@ -18,8 +18,7 @@ struct IndexLines {
 };
 
 IndexLines read_index_lines(frame::Log& log, frame::TextInput& file, std::int32_t mpatch) {
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, 3);
   const std::size_t count = file.count_records(3);
   if (count != static_cast<std::size_t>(mpatch)) {
     log.data_error(frame::items("no. of PIDs in PatchIndex data =", count),
@@ -176,8 +175,7 @@ void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data) {
     return group;
   };
   data.prd.clear();
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, 2);
   std::int32_t p = 0;
   std::int32_t q = 0;
   frame::ReadStatus status = frame::ReadStatus::end;

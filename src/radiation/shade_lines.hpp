@@ -13,10 +13,15 @@
 
 namespace tsrf_module_shade {
 
-inline constexpr dated_series::Words kWords{
-    "Sun", "(tsrf_module_shade)", "(set_shade_oneday)", "%%% read shade : date=", "Sun",
-    "Sun", "time no. ="};
-inline constexpr std::int64_t kColumns = 3;
+inline constexpr dated_series::Words kWords{"Sun",
+                                            "(tsrf_module_shade)",
+                                            "(set_shade_oneday)",
+                                            "%%% read shade : date=",
+                                            "Sun",
+                                            "Sun",
+                                            "time no. =",
+                                            true};
+inline constexpr std::size_t kColumns = 3;
 
 /// A line behind its date.
 struct Line {

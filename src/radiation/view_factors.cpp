@@ -74,8 +74,7 @@ void take_row(frame::Log& log, const Data& data, Row row, std::int64_t line, Gro
 
 void take_rows(frame::Log& log, frame::TextInput& file, const Data& data, Groups& groups,
                ViewFactorGatherer& table) {
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, 5);
   Row row;
   std::int64_t line = 0;
   for (;;) {

@@ -53,6 +53,8 @@ struct Monthly {
   FluxSums fluxes;
   CellFieldSums cells;
   BuildingSums buildings;
+  std::int32_t month = 0;          ///< the month of the sums; 0: no step yet
+  std::int32_t written_month = 0;  ///< the month whose files were written last; 0: none
 };
 
 /// Before the step: surface temperatures [K] and, where they are stored, radiosities (else empty).

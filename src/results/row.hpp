@@ -30,7 +30,7 @@ class Row {
   void end(frame::Log& log, frame::TextOutput& file) {
     text_[size_++] = '\n';
     file.buffer().append(text_.data(), size_);
-    file.line_done(log);
+    file.row_done(log);
     size_ = 0;
     reals_ = 0;
     unsound_ = -1;

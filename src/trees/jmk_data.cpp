@@ -19,8 +19,7 @@ std::vector<LeafCell> read_lines(frame::Log& log, frame::TextInput& file,
                                  const jmk::ModelArea& area, std::int32_t layers) {
   std::vector<LeafCell> lines;
   LeafCell line{};
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, 4);
   frame::ReadStatus status{};
   while ((status = file.read(line.i, line.j, line.k, line.TreeID)) == frame::ReadStatus::ok) {
     if (!area.holds(line.i, line.j) || line.k < 0 || line.k >= layers) {

@@ -24,8 +24,7 @@ using Plan = std::map<std::pair<std::int32_t, std::int32_t>, PlanTree>;
 
 Plan read_plan(frame::Log& log, frame::TextInput& file, const jmk::ModelArea& area) {
   Plan plan;
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, 4);
   std::int32_t i = 0, j = 0;
   PlanTree tree;
   frame::ReadStatus status{};

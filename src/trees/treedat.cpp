@@ -15,8 +15,7 @@ Data read_lines(frame::Log& log, frame::TextInput& file) {
   Data table;
   std::int32_t TreeID = 0;
   double lad = 0.0;
-  file.rewind();
-  file.skip_line();
+  file.pass_title(log, 2);
   frame::ReadStatus status{};
   while ((status = file.read(TreeID, lad)) == frame::ReadStatus::ok) {
     if (!(lad > 0.0) || lad > jmk::kMostOfLeaves) {
