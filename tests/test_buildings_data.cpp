@@ -81,11 +81,6 @@ TEST(Buildings, OnlyThoseThatPatchesNameAreKept) {
   street.buildings("7 1 2 4 100 0 0 4 0\n" + kSecond);
   EXPECT_EQ(bldng.floor[0], 4);
   EXPECT_EQ(bldng.Tr, (std::vector{290.0, 291.0}));
-  for (const std::string& other : {kFirst, kSecond + kFirst, "7 1 1 3 100 0.5 0.8 3 0\n" + kSecond,
-                                   "7 2 2 3 100 0.5 0.8 3 0\n" + kSecond}) {
-    EXPECT_EQ(street.recorded.lines_of([&] { street.buildings(other); }),
-              "### error : invalid multi-day data\n(tsrf_module_bldng)(read_bldng)\n");
-  }
 }
 
 TEST(Buildings, WallsAreCutIntoEqualCells) {
@@ -164,18 +159,6 @@ TEST(SharedBuildings, SumsReachAllThatShareThem) {
       }
     }
   }
-}
-
-TEST(SharedBuildings, OneProcessKeepsItsSums) {
-  Street street;
-  street.buildings(kFirst + kSecond);
-  const frame::ProcessLayer layer;
-  tsrf_module_bldcmm::Data bldcmm;
-  bldcmm_set_list(street.log, layer, street.bldng, bldcmm);
-  EXPECT_TRUE(bldcmm.lists.keepers.empty() && bldcmm.lists.sharers.empty());
-  std::vector<double> sums{1.0, 2.0};
-  sumbldat01(street.log, layer, bldcmm, 1, sums);
-  EXPECT_EQ(sums, (std::vector{1.0, 2.0}));
 }
 
 }  // namespace

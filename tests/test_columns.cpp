@@ -95,47 +95,6 @@ TEST(Columns, SmallestStepIsThatOfAnIndependentModel) {
   }
 }
 
-TEST(Columns, CellsAndConductancesAddUpToTheLayers) {
-  const std::vector<std::vector<Part>> stacks{
-      {ground(12, 0.03, 1.7)},
-      {layer(10, 0.2, 3), layer(30, 0.01, 1), layer(12, 0.1, 4)},
-      {},
-      {layer(32, 0.01, 1)}};
-  const std::vector<double> hin{0.0, 8.0, 8.0, 5.0};
-  Columns columns(stacks, hin);
-  columns.set();
-  const tsrf_module_data::Data& data = columns.data;
-  for (std::size_t p = 0; p < stacks.size(); ++p) {
-    double thickness = 0.0, resistance = 0.0, capacity = 0.0;
-    for (const Part& part : stacks[p]) {
-      const auto row = static_cast<std::size_t>(columns.srfprp.by_code.find(part.SurfCD));
-      thickness += part.thickness;
-      resistance += part.thickness / columns.srfprp.conductivity[row];
-      capacity += part.thickness * columns.srfprp.heat_capacity[row];
-    }
-    double depth = 0.0, path = 0.0;
-    for (std::int32_t k = 0; k < data.nlyr[p]; ++k) {
-      depth += data.dzl(p, k);
-      path += 1.0 / data.gcond(p, k);
-    }
-    const std::int32_t n = data.nlyr[p];
-    if (hin[p] > 0.0 && n > 0) {
-      EXPECT_NEAR((path + 1.0 / data.gcond(p, n)) / (resistance + 1.0 / hin[p]), 1.0, 1e-13);
-      EXPECT_NEAR(data.uval(p, 0) * (path + 1.0 / data.gcond(p, n) + 1.0 / data.hc[p]), 1.0, 1e-13);
-    } else {
-      EXPECT_EQ(data.gcond(p, n), 0.0);
-      EXPECT_EQ(data.uval(p, 0), 0.0);
-    }
-    EXPECT_NEAR(depth, thickness, 1e-12);
-    EXPECT_NEAR(data.uval(p, 1), capacity, 1e-12 * capacity);
-    for (std::int32_t k = n + 1; k <= data.mzg; ++k) EXPECT_EQ(data.gcond(p, k), 0.0);
-    for (std::int32_t k = n; k < data.mzg; ++k) {
-      EXPECT_EQ(data.dzl(p, k), 1e10);
-      EXPECT_EQ(data.extc(p, k), 1e20);
-    }
-  }
-}
-
 TEST(Columns, InsulationAndMissingFilmsStopTransmissionOnly) {
   for (const double htrns : {11.6, 0.0}) {
     const std::vector<Part> wall{layer(10, 0.1, 2), layer(40, 0.05, 2)};
@@ -157,15 +116,6 @@ TEST(Columns, PatchesWithoutStructureTakeTheirRowByType) {
   columns.set();
   EXPECT_EQ(columns.data.isrf, (std::vector{9, 10, 0, 2}));
   EXPECT_EQ(columns.data.lcal, (std::vector{0, 0, 0, 1}));
-}
-
-TEST(Columns, FirstPatchWithAnUnknownCodeIsReported) {
-  Columns columns(
-      {{layer(10, 1.0, 1)}, {layer(10, 1.0, 1), layer(2000000000, 1.0, 1)}, {layer(99, 1.0, 1)}});
-  columns.lyrstrct.structure = {0, 2, 1};
-  EXPECT_EQ(columns.recorded.lines_of([&] { columns.set(); }),
-            "### error : data error\nSurfCD in MatEleProp data = 99\n"
-            "it is not defined in SurfProp data\n(tsrf_set_gdata)\n");
 }
 
 }  // namespace

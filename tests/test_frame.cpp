@@ -1,18 +1,19 @@
 // The frame below the modules: numbers as text, the log, files, stopwatches, codes.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
+#include <sys/time.h>
 
-#include <array>
 #include <bit>
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <limits>
 #include <random>
+#include <sstream>
+#include <thread>
 
 #include "frame/accounts.hpp"
 #include "frame/code_index.hpp"
@@ -224,9 +225,9 @@ TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
   std::filesystem::create_symlink("data/state", folder.path("link"));
   frame::RecordFile file(folder.path("link"));
   const std::string large(100000, 'x');
-  const rlimit small{50000, RLIM_INFINITY};
   rlimit before{};
   ::getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{50000, before.rlim_max};
   ::signal(SIGXFSZ, SIG_IGN);
   ::setrlimit(RLIMIT_FSIZE, &small);
   const std::string lines =
@@ -240,17 +241,29 @@ TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
 }
 
-TEST(RecordFile, ThatIsNoPlainFileIsWrittenToAndNeverReplaced) {
+TEST(RecordFile, GoesThroughAPipeInPiecesWhateverInterrupts) {
   const TempFolder folder;
   RecordedLog recorded;
   const std::string pipe = folder.path("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0666), 0);
-  const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-  frame::RecordFile(pipe).replace(recorded.log, as_records({"state"}));
-  std::array<char, 100> got{};
-  EXPECT_EQ(::read(reader, got.data(), got.size()), 13);
-  ::close(reader);
-  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  std::string large(20 << 20, '\0');
+  for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<char>(i % 251);
+  std::string got;
+  std::thread reader([&] { got = frame::TextInput(pipe).content(); });
+  struct sigaction interrupt {};
+  struct sigaction before {};
+  interrupt.sa_handler = [](int) {};
+  ::sigaction(SIGALRM, &interrupt, &before);
+  const itimerval often{{0, 50}, {0, 50}};
+  const itimerval never{};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  frame::RecordFile(pipe).replace(recorded.log, as_records({large}));
+  reader.join();
+  ::setitimer(ITIMER_REAL, &never, nullptr);
+  ::sigaction(SIGALRM, &before, nullptr);
+  ASSERT_EQ(got.size(), large.size() + 8);
+  EXPECT_TRUE(std::equal(large.begin(), large.end(), got.begin() + 4));
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe)) << "what is no plain file is never replaced";
 }
 
 TEST(Accounts, AddUpAndStopOnMisuse) {
@@ -269,26 +282,50 @@ TEST(Accounts, AddUpAndStopOnMisuse) {
   now.total += 1.0;
   accounts.end(log, "total");
   accounts.start(log, "still running");
-  const std::string table = recorded.lines_of([&] { accounts.print(log); });
-  const std::string title = "          ***** Accouunting table of the CPU-time *****\n";
-  const std::string gap(7, ' ');
-  const std::string total = "\n   <  1> total                     :      4.00(100.0)" + gap +
-                            "2.00(100.0)" + gap + "2.00(100.0)\n";
-  for (const std::string& part :
-       {title, total, "3.00( 75.0)" + gap + "2.00(100.0)" + gap + "1.00( 50.0)",
-        "still running             :      0.00(  0.0)" + gap}) {
-    EXPECT_NE(table.find(part), std::string::npos) << part << table;
-  }
-  const auto misuse = [&](const std::string& process, const char* command) {
-    const std::string lines = recorded.lines_of([&] { accounts.acpuct(log, process, command); });
-    return lines.substr(std::min(lines.size(), sizeof "### program error (acpuct)"));
+  const std::string rule = std::string(105, '-') + "\n";
+  EXPECT_EQ(
+      recorded.lines_of([&] { accounts.print(log); }),
+      R"(
+
+          ***** Accouunting table of the CPU-time *****
+
+)" + rule +
+          R"(        Process                        Total time        User time         System time
+)" + rule +
+          R"(   <  1> total                     :      4.00(100.0)       2.00(100.0)       2.00(100.0)
+   <  2> solid1d                   :      3.00( 75.0)       2.00(100.0)       1.00( 50.0)
+   <  3> still running             :      0.00(  0.0)       0.00(  0.0)       0.00(  0.0)
+)" + rule);
+  const auto refused = [&](const std::string& process,
+                           void (frame::Accounts::*call)(frame::Log&, std::string_view)) {
+    EXPECT_EQ(recorded.lines_of([&] { (accounts.*call)(log, process); }),
+              "### program error (acpuct)\n### process name = (" + process + ")\n");
   };
-  EXPECT_EQ(misuse("still running", "start"), "### process name = (still running)\n");
-  EXPECT_EQ(misuse("total", "end"), "### process name = (total)\n");
-  EXPECT_EQ(misuse("unknown", "end"), "### process name = (unknown)\n");
-  EXPECT_EQ(misuse("total", "pause"), "### operation command = (pause)\n");
-  for (int i = 4; i <= 50; ++i) EXPECT_EQ(misuse(std::to_string(i), "start"), "");
-  EXPECT_EQ(misuse("p51", "start"), "### process name = (p51)\n");
+  refused("still running", &frame::Accounts::start);
+  refused("total", &frame::Accounts::end);
+  refused("unknown", &frame::Accounts::end);
+  for (int i = 4; i <= 50; ++i) accounts.start(log, std::to_string(i));
+  refused("p51", &frame::Accounts::start);
+}
+
+TEST(Accounts, CountTheTimeOfTheProcess) {
+  RecordedLog recorded;
+  frame::Accounts accounts;
+  for (int part = 0; part < 3; ++part) {  // each over other fractions of a second
+    const auto begun = std::clock();
+    accounts.start(recorded.log, "work");
+    while (std::clock() - begun < CLOCKS_PER_SEC / 7) {
+    }
+    accounts.end(recorded.log, "work");
+  }
+  const std::string table = recorded.lines_of([&] { accounts.print(recorded.log); });
+  std::istringstream row(table.substr(table.find(": ") + 2));
+  double total = 0.0;
+  double user = 0.0;
+  row >> total;
+  row.ignore(99, ')') >> user;
+  EXPECT_NEAR(total, 3.0 / 7.0, 0.1);
+  EXPECT_NEAR(user, total, 0.1);
 }
 
 TEST(CodeIndex, FindsEveryCodeInNarrowAndWideRanges) {

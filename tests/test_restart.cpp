@@ -86,19 +86,6 @@ TEST_F(Restart, BytesOfTheFile) {
   EXPECT_EQ(folder.content("restart"), expected);
 }
 
-TEST_F(Restart, ColdStarts) {
-  const Owner untouched = present;
-  settings.TIMES = 3600.0;
-  for (const std::int64_t requested : {0, -1}) {
-    const auto start = restore(requested);
-    EXPECT_EQ(start.next_iteration, 1);
-    EXPECT_EQ(start.time, 0.0);
-    folder.write("restart", "not looked at");
-  }
-  EXPECT_TRUE(present == untouched);
-  EXPECT_EQ(messages.screen.str(), "");
-}
-
 TEST_F(Restart, CutAtAnyByte) {
   save();
   const std::string whole = folder.content("restart");

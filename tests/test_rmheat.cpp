@@ -56,17 +56,4 @@ TEST(RoomHeat, ReportsEveryFault) {
   }
 }
 
-TEST(RoomHeat, TakesUpTheNextMonthsFile) {
-  Rooms rooms("1 1 1 5 0 20 50 1 0 0 0 0");
-  frame::TextInput control("control", "&TSRF_RMHEAT NSTRDT = 3 /");
-  inputdata(rooms.recorded.log, control, rooms.data);
-  rooms.at(0.0);
-  EXPECT_EQ(rooms.data.now[0], 5.0);
-  frame::TextInput next("RmHeat.txt",
-                        "title\n6 1 1 7 0 20 50 1 0 0 0 0\n18 1 1 9 0 20 50 1 0 0 0 0");
-  reset(rooms.data);
-  set_rmheat(rooms.recorded.log, next, 12.0 * 3600.0, rooms.calendar, rooms.data);
-  EXPECT_EQ(rooms.data.now[0], 8.0);
-}
-
 }  // namespace

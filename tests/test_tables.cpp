@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "faults.hpp"
 #include "inputs/grid.hpp"
 #include "inputs/grid_index.hpp"
 #include "inputs/lyrstrct.hpp"
@@ -62,12 +61,9 @@ struct District {
   void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, patch, matprp, lyrstrct); }
 };
 
-const std::string kDataError = "### error : data error\n";
 const std::string kRoad = "7 1 1 0 2.5 0 0 1 3 101 0\n";
 const std::string kLeaf = "8 1 1 0 1 -1. 0 0 2 1 0\n";
 
-const auto grid = reads(&District::grid_file);
-const auto porous = reads(&District::porous_file);
 TEST(Settings, BoundaryWidthsTakeTheFrontsWhenNegative) {
   District d;
   d.settings("&dummygrid nxf = 2, nyb = 0, nyf = 1, dxf = 3.5 / &TSRF_DATA WSKY0 = 1 HTRNS = 0 /");
@@ -92,28 +88,6 @@ TEST(Grid, MirrorsTwoCellsAtEachEnd) {
   empty.grid_file("\n  \n");
   empty.porous_file("");
   EXPECT_FALSE(empty.grid.given);
-}
-
-TEST(Grid, FaultsOfBothFiles) {
-  const std::string x = "5\n0 1 3 6 10\n";
-  const std::string size = "grid size in Grid data not consistent\nmx,my,mz must be = 5 4 3\n";
-  expect_faults<District>(
-      kDataError, "(tsrf_main01)(read_grid)",
-      {{grid("6\n0 1 3 6 10 11\n"), size},
-       {grid(x + "3\n0 1 2\n"), size},
-       {grid(x + "2000000000"), size},
-       {grid("5\n0 1 1 6 10\n"), "i,x(i),x(i-1) in Grid data = 3 1 1\nthey must increase\n"},
-       {grid(x + "4\n0 1 2 1.5\n"), "i,y(i),y(i-1) in Grid data = 4 1.5 2\nthey must increase\n"}});
-  expect_faults<District>("### read error : Grid data\n", "(tsrf_main01)(read_grid)",
-                          {{grid("five"), ""},
-                           {grid("5\n0 1 3 6"), ""},
-                           {grid("5\n0 1 3 6 x"), ""},
-                           {grid(x), ""},
-                           {grid(x + "4\n0 1 2 3\n3"), ""}});
-  expect_faults<District>("### error : ", "(tsrf_dummyb)",
-                          {{porous("1 1 1 7*1.\n1 1 1 1 1"), "read error in Porous file\n"},
-                           {porous("4 3 2 7*0.5\n4 4 2 7*0.5"),
-                            "data error in Porous file\ni,j,k= 4 4 2\nthey are out of range\n"}});
 }
 
 TEST(Patch, ListHoldsBothFilesAndShiftsTreePatchesInFrontOfTheirFace) {
@@ -148,24 +122,18 @@ TEST(Patch, AreasAreMendedAndTheFirstTenReported) {
   EXPECT_EQ(d.patch.area, std::vector<double>(12, 1e-20));
 }
 
-TEST(SurfProp, HoldsTwoRowsMoreAndRereadsTheSameCodesOnly) {
+TEST(SurfProp, HoldsTwoRowsMore) {
   District d;
   const std::string concrete = "2000000000 0.25 1 0.3 2000 1000 0 0\n";
   d.properties(concrete + "1 1 0 0 1600 1000 3.75e-7 20\n");
   EXPECT_EQ(d.srfprp.alb, (std::vector<double>{0.25, 1, 0, 1}));
   EXPECT_EQ(d.srfprp.ems, (std::vector<double>{1, 0, 1, 0}));
   EXPECT_EQ(d.srfprp.beta, (std::vector<double>{0.3, 0, 0, 0}));
+  EXPECT_EQ(d.srfprp.wext, (std::vector<double>{0, 20, 0, 0}));
   EXPECT_EQ(d.srfprp.heat_capacity[0], 2e6);
   EXPECT_DOUBLE_EQ(d.srfprp.conductivity[1], 0.6);
   EXPECT_EQ(d.srfprp.by_code.find(1), 1);
   EXPECT_EQ(d.srfprp.by_code.find(2000000000), 0);
-  d.properties("2000000000 0.5 1 0 1 1 1 1\n1 0.75 0 0 1 1 1 1\n");
-  EXPECT_EQ(d.srfprp.alb, (std::vector<double>{0.5, 0.75, 0, 1}));
-  for (const std::string& other :
-       {concrete, "1 0.5 1 0 1 1 1 1\n" + concrete, concrete + concrete.substr(1)}) {
-    EXPECT_EQ(d.recorded.lines_of([&] { d.properties(other); }),
-              "### error : invalid multi-day data\n(tsrf_module_srfprp)(read_srfprp)\n");
-  }
 }
 
 TEST(MatEleProp, BlocksBecomeMaterials) {
@@ -218,13 +186,7 @@ TEST(Ground, LandPatchesShareOneStructureAMaterial) {
   EXPECT_EQ(tsrf_module_lyrstrct::column_size({}), 2);
 }
 
-TEST(Ground, Faults) {
-  District d;
-  d.patches(kRoad);
-  EXPECT_EQ(d.recorded.lines_of([&] { d.ground(0.02, 0.5); }),
-            "%%% nz,dz,zl in land = 20 0.02 0.5\n" + kDataError +
-                "SurfID in Patch data = 101\nit is not defined in MatEleProp data\n"
-                "(tsrf_module_lyrstrct)(lyrstrct_set_land)\n");
+TEST(Ground, RefusesDepthsThatNoGradingFills) {
   for (const auto& [dz, zl] : {std::pair{0.5, 0.6}, {1e-300, 1e300}, {1.0, 1e-3}}) {
     District other;
     EXPECT_EQ(other.recorded.lines_of([&] { other.ground(dz, zl); }),

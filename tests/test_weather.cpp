@@ -60,15 +60,4 @@ TEST(Weather, ReportsEveryFault) {
   }
 }
 
-TEST(Weather, ReadsItsGroup) {
-  Series series("");
-  frame::TextInput control("control", "&tsrf_weather ldate = 2, 3 nstrdt = 2 /");
-  inputdata(series.recorded.log, control, series.data);
-  EXPECT_EQ(series.data.series.settings.LDATE[1], 3);  // the hour may be missing
-  frame::TextInput broken("control", "&tsrf_weather ncycl = 5, ldate = 1, 2 /");
-  EXPECT_TRUE(series.recorded.lines_of([&] { inputdata(series.recorded.log, broken, series.data); })
-                  .ends_with("it must be >= 100\n(tsrf_module_weather)(inputdata)\n"));
-  EXPECT_EQ(series.data.series.settings.LDATE[0], 2);
-}
-
 }  // namespace

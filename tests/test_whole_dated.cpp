@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <set>
+#include <tuple>
 
 #include "run_case.hpp"
 
@@ -165,6 +167,30 @@ TEST(DatedRuns, WaterFollowsItsFileWhenAsked) {
       }
       EXPECT_NEAR(std::stod(words[5]), mean, 6e-5) << hour;
     }
+  }
+}
+
+TEST(DatedRuns, HoursWithoutAStepAreZero) {
+  const RunCase run(run_case::inputs_of("two_months"));
+  run_case::set_steps(run, -1, 18);  // three hours
+  ASSERT_EQ(run.run().status, 0);
+  for (const auto& [name, place, first] : {std::tuple{"PatchSurfTemp", 4U, 5U},
+                                           {"SurfTemp", 3U, 4U},
+                                           {"heat", 0U, 2U},
+                                           {"BldLoad", 3U, 4U}}) {
+    std::set<std::string> empty, filled;
+    for (const auto& line :
+         run_case::lines_of(run.path(std::string("data/m07/") + name + ".txt"))) {
+      const Lines words = run_case::fields_of(line);
+      if (line[0] == '#') continue;
+      const bool stepped = std::stoi(words[place]) <= 3;
+      for (std::size_t n = first; n < words.size(); ++n) {
+        (stepped ? filled : empty).insert(words[n]);
+      }
+    }
+    EXPECT_EQ(empty.size(), 1U) << name;
+    EXPECT_EQ(std::stod(*empty.begin()), 0.0) << name;
+    EXPECT_GT(filled.size(), 1U) << name;
   }
 }
 
