@@ -1,8 +1,10 @@
 // The frame below the modules: numbers as text, the log, files, stopwatches, codes.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 #include <bit>
 #include <cmath>
@@ -143,28 +145,6 @@ TEST(Log, FilesOfTwoRunsKeepApartAndReportAFullDisk) {
   EXPECT_EQ(a.errors.str(), "### bad\n### cannot write /dev/full : No space left on device\n");
 }
 
-TEST(Units, OpenOnceAndStopWhereAFileIsMissing) {
-  const TempFolder folder;
-  RecordedLog recorded;
-  frame::UnitTable units;
-  folder.write("one", "1");
-  folder.write("two", "2");
-  units.open_input(recorded.log, frame::kUnitSun, folder.path("one"));
-  units.open_input(recorded.log, frame::kUnitSun, folder.path("two"));
-  EXPECT_EQ(units.input(frame::kUnitSun).content(), "2");
-  const std::string missing = folder.path("none");
-  const auto refusal = [](const std::string& name, const char* reason) {
-    return items("### cannot open", name, ":", reason) + '\n';
-  };
-  EXPECT_EQ(recorded.lines_of([&] { units.open_input(recorded.log, 12, missing); }),
-            refusal(missing, "No such file or directory"));
-  EXPECT_EQ(recorded.lines_of([&] { units.open_output(recorded.log, 21, missing + "/x"); }),
-            refusal(missing + "/x", "No such file or directory"));
-  EXPECT_EQ(recorded.lines_of([&] { units.open_records(recorded.log, 34, folder.path("")); }),
-            refusal(folder.path(""), "Is a directory"));
-  EXPECT_FALSE(units.has_input(12) || units.has_output(21));
-}
-
 TEST(TextOutput, LeavesEarlierResultsAloneUntilTheFirstWrite) {
   const TempFolder folder;
   RecordedLog recorded;
@@ -248,6 +228,7 @@ TEST(RecordFile, GoesThroughAPipeInPiecesWhateverInterrupts) {
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0666), 0);
   std::string large(20 << 20, '\0');
   for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<char>(i % 251);
+  const int both_ends = ::open(pipe.c_str(), O_RDWR);  // so that nobody waits for the other to open
   std::string got;
   std::thread reader([&] { got = frame::TextInput(pipe).content(); });
   struct sigaction interrupt {};
@@ -258,6 +239,7 @@ TEST(RecordFile, GoesThroughAPipeInPiecesWhateverInterrupts) {
   const itimerval never{};
   ::setitimer(ITIMER_REAL, &often, nullptr);
   frame::RecordFile(pipe).replace(recorded.log, as_records({large}));
+  ::close(both_ends);
   reader.join();
   ::setitimer(ITIMER_REAL, &never, nullptr);
   ::sigaction(SIGALRM, &before, nullptr);
@@ -311,10 +293,12 @@ TEST(Accounts, AddUpAndStopOnMisuse) {
 TEST(Accounts, CountTheTimeOfTheProcess) {
   RecordedLog recorded;
   frame::Accounts accounts;
+  double work = 1.0;
   for (int part = 0; part < 3; ++part) {  // each over other fractions of a second
     const auto begun = std::clock();
     accounts.start(recorded.log, "work");
     while (std::clock() - begun < CLOCKS_PER_SEC / 7) {
+      for (int i = 0; i < 10000; ++i) work += std::sin(work);
     }
     accounts.end(recorded.log, "work");
   }
@@ -325,7 +309,7 @@ TEST(Accounts, CountTheTimeOfTheProcess) {
   row >> total;
   row.ignore(99, ')') >> user;
   EXPECT_NEAR(total, 3.0 / 7.0, 0.1);
-  EXPECT_NEAR(user, total, 0.1);
+  EXPECT_TRUE(user > total / 2.0 && user < total + 0.01 && work > 0.0) << user;
 }
 
 TEST(CodeIndex, FindsEveryCodeInNarrowAndWideRanges) {
@@ -349,17 +333,6 @@ TEST(CodeIndex, FindsEveryCodeInNarrowAndWideRanges) {
     EXPECT_EQ(repeat.first, codes.size() == 4 ? 0 : codes.size() == 5 ? 1 : -1);
     EXPECT_EQ(repeat.second, codes.size() == 4 ? 2 : codes.size() == 5 ? 3 : -1);
   }
-}
-
-TEST(ProcessLayer, CopiesWhatBothSidesHaveAndReportsAnAbort) {
-  RecordedLog recorded;
-  frame::ProcessLayer layer;
-  const std::vector<double> source = {1, 2, 3};
-  std::vector<double> target = {7, 8};
-  frame::flw_m_gather(layer, std::span<const double>(source), std::span<double>(target));
-  EXPECT_EQ(target, (std::vector<double>{1, 2}));
-  EXPECT_EQ(recorded.lines_of([&] { frame::flw_m_abort(recorded.log, layer, 0); }),
-            "### mpi_abort is called by rank no. 0 .\n### error code is  0\n");
 }
 
 }  // namespace

@@ -103,18 +103,6 @@ TEST(Exchange, ClosedGreyEnclosureEqualsTheDirectSolution) {
   }
 }
 
-TEST(Exchange, InfiniteParallelPlates) {
-  struct Row {
-    double e1, e2, flux;  // between 320 K and 290 K
-  };
-  for (const Row& row : {Row{0.9, 0.9, 158.3403}, {0.5, 0.5, 64.5090}, {0.9, 0.3, 56.1853}}) {
-    const Enclosure plates{{2, 2}, {row.e1, row.e2}, {320, 290}, {0, 0}, {{0, 1}, {1, 0}}};
-    const auto G = plates.incident(100);
-    EXPECT_NEAR(plates.emitted(0) - row.e1 * G[0], row.flux, 1e-4);
-    EXPECT_NEAR(row.e2 * G[1] - plates.emitted(1), row.flux, 1e-4);
-  }
-}
-
 // Uniform sky of 1 W/m2, albedo of the road 0.1 and of the walls 0.3, exact to the digits given.
 TEST(Exchange, MultipleReflectionInAStreet) {
   struct Row {

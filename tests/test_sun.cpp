@@ -118,19 +118,6 @@ TEST(Sun, RepeatingDayIsTheSphericalTriangleAtEverySite) {
   }
 }
 
-TEST(Sky, SplitsTheMeasuredFluxByTheClearSky) {
-  const Data data = site(0, 0);
-  for (const double sinalt : {1e-3, 0.1, 0.5, 1.0}) {
-    const SkyFluxes clear = solar_split(data, sinalt);
-    EXPECT_LT(sinalt * clear.direct + clear.scattered, 1365.0 * sinalt);
-    const SkyFluxes sky = sky_fluxes(data, sinalt, {.temperature = 290, .SunRad = 400});
-    EXPECT_NEAR(sinalt * sky.direct + sky.scattered, 400.0, 1e-10);
-    EXPECT_NEAR(sky.direct * clear.scattered, sky.scattered * clear.direct, 1e-9);
-  }
-  // Overhead sun: the beam is the transmittance's share of the solar constant.
-  EXPECT_DOUBLE_EQ(solar_split(data, 1.0).direct, 1365.0 * 0.7);
-}
-
 TEST(Sky, TakesMeasuredPartsWhereTheyAreGiven) {
   const std::vector<std::tuple<double, MeasuredSky, double, double>> rows{
       {-0.2, {.SunRad = 7}, 0, 7},
@@ -149,22 +136,6 @@ TEST(Sky, TakesMeasuredPartsWhereTheyAreGiven) {
   EXPECT_EQ(longwave(0.0), longwave(-999.0));
   // Brunt's formula at 20 degC and 9 mmHg (1199.9 Pa): 0.754 of a black body.
   EXPECT_NEAR(longwave(0.0), 0.754 * 418.76, 0.05);
-}
-
-TEST(Saturation, FollowsTheVapourTableAndItsOwnSlope) {
-  // Vapour pressure over water, WMO tables [degC, Pa]; the formula's constant heat of
-  // vaporisation takes it 6 % too high at 40 degC.
-  for (const auto& [celsius, pascal] : std::vector<std::pair<double, double>>{
-           {0, 611.2}, {10, 1227}, {20, 2337}, {30, 4243}, {40, 7378}}) {
-    EXPECT_NEAR(moist_air::satvap(celsius + 273.15).es / pascal, 1.0, 0.06);
-  }
-  for (const double T : {280.0, 310.0}) {
-    const moist_air::Saturation s = moist_air::satvap(T);
-    const double by_difference =
-        (moist_air::satvap(T + 0.01).es - moist_air::satvap(T - 0.01).es) / 0.02;
-    EXPECT_NEAR(s.desdT / by_difference, 1.0, 1e-7);
-    EXPECT_NEAR(moist_air::humidity_of(s.es / 9e4), 0.62198 * s.es / (9e4 - 0.37802 * s.es), 1e-7);
-  }
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include "inputs/grid.hpp"
 #include "inputs/grid_index.hpp"
 #include "inputs/lyrstrct.hpp"
-#include "inputs/matprp.hpp"
 #include "inputs/patch.hpp"
 #include "inputs/srfprp.hpp"
 #include "recorded_log.hpp"
@@ -26,8 +25,6 @@ struct District {
   tsrf_main01::Porous porous;
   tsrf_module_patch::Data patch;
   tsrf_module_srfprp::Data srfprp;
-  tsrf_module_matprp::Data matprp;
-  tsrf_module_lyrstrct::Data lyrstrct;
   std::int32_t NDIV = 1;
 
   District() { grid.cells = {4, 3, 2}; }
@@ -54,11 +51,6 @@ struct District {
     frame::TextInput input("SurfProp.txt", "title\n" + lines);
     read_srfprp(log, input, srfprp);
   }
-  void materials(const std::string& lines) {
-    frame::TextInput input("MatEleProp.txt", "title\n" + lines);
-    read_matprp(log, input, matprp);
-  }
-  void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, patch, matprp, lyrstrct); }
 };
 
 const std::string kRoad = "7 1 1 0 2.5 0 0 1 3 101 0\n";
@@ -136,21 +128,6 @@ TEST(SurfProp, HoldsTwoRowsMore) {
   EXPECT_EQ(d.srfprp.by_code.find(2000000000), 0);
 }
 
-TEST(MatEleProp, BlocksBecomeMaterials) {
-  District d;
-  EXPECT_EQ(d.recorded.lines_of([&] {
-    d.materials(
-        "2000000000 1 7 0 0 2 0.1 10\n2000000000 1 7 9 8 2 0.2\n 11\n1 3 2 0 0 1 4d-3 30\n");
-  }),
-            "%%% nmatprp= 2\n");
-  const auto& wall = d.matprp.materials.at(0);
-  EXPECT_EQ(wall.thick, (std::vector<double>{0.1, 0.2}));
-  EXPECT_EQ(wall.SurfCD, (std::vector{10, 11}));
-  EXPECT_EQ((std::vector{wall.pos, wall.strct, wall.nolyr()}), (std::vector{1, 7, 2}));
-  EXPECT_EQ(d.matprp.by_surfid.find(1), 1);
-  EXPECT_EQ(d.matprp.by_surfid.find(2000000000), 0);
-}
-
 TEST(Ground, CellsOfAGradingSumToTheDepth) {
   RecordedLog recorded;
   for (const double dz : {0.001, 0.0123, 0.05, 0.1, 1.0}) {
@@ -170,27 +147,12 @@ TEST(Ground, CellsOfAGradingSumToTheDepth) {
   }
 }
 
-TEST(Ground, LandPatchesShareOneStructureAMaterial) {
-  const std::string two = "7 1 1 0 1 0 0 1 3 5 0\n8 1 1 0 1 0 0 1 4 9 0\n9 1 1 0 1 0 0 1 3 5 0\n";
-  District d;
-  d.patches(two + "4 1 1 0 1 0 0 1 3 2 0\n");
-  d.materials("2 1 1 0 0 1 1 30\n5 1 1 0 0 2 0.2 10\n5 1 1 0 0 2 0.2 11\n");
-  EXPECT_EQ(d.recorded.lines_of([&] { d.ground(0.05, 0.75); }),
-            "%%% nz,dz,zl in land = 15 0.05 0.75\n");
-  EXPECT_EQ(d.lyrstrct.structure, (std::vector{0, -1, 0, 1}));
-  EXPECT_EQ(d.lyrstrct.material, (std::vector{1, -1, 1, 0}));
-  ASSERT_EQ(d.lyrstrct.structures.at(0).parts.size(), 1U);
-  EXPECT_EQ(d.lyrstrct.structures[0].parts[0].SurfCD, 10);
-  EXPECT_EQ(d.lyrstrct.structures[0].parts[0].thickness, 0.75);
-  EXPECT_EQ(column_size(d.lyrstrct), 16);
-  EXPECT_EQ(tsrf_module_lyrstrct::column_size({}), 2);
-}
-
 TEST(Ground, RefusesDepthsThatNoGradingFills) {
   for (const auto& [dz, zl] : {std::pair{0.5, 0.6}, {1e-300, 1e300}, {1.0, 1e-3}}) {
-    District other;
-    EXPECT_EQ(other.recorded.lines_of([&] { other.ground(dz, zl); }),
-              "### program error -1- (tsrf_module_lyrstrct)\n(cal_gemtrc)\n");
+    RecordedLog recorded;
+    EXPECT_EQ(
+        recorded.lines_of([&] { tsrf_module_lyrstrct::cal_gemtrc(recorded.log, 20, dz, zl); }),
+        "### program error -1- (tsrf_module_lyrstrct)\n(cal_gemtrc)\n");
   }
 }
 
