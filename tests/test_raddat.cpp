@@ -59,16 +59,6 @@ TEST(ViewFactorData, SkyIsGivenOrWhatTheOthersLeave) {
   }
 }
 
-TEST(ViewFactorData, GroupsMayHaveAnyIdentifiers) {
-  const Outcome out =
-      read_all({.index = "\n9 3 -2147483648 x\n\n0,2,2147483647\n0 1 -2147483648 /\n",
-                .factors = "\n2*-2147483648 0 2147483647 1D-1\n0 2147483647 0 -2147483648 .5",
-                .pairs = ""});
-  EXPECT_EQ(out.data.pgx, (std::vector<std::int32_t>{0, 1, 0})) << out.lines;
-  EXPECT_TRUE(out.data.prd.empty());
-  EXPECT_EQ(out.data.view_factors.first, (std::vector<std::int64_t>{0, 1, 2}));
-}
-
 TEST(ViewFactorTable, KeepsTheOrderOfTheFileForEachDestination) {
   for (const std::int32_t groups : {1, 31, 33, 1000, 70000, 2200000}) {
     std::mt19937 random(7);

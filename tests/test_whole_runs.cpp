@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstring>
 #include <random>
+#include <regex>
 
 #include "run_case.hpp"
 
@@ -91,6 +92,19 @@ INSTANTIATE_TEST_SUITE_P(Cases, Restarts,
                          testing::Values(Pieces{"flat", 144}, Pieces{"canyon", 144},
                                          Pieces{"canyon_t1", 72}, Pieces{"mixed", 432}),
                          [](const auto& pieces) { return pieces.param.name; });
+
+TEST(Series, KeptInMemoryOrReadAsTheRunGoesAreTheSame) {
+  std::vector<std::map<std::string, std::string>> results;
+  for (const char* stored : {"NSTRDT = 2,", "NSTRDT = 24,"}) {
+    const RunCase run(inputs_of("mixed"));
+    const std::string control = run.content("control.txt");
+    run.write("control.txt", std::regex_replace(control, std::regex("NSTRDT = [0-9]+,"), stored));
+    set_steps(run, -1, 500);  // into the second day
+    ASSERT_EQ(run.run().status, 0);
+    results.push_back(left_by(run));
+  }
+  EXPECT_EQ(results[0], results[1]);
+}
 
 /// The iteration of a restart file whose records are all whole; -1 for any other file.
 int whole_state(const std::string& bytes, std::size_t records) {
