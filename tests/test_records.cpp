@@ -44,6 +44,40 @@ TEST(Records, AreReadInEveryFormThatFilesHave) {
   }
 }
 
+/// What a scanner makes of up to 20 fields of one kind.
+template <class Field>
+std::string fields_of(const char* first, const char* last) {
+  frame::RecordScanner scan(first, last);
+  std::ostringstream fields;
+  for (int n = 0; n < 20; ++n) {
+    Field value{};
+    const bool good = scan.field(value);
+    fields << value << (good ? ";" : "!;");
+    if (!good) break;
+  }
+  fields << scan.at_end() << scan.place() - first << ' ' << scan.end_of_record() - first;
+  return fields.str();
+}
+
+TEST(Records, NothingBehindTheEndIsLookedAt) {
+  const std::string text =
+      "  7 ,, 25 'a''b' +2.5d3\n,-1.5E+10, \"c\"\"\" 12*4, 3* , 2*'x' 1.e-5 *+8 /\n 9";
+  for (std::size_t first = 0; first < text.size(); ++first) {
+    for (std::size_t last = first; last <= text.size(); ++last) {
+      const std::string alone = text.substr(first, last - first);
+      const auto same = [&](auto fields) {
+        EXPECT_EQ(fields(text.data() + first, text.data() + last),
+                  fields(alone.data(), alone.data() + alone.size()))
+            << alone;
+      };
+      same(fields_of<std::int32_t>);
+      same(fields_of<double>);
+      same(fields_of<float>);
+      same(fields_of<std::string>);
+    }
+  }
+}
+
 TEST(Records, RefuseWhatIsNoNumberAndTellItsLine) {
   const auto expect_refused = [](const std::string& before, const std::string& tokens) {
     std::istringstream words(tokens);
