@@ -1,4 +1,4 @@
-// Rooms: closed-form equilibrium, closed balances, pull-down, release and faults.
+// Rooms: closed balances, pull-down, release and faults.
 #include <gtest/gtest.h>
 
 #include <array>

@@ -3,7 +3,6 @@
 
 #include "driver/filnam.hpp"
 #include "recorded_log.hpp"
-#include "temp_folder.hpp"
 
 namespace {
 

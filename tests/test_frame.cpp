@@ -19,7 +19,6 @@
 
 #include "frame/accounts.hpp"
 #include "frame/code_index.hpp"
-#include "frame/process_layer.hpp"
 #include "frame/unit_table.hpp"
 #include "recorded_log.hpp"
 #include "temp_folder.hpp"

@@ -1,7 +1,6 @@
-// The surface balance: bits of the plain form, closed-form temperatures, and its two faults.
+// The surface balance: bits of the plain form and its two faults.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 
 #include "../bench/plain_surface.hpp"

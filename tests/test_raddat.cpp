@@ -1,7 +1,6 @@
 // Groups of patches, view factors, and the correction of areas.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <tuple>
 

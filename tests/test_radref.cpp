@@ -1,7 +1,6 @@
 // The exchange of radiation, against enclosures whose answer is known.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "../bench/random_exchange.hpp"

@@ -1,4 +1,4 @@
-// Sun position, sky fluxes and humidity at saturation.
+// Sun position and sky fluxes.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -7,7 +7,6 @@
 #include <tuple>
 #include <vector>
 
-#include "inputs/moist_air.hpp"
 #include "radiation/phydat.hpp"
 #include "recorded_log.hpp"
 

@@ -1,16 +1,13 @@
-// Temperatures by rule, glass, the daily residual and the progress record.
+// Temperatures by rule and the progress record.
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cmath>
 
 #include "../bench/sample_surfaces.hpp"
-#include "driver/daily_residual.hpp"
 #include "driver/progress.hpp"
 #include "patches_of.hpp"
 #include "recorded_log.hpp"
 #include "surface/fixed_temperature.hpp"
-#include "surface/window.hpp"
 #include "temp_folder.hpp"
 
 namespace {
