@@ -190,19 +190,6 @@ TEST(Records, OfALargeFileReadTheSameMappedAndInMemory) {
   }
 }
 
-TEST(Records, TenMegabytesInOneLineAreOneRecord) {
-  for (const std::string& piece : {std::string("1 "), std::string(","), std::string("9"),
-                                   std::string("'"), std::string("2*"), std::string(1, '\0')}) {
-    std::string text;
-    while (text.size() < 10'000'000) text += piece;
-    TextInput file("in", std::move(text));
-    std::int32_t i = 0;
-    const ReadStatus first = file.read(i);
-    EXPECT_EQ(first, piece == "1 " || piece == "," ? ReadStatus::ok : ReadStatus::error) << piece;
-    EXPECT_LE(file.count_records(4), 1U);
-  }
-}
-
 TEST(Records, FilesThatCannotBeReadSayWhy) {
   const TempFolder folder;
   EXPECT_EQ(TextInput(folder.path("")).reason(), "Is a directory");

@@ -12,6 +12,7 @@
 #include "recorded_log.hpp"
 #include "results/bld_load.hpp"
 #include "results/row.hpp"
+#include "results/surf_temp.hpp"
 #include "temp_folder.hpp"
 
 namespace {
@@ -93,6 +94,24 @@ TEST_F(Results, FilesStartOver) {
     }
     EXPECT_EQ(written(), content) << rewind;
   }
+}
+
+TEST_F(Results, CellsAreThoseOfThePatchesThatTakePart) {
+  tsrf_module_patch::Data patch;
+  patch.type = patch.si = {0, 1, 2, 3, 4, 5, 6, 7, 8};  // a cell for each type
+  patch.i = patch.j = patch.sj = patch.sk = std::vector<std::int32_t>(9, 1);
+  patch.area = Reals(9, 2.0);
+  patch.nz = Reals(9, 1.000995);
+  SurfTemp surf_temp;
+  BldLoad bld_load;
+  prep_surftemp(messages.log, patch, {}, surf_temp);
+  prep_bldload(messages.log, patch, {}, bld_load);
+  EXPECT_EQ(surf_temp.cells.i, (std::vector<std::int32_t>{1, 3, 4, 5}));
+  EXPECT_EQ(bld_load.cells.i, (std::vector<std::int32_t>{1}));
+  EXPECT_EQ(surf_temp.swlr[0], (CellSums{0, 0, 2.0})) << "a roof";
+  patch.nz[1] = 1.001005;
+  prep_surftemp(messages.log, patch, {}, surf_temp);
+  EXPECT_EQ(surf_temp.swlr[0], (CellSums{2.0, 0, 0})) << "a wall";
 }
 
 TEST_F(Results, BldLoadTakesItsHeadingFromTheFile) {

@@ -56,14 +56,6 @@ struct District {
 const std::string kRoad = "7 1 1 0 2.5 0 0 1 3 101 0\n";
 const std::string kLeaf = "8 1 1 0 1 -1. 0 0 2 1 0\n";
 
-TEST(Settings, BoundaryWidthsTakeTheFrontsWhenNegative) {
-  District d;
-  d.settings("&dummygrid nxf = 2, nyb = 0, nyf = 1, dxf = 3.5 / &TSRF_DATA WSKY0 = 1 HTRNS = 0 /");
-  EXPECT_EQ((std::vector{d.index.NXB, d.index.NYB, d.index.ox, d.index.oy}),
-            (std::vector{2, 0, 2, 1}));
-  EXPECT_EQ(d.data.settings.HTRNS, 0.0);
-}
-
 TEST(Grid, MirrorsTwoCellsAtEachEnd) {
   District d;
   d.grid_file("5 ignored\n0 1,3 6\n10\n4\n-1 0 1 2\n3\n0 5 7\n");

@@ -1,7 +1,6 @@
 // Dated runs of the program: across months, in pieces, and with water that follows its file.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <set>
 #include <tuple>
 
@@ -121,24 +120,8 @@ TEST(DatedRuns, CrossMonthsAndGoOnAfterAStop) {
   }
 }
 
-/// The nodes of the patch at a place of the list, from a restart file.
-std::vector<double> nodes_of(const RunCase& run, std::size_t patch) {
-  const std::string bytes = run.content("restart.dat");
-  std::int32_t mpatch = 0;
-  std::int32_t mzg = 0;
-  std::memcpy(&mpatch, &bytes.at(16), sizeof mpatch);
-  std::memcpy(&mzg, &bytes.at(20), sizeof mzg);
-  std::vector<double> nodes(static_cast<std::size_t>(mzg));
-  for (std::size_t k = 0; k < nodes.size(); ++k) {
-    const std::size_t value = k * static_cast<std::size_t>(mpatch) + patch;
-    std::memcpy(&nodes[k], &bytes.at(32 + 8 * value), sizeof(double));
-  }
-  return nodes;
-}
-
 TEST(DatedRuns, WaterFollowsItsFileWhenAsked) {
-  constexpr std::size_t kPond = 6;  // PID 7
-  std::map<int, double> file;       // deg C by hour
+  std::map<int, double> file;  // deg C by hour, of the pond (PID 7)
   for (const bool follows : {false, true}) {
     const RunCase run(run_case::inputs_of("two_months"));
     require(run.replace("control.txt", "NITEM = 1,", follows ? "LWTRTMP = 1," : ""));
@@ -153,9 +136,6 @@ TEST(DatedRuns, WaterFollowsItsFileWhenAsked) {
       const double share = hour - before;
       return (1.0 - share) * file[before] + share * file[before + 1];
     };
-    for (const double node : nodes_of(run, kPond)) {
-      EXPECT_NEAR(node, 273.15 + (follows ? at(24.0 - 1.0 / 6.0) : 26.85), 1e-10);
-    }
     // A step's mean takes what the step before has set.
     for (const std::string& line : run_case::lines_of(run.path("data/m07/PatchSurfTemp.txt"))) {
       const Lines words = run_case::fields_of(line);
