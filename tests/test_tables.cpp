@@ -117,6 +117,10 @@ TEST(SurfProp, HoldsTwoRowsMore) {
   EXPECT_EQ(d.srfprp.heat_capacity[0], 2e6);
   EXPECT_DOUBLE_EQ(d.srfprp.conductivity[1], 0.6);
   EXPECT_EQ(d.srfprp.by_code.find(1), 1);
+  District one;
+  one.properties(concrete);
+  EXPECT_TRUE(one.recorded.lines_of([&] { one.properties("1 1 0 0 1600 1000 0 0\n"); })
+                  .starts_with("### error : invalid multi-day data\n"));
   EXPECT_EQ(d.srfprp.by_code.find(2000000000), 0);
 }
 

@@ -7,6 +7,7 @@
 #include <random>
 #include <regex>
 
+#include "frame/log.hpp"
 #include "run_case.hpp"
 
 #ifdef TOWNSKIN_PROGRAM
@@ -104,6 +105,23 @@ TEST(Series, KeptInMemoryOrReadAsTheRunGoesAreTheSame) {
     results.push_back(left_by(run));
   }
   EXPECT_EQ(results[0], results[1]);
+}
+
+TEST(Log, TellsTheExtremesOfTheComputedSurfaces) {
+  const RunCase run(inputs_of("mixed"));
+  set_steps(run, -1, 216);  // to noon
+  const Lines log = run.run().log;
+  const Lines patches = run_case::lines_of(run.path("Patch.txt"));
+  const std::string state = run.content("restart.dat");
+  std::vector<double> computed, all(patches.size() - 1);
+  std::memcpy(all.data(), &state.at(32), 8 * all.size());
+  for (std::size_t p = 0; p < all.size(); ++p) {
+    const std::string type = run_case::fields_of(patches[p + 1]).at(8);
+    if (type == "1" || type == "3") computed.push_back(all[p]);
+  }
+  const auto [least, greatest] = std::ranges::minmax(computed);
+  EXPECT_LT(std::ranges::min(all), least) << "this case cannot show the difference";
+  EXPECT_EQ(std::ranges::count(log, frame::items("%%% surf. temp. min&max=", least, greatest)), 1);
 }
 
 /// The iteration of a restart file whose records are all whole; -1 for any other file.
