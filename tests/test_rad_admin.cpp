@@ -96,23 +96,23 @@ TEST(RadAdmin, SwitchesDecideThePathOfAStep) {
 TEST(RadAdmin, ATreeOverAPatchShadesItOnlyWithoutTheExchange) {
   Step open(0, 0);
   Step under(0, 0);
-  under.state.treemk[2] = 1;
+  under.state.treemk[0] = 1;
   open.run();
   under.run();
-  EXPECT_LT(under.Rs[2], 0.5 * open.Rs[2]);
-  EXPECT_GT(under.Rl[2], open.Rl[2]);  // warm leaves in place of the sky
-  EXPECT_NE(under.state.treeax(2, 2), 300.0);
+  EXPECT_LT(under.Rs[0], 0.5 * open.Rs[0]);
+  EXPECT_GT(under.Rl[0], open.Rl[0]);  // warm leaves in place of the sky
+  EXPECT_NE(under.state.treeax(0, 2), 300.0);
   EXPECT_EQ(under.Rs[3], open.Rs[3]);
   Step both(1, 1);
-  both.state.treemk[2] = 1;
+  both.state.treemk[0] = 1;
   both.run();
-  EXPECT_EQ(both.state.treeax(2, 2), 300.0);
+  EXPECT_EQ(both.state.treeax(0, 2), 300.0);
   // A short-wave exchange keeps its own Rs and takes the long-wave from beneath the tree.
   Step half(0, 1);
-  half.state.treemk[2] = 1;
+  half.state.treemk[0] = 1;
   half.run();
-  EXPECT_EQ(half.Rl[2], under.Rl[2]);
-  EXPECT_EQ(half.Rs[2], both.Rs[2]);
+  EXPECT_EQ(half.Rl[0], under.Rl[0]);
+  EXPECT_EQ(half.Rs[0], both.Rs[0]);
 }
 
 }  // namespace
