@@ -63,7 +63,13 @@ TEST(SideBySide, TheTerminalLineChangesNothingElse) {
   quiet.run();
   shown.run();
   EXPECT_TRUE(quiet.errors.str().empty());
-  EXPECT_NE(shown.errors.str().find("\rday 1, hour  1"), std::string::npos);
+  const std::string line = shown.errors.str();
+  EXPECT_TRUE(
+      line.starts_with("\rday 1, hour  1, step 1 of at most 2880 (0 %)    \rday 1, hour  2"));
+  EXPECT_NE(line.find("\rday 3, hour  0, step 48 of at most 2880 (2 %), residual 6.71E-03, some "),
+            std::string::npos);
+  EXPECT_TRUE(line.ends_with(" s left    \n"));
+  EXPECT_EQ(std::ranges::count(line, '\r'), 624);
   EXPECT_EQ(quiet.screen.str(), shown.screen.str());
   EXPECT_EQ(quiet.results(), shown.results());
 }
