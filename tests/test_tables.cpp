@@ -88,6 +88,13 @@ TEST(Patch, ListHoldsBothFilesAndShiftsTreePatchesInFrontOfTheirFace) {
   EXPECT_EQ(d.patch.by_pid.find(2000000000), 0);
   EXPECT_EQ(d.patch.by_pid.find(-5), 1);
   EXPECT_EQ(d.patch.BldID, (std::vector{0, 2, 0, 0}));
+  District left_out;  // of a line that ends early the rest has its defaults
+  left_out.settings("&DUMMYGRID NXF = 1, NXB = 0, NYF = 1, NYB = 0 /");
+  left_out.patches("77 /\n");
+  const tsrf_module_patch::Data& p = left_out.patch;
+  EXPECT_EQ(frame::items(p.PID[0], p.i[0], p.j[0], p.k[0], p.area[0], p.nx[0], p.ny[0], p.nz[0],
+                         p.type[0], p.SurfID[0], p.BldID[0]),
+            "77 1 1 1 1 0 0 0 1 1 1");
   District long_tree_file;  // only as many positions as it has lines are looked at
   long_tree_file.patches(kRoad, kLeaf + "9 1 1 0 1 0 0 1 3 6 0");
   EXPECT_EQ(long_tree_file.patch.type.back(), 3);
