@@ -90,10 +90,10 @@ struct CanopyCase {
     const auto settings = trees.canopy.settings;
     trees.canopy = {};
     trees.canopy.settings = settings;
-    set_grid(recorded.log, grid, trees.cells, trees.canopy);
+    set_grid(recorded.log, grid, trees.cells, patch, trees.canopy);
     place_patches(patch, trees.canopy);
-    allocdata(patch.type.size(), trees.radiat.optics, trees.canopy);
-    set_lad(lad, trees.radiat.optics, trees.canopy);
+    allocdata(patch.type.size(), trees.canopy);
+    set_lad(lad, trees.radiat, trees.canopy);
     storetqair(101325.0, 300.0, 0.01, 2.0, trees.canopy);
   }
 

@@ -38,12 +38,25 @@ Lines kept_lines(const Lines& log, const Lines& reference) {
   return kept;
 }
 
-class References : public testing::TestWithParam<std::string> {};
+struct Reference {
+  std::string name;
+  std::string example = {};  ///< whose inputs the case takes, all or part of them
+  bool closed = false;       ///< with the closed form of scattering in leaves
+};
+void PrintTo(const Reference& reference, std::ostream* out) {
+  *out << reference.name << (reference.closed ? ", closed" : "");
+}
+class References : public testing::TestWithParam<Reference> {};
 
 TEST_P(References, ResultsAgree) {
-  const fs::path expected = kSource / "tests/cases" / GetParam() / "expected";
-  const RunCase run(inputs_of(GetParam() == "dated" ? "two_months" : GetParam()));
-  if (GetParam() == "dated") run.copy_in(kSource / "tests/cases/dated");  // other days of its tree
+  const auto& [name, example, closed] = GetParam();
+  const fs::path expected =
+      kSource / "tests/cases" / name / (closed ? "expected_closed" : "expected");
+  const RunCase run(inputs_of(example.empty() ? name : example));
+  if (!example.empty()) run.copy_in(kSource / "tests/cases" / name);
+  if (closed) {
+    ASSERT_TRUE(run.replace("control.txt", "&JMK_RADIAT", "&JMK_RADIAT MDLSCT = 1,"));
+  }
   const run_case::Outcome outcome = run.run();
   ASSERT_EQ(outcome.status, 0) << outcome.out << outcome.err;
   EXPECT_TRUE(outcome.err.empty()) << outcome.err;
@@ -54,9 +67,17 @@ TEST_P(References, ResultsAgree) {
   EXPECT_EQ(run.differences_from(expected), "");
 }
 INSTANTIATE_TEST_SUITE_P(Cases, References,
-                         testing::Values("flat", "flat_empty", "canyon", "canyon_t1", "periodic",
-                                         "mixed", "block", "dated"),
-                         [](const auto& name) { return name.param; });
+                         testing::Values(Reference{"flat"}, Reference{"flat_empty"},
+                                         Reference{"canyon"}, Reference{"canyon_t1"},
+                                         Reference{"periodic"}, Reference{"mixed"},
+                                         Reference{"block"}, Reference{"dated", "two_months"},
+                                         Reference{"trees", "street_trees"},
+                                         Reference{"trees", "street_trees", true},
+                                         Reference{"lone_tree"}, Reference{"lone_tree", "", true},
+                                         Reference{"random_4"}, Reference{"random_4", "", true}),
+                         [](const auto& reference) {
+                           return reference.param.name + (reference.param.closed ? "_closed" : "");
+                         });
 
 struct Pieces {
   std::string name;

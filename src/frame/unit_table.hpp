@@ -68,8 +68,6 @@ class UnitTable {
   RecordFile& open_records(Log& log, int unit, const std::string& name);
   void close(int unit);
 
-  [[nodiscard]] bool has_input(int unit) const { return at(unit).input != nullptr; }
-  [[nodiscard]] bool has_output(int unit) const { return at(unit).output != nullptr; }
   [[nodiscard]] TextInput& input(int unit) { return *at(unit).input; }
   [[nodiscard]] TextOutput& output(int unit) { return *at(unit).output; }
   [[nodiscard]] RecordFile& records(int unit) { return *at(unit).records; }

@@ -53,7 +53,6 @@ struct Data {
   std::vector<std::int32_t> PgID;  ///< per group: its identifier
   frame::CodeIndex pgmap;          ///< PgID -> group; emptied after reading
   ViewFactors view_factors;
-  std::vector<double> sky_factor;                          ///< per group
   std::vector<std::pair<std::int32_t, std::int32_t>> prd;  ///< periodic pairs of groups
   std::vector<double> c;                                   ///< per group: area correction
   std::vector<double> JRl;  ///< per patch: long-wave radiosity [W/m2], 405 at first

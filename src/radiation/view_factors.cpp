@@ -157,7 +157,6 @@ void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_
     for (std::size_t i = 0; i < data.pgx.size(); ++i) {
       skyvf0[i] = groups.sky[static_cast<std::size_t>(data.pgx[i])];
     }
-    data.sky_factor = std::move(groups.sky);
   });
   data.pgmap = {};
 }

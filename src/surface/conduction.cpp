@@ -9,12 +9,12 @@ namespace solid1d {
 namespace {
 
 /// Patches of a block: some 4 kB of temperatures on their way through the layers.
-constexpr std::size_t kLanes = 128;
+constexpr std::size_t kColumnLanes = 128;
 /// Blocks take their patches from a stretch this long, so that all kinds of a stretch find its
 /// temperatures in the second cache.
 constexpr std::size_t kStretch = 4096;
 
-using Lanes = std::array<double, kLanes>;
+using Lanes = std::array<double, kColumnLanes>;
 
 /// Everything that makes a column what it is, as a key that can be compared.
 std::vector<double> signature(const tsrf_module_data::Data& state, std::size_t p, bool heated) {
@@ -70,7 +70,7 @@ void add_blocks(std::size_t begin, std::span<const std::int32_t> kind, Work& wor
   for (std::size_t at = begin; at < work.order.size(); ++at) {
     const auto own = static_cast<std::size_t>(kind[work.order[at]]);
     const bool goes_on =
-        at > begin && work.blocks.back().kind == own && work.blocks.back().count < kLanes;
+        at > begin && work.blocks.back().kind == own && work.blocks.back().count < kColumnLanes;
     if (!goes_on) work.blocks.push_back({at, 0, own});
     ++work.blocks.back().count;
   }
@@ -99,27 +99,27 @@ void set_step(double dt, Work& work) {
   }
 }
 
-/// Solves the rows of a block's implicit columns; the right sides `rows` (kLanes values a cell)
-/// become the changes of temperature.
+/// Solves the rows of a block's implicit columns; the right sides `rows` (kColumnLanes values a
+/// cell) become the changes of temperature.
 void solve_tridiag(std::span<const Cell> cells, std::size_t count, double* rows) {
   for (std::size_t k = 0; k < cells.size(); ++k) {
-    double* const row = rows + k * kLanes;
-    const double* const before = k == 0 ? row : row - kLanes;
+    double* const row = rows + k * kColumnLanes;
+    const double* const before = k == 0 ? row : row - kColumnLanes;
     const double lower = cells[k].lower;
     const double diagonal = cells[k].diagonal;
     for (std::size_t i = 0; i < count; ++i) row[i] = (row[i] - lower * before[i]) / diagonal;
   }
   for (std::size_t k = cells.size() - 1; k-- > 0;) {
-    double* const row = rows + k * kLanes;
+    double* const row = rows + k * kColumnLanes;
     const double upper = cells[k].upper;
-    for (std::size_t i = 0; i < count; ++i) row[i] -= upper * row[i + kLanes];
+    for (std::size_t i = 0; i < count; ++i) row[i] -= upper * row[i + kColumnLanes];
   }
 }
 
 /// The patches of one block on their way from the surface to the far node.
 class Pass {
  public:
-  Pass(Work& work, const Block& block, const frame::PatchTable<double>& qlayer,
+  Pass(Work& work, const ColumnBlock& block, const frame::PatchTable<double>& qlayer,
        tsrf_module_data::Data& state)
       : kind_(work.kinds[block.kind]),
         cells_(work.cells.data() + kind_.first_cell, static_cast<std::size_t>(kind_.cells)),
@@ -164,7 +164,7 @@ class Pass {
     for (std::size_t i = 0; i < patches_.size(); ++i) flux_[i] = (next_[i] - here_[i]) * gcond;
   }
   [[nodiscard]] double* changes_of(std::int32_t k) const {
-    return rows_ + static_cast<std::size_t>(k - 1) * kLanes;
+    return rows_ + static_cast<std::size_t>(k - 1) * kColumnLanes;
   }
 
   /// Steps on to cell k: `here_` is its temperature, `gain_` what flows into it by volume.
@@ -213,14 +213,14 @@ void set_columns(frame::Log& log, const tsrf_module_data::Data& state,
     }
     std::int32_t most = 0;
     for (const Kind& k : work.kinds) most = std::max(most, k.cells);
-    work.rows.assign(static_cast<std::size_t>(most) * kLanes, 0.0);
+    work.rows.assign(static_cast<std::size_t>(most) * kColumnLanes, 0.0);
   });
 }
 
 void solid1d(double dt, const frame::PatchTable<double>& qlayer, tsrf_module_data::Data& state,
              Work& work) {
   if (dt != work.dt) set_step(dt, work);
-  for (const Block& block : work.blocks) {
+  for (const ColumnBlock& block : work.blocks) {
     Pass pass(work, block, qlayer, state);
     if (work.kinds[block.kind].implicit) {
       pass.advance_implicit();

@@ -45,7 +45,7 @@ struct Kind {
 };
 
 /// Patches of one kind that advance together.
-struct Block {
+struct ColumnBlock {
   std::size_t first;  ///< position in Work::order
   std::size_t count;
   std::size_t kind;
@@ -57,7 +57,7 @@ struct Work {
   std::vector<Kind> kinds;
   std::vector<Cell> cells;
   std::vector<std::uint32_t> order;  ///< patches by blocks
-  std::vector<Block> blocks;
+  std::vector<ColumnBlock> blocks;
   std::vector<double> rows;  ///< scratch: the right sides of a block's rows
 };
 

@@ -2,14 +2,13 @@
 #include <algorithm>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 #include "trees/canopy.hpp"
 
 namespace tsrf_module_jumoku {
 
 namespace {
-
-using Place = std::array<std::int32_t, 3>;  // i, j, k
 
 [[noreturn]] void fault_of_grid(frame::Log& log, std::string_view what) {
   log.line("### error : data error");
@@ -42,10 +41,7 @@ std::vector<Place> blocks_of(const jmk_module_data::Data& leaves, std::int32_t N
   for (const jmk_module_data::LeafCell& leaf : leaves.cells) {
     blocks.push_back({(leaf.i - 1) / NDIV, (leaf.j - 1) / NDIV, leaf.k - 1});
   }
-  const auto order = [](const Place& a, const Place& b) {
-    return std::tie(a[2], a[1], a[0]) < std::tie(b[2], b[1], b[0]);
-  };
-  std::sort(blocks.begin(), blocks.end(), order);
+  std::sort(blocks.begin(), blocks.end(), in_order);
   blocks.erase(std::unique(blocks.begin(), blocks.end()), blocks.end());
   return blocks;
 }
@@ -119,19 +115,27 @@ std::int32_t BlockCells::find(const FineGrid& grid, const Place& place) const {
   return static_cast<std::int32_t>(found - at.begin());
 }
 
+bool in_order(const Place& a, const Place& b) {
+  return std::tie(a[2], a[1], a[0]) < std::tie(b[2], b[1], b[0]);
+}
+
 void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
-              const jmk_module_data::Data& cells, Data& data) {
+              const jmk_module_data::Data& cells, const tsrf_module_patch::Data& patch,
+              Data& data) {
   if (!surfaces.given) fault_of_grid(log, "lack of Grid data");
   frame::allocating(log, [&] {
-    data.layers = surfaces.cells[2];
-    data.grid = fine_grid(log, surfaces, data.settings.NDIV, cells.highest_layer);
-    const std::vector<Place> blocks = blocks_of(cells, data.settings.NDIV);
+    const std::int32_t NDIV = data.settings.NDIV;
+    const std::vector<Place> blocks = blocks_of(cells, NDIV);
     // Slots, the outer faces' included, are numbered in 32 bits.
-    const double slots =
-        12.0 * data.settings.NDIV * data.settings.NDIV * static_cast<double>(blocks.size());
+    const double slots = 12.0 * NDIV * NDIV * std::max(1.0, static_cast<double>(blocks.size()));
     if (slots > std::numeric_limits<std::int32_t>::max()) {
       fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
     }
+    FineGrid grid = fine_grid(log, surfaces, NDIV, cells.highest_layer);
+    // Before a grid that is too fine takes memory that the patches do not ask for.
+    data.fault = fault_of(patch, grid, surfaces.cells[2], blocks);
+    if (data.fault.kind != PatchFault::none) return;
+    data.grid = std::move(grid);
     list_cells(data.grid, blocks, data.cells);
     list_leaves(data.grid, cells, data.cells, data.leaves);
     join_cells(data.grid, data.cells, data.outer);

@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "trees/jmk_group.hpp"
 #include "trees/model_area.hpp"
 
 namespace tsrf_module_data {
@@ -34,6 +35,10 @@ Plan read_plan(frame::Log& log, frame::TextInput& file, const jmk::ModelArea& ar
     }
     if (tree.LAD < 0.0 || tree.H < 0.0) {
       log.data_error(items("lad,h of simple-LAD data=", tree.LAD, tree.H), "they must be >= 0",
+                     items("i,j =", i, j));
+    }
+    if (tree.LAD > jmk::kMostOfLeaves) {
+      log.data_error(items("lad of simple-LAD data=", tree.LAD), jmk::kMostOfLeavesRule,
                      items("i,j =", i, j));
     }
     if (!plan.emplace(std::pair(area.grid_i(i), area.grid_j(j)), tree).second) {

@@ -13,7 +13,7 @@ void pass_densities(frame::Log& log, Trees& trees) {
     for (const jmk_module_data::LeafCell& cell : trees.cells.cells) {
       lad.push_back(trees.treedat.lad[static_cast<std::size_t>(cell.row)]);
     }
-    set_lad(lad, trees.radiat.optics, trees.canopy);
+    set_lad(lad, trees.radiat, trees.canopy);
   });
 }
 
@@ -31,11 +31,12 @@ void jmk2_prep_init(frame::Log& log, frame::TextInput& control, frame::TextInput
   read_lad(log, lad_file, grid.cells, grid_index, trees.canopy.settings.NDIV, trees.cells);
   read_treedat(log, treedat_file, trees.treedat);
   set_meshid(log, trees.treedat, trees.cells);
-  set_grid(log, grid, trees.cells, trees.canopy);
+  set_grid(log, grid, trees.cells, patch, trees.canopy);
   const frame::Tag constructor(log, "(jmk_module_data)(cnstrctr)");
   frame::allocating(log, [&] {
     place_patches(patch, trees.canopy);
-    allocdata(patch.type.size(), trees.radiat.optics, trees.canopy);
+    allocdata(patch.type.size(), trees.canopy);
+    warn_of_bare_faces(log, trees.canopy);
   });
   pass_densities(log, trees);
 }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "frame/code_index.hpp"
+#include "trees/jmk_group.hpp"
 
 namespace tsrf_module_treedat {
 
@@ -18,8 +19,9 @@ Data read_lines(frame::Log& log, frame::TextInput& file) {
   file.skip_line();
   frame::ReadStatus status{};
   while ((status = file.read(TreeID, lad)) == frame::ReadStatus::ok) {
-    if (!(lad > 0.0)) {
-      log.data_error(items("lad in SurfProp data =", lad), "it must be > 0",
+    if (!(lad > 0.0) || lad > jmk::kMostOfLeaves) {
+      log.data_error(items("lad in SurfProp data =", lad),
+                     lad > 0.0 ? jmk::kMostOfLeavesRule : "it must be > 0",
                      items("treeid =", TreeID));
     }
     table.TreeID.push_back(TreeID);
