@@ -8,6 +8,7 @@
 #include "patches_of.hpp"
 #include "radiation/view_factor_table.hpp"
 #include "recorded_log.hpp"
+#include "trees/jumoku.hpp"
 
 namespace {
 
@@ -99,8 +100,15 @@ TEST(RadAdmin, ATreeOverAPatchShadesItOnlyWithoutTheExchange) {
   under.state.treemk[0] = 1;
   open.run();
   under.run();
-  EXPECT_LT(under.Rs[0], 0.5 * open.Rs[0]);
-  EXPECT_GT(under.Rl[0], open.Rl[0]);  // warm leaves in place of the sky
+  jmk::SimpleTree tree{.LAD = 1.5, .H = 4.0, .T = 300.0};
+  const jmk::Ground ground{
+      .cosi = 0.8, .emission = 0.9 * kSigma * std::pow(290.0, 4), .emissivity = 0.9, .albedo = 0.2};
+  const jmk::Air air{.p = 101325.0, .T = 295.0, .q = 0.01, .U = 2.0};
+  const auto beneath = jmk::jumoku(under.recorded.log, under.htrans, under.radiat, {0.6, 0.0, 0.8},
+                                   ground, air, {500, 50, 175}, tree);
+  EXPECT_NEAR(under.Rs[0], beneath.direct * 0.8 + beneath.scattered, 1e-9);
+  EXPECT_NEAR(under.Rl[0], beneath.longwave, 1e-9);
+  EXPECT_NEAR(under.state.treeax(0, 2), tree.T, 1e-9);
   EXPECT_NE(under.state.treeax(0, 2), 300.0);
   EXPECT_EQ(under.Rs[3], open.Rs[3]);
   Step both(1, 1);
