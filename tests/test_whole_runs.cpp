@@ -114,7 +114,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, Restarts,
                                          Pieces{"canyon_t1", 72}, Pieces{"mixed", 432}),
                          [](const auto& pieces) { return pieces.param.name; });
 
-TEST(Series, KeptInMemoryOrReadAsTheRunGoesAreTheSame) {
+TEST(SeriesInMemory, OrReadAsTheRunGoesGiveTheSame) {
   std::vector<std::map<std::string, std::string>> results;
   for (const char* stored : {"NSTRDT = 2,", "NSTRDT = 24,"}) {
     const RunCase run(inputs_of("mixed"));
