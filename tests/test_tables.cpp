@@ -143,7 +143,9 @@ TEST(Ground, CellsOfAGradingSumToTheDepth) {
         for (std::int32_t cell = 0; cell < n; ++cell) sum += dz * std::pow(ratio, cell);
         const bool starting_value = std::abs(ratio - 1.0) < 1e-6;  // taken as it is
         EXPECT_NEAR(sum / zl, 1.0, starting_value ? 1e-5 : 1e-11) << dz << " " << zl;
-        EXPECT_GE(n, zl / dz > 20.0 + 1e-9 ? 20 : 2);
+        const auto at_a_tenth = std::lround(std::log1p(0.1 * zl / dz) / std::log(1.1));
+        const bool graded = zl / dz > 20.0 + 1e-9;
+        EXPECT_EQ(n, graded ? std::max(at_a_tenth, 20L) : std::lround(zl / dz)) << dz << " " << zl;
         EXPECT_LT(ratio, 1.5);
       }
     }

@@ -63,7 +63,10 @@ TEST_P(References, ResultsAgree) {
   EXPECT_TRUE(outcome.out.ends_with("%%% normaly terminated\n"));
   EXPECT_EQ(outcome.log.back(), "%%% normaly terminated");
   const Lines log_lines = run_case::lines_of(expected / "log_lines");
-  EXPECT_EQ(run_case::differences(log_lines, kept_lines(outcome.log, log_lines)), "");
+  const Lines kept = kept_lines(outcome.log, log_lines);
+  EXPECT_EQ(run_case::differences(log_lines, kept), "");
+  const int steps = std::stoi(kept.back().substr(kept.back().find(' ')));
+  EXPECT_EQ(std::ranges::count(outcome.out, '='), steps / 50) << "every 50th step is told";
   EXPECT_EQ(run.differences_from(expected), "");
 }
 INSTANTIATE_TEST_SUITE_P(Cases, References,
