@@ -234,7 +234,7 @@ TEST(RecordFile, GoesThroughAPipeInPiecesWhateverInterrupts) {
   struct sigaction before {};
   interrupt.sa_handler = [](int) {};
   ::sigaction(SIGALRM, &interrupt, &before);
-  const itimerval often{{0, 50}, {0, 50}};
+  const itimerval often{{0, 200}, {0, 200}};
   const itimerval never{};
   ::setitimer(ITIMER_REAL, &often, nullptr);
   frame::RecordFile(pipe).replace(recorded.log, as_records({large}));
