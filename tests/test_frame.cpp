@@ -292,14 +292,16 @@ TEST(Accounts, AddUpAndStopOnMisuse) {
 TEST(Accounts, CountTheTimeOfTheProcess) {
   RecordedLog recorded;
   frame::Accounts accounts;
+  std::clock_t spent = 0;
   double work = 1.0;
   for (int part = 0; part < 3; ++part) {  // each over other fractions of a second
-    const auto begun = std::clock();
+    const std::clock_t begun = std::clock();
     accounts.start(recorded.log, "work");
     while (std::clock() - begun < CLOCKS_PER_SEC / 7) {
       for (int i = 0; i < 10000; ++i) work += std::sin(work);
     }
     accounts.end(recorded.log, "work");
+    spent += std::clock() - begun;
   }
   const std::string table = recorded.lines_of([&] { accounts.print(recorded.log); });
   std::istringstream row(table.substr(table.find(": ") + 2));
@@ -307,8 +309,8 @@ TEST(Accounts, CountTheTimeOfTheProcess) {
   double user = 0.0;
   row >> total;
   row.ignore(99, ')') >> user;
-  EXPECT_NEAR(total, 3.0 / 7.0, 0.1);
-  EXPECT_TRUE(user > total / 2.0 && user < total + 0.01 && work > 0.0) << user;
+  EXPECT_NEAR(total, static_cast<double>(spent) / CLOCKS_PER_SEC, 0.05);
+  EXPECT_TRUE(user >= 0.0 && user <= total && work > 0.0) << user;  // their shares are sampled
 }
 
 TEST(CodeIndex, FindsEveryCodeInNarrowAndWideRanges) {
