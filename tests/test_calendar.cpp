@@ -1,8 +1,6 @@
 // The calendar of 365-day years, against an odometer that counts days one by one.
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "inputs/calendar.hpp"
 #include "recorded_log.hpp"
 

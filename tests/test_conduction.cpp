@@ -1,9 +1,9 @@
-// Conduction in the columns: bits of the plain form, closed-form solutions, conservation.
+// Conduction in the columns: bits of the plain form, a closed-form solution.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
-#include <complex>
-#include <numbers>
+#include <limits>
 
 #include "../bench/plain_surface.hpp"
 #include "../bench/sample_surfaces.hpp"
@@ -11,8 +11,6 @@
 #include "surface/conduction.hpp"
 
 namespace {
-
-constexpr double kDiffusivity = 1.6 / 2.3e6;
 
 /// One column that a test marches on.
 struct Single {
@@ -23,13 +21,6 @@ struct Single {
   }
   void step(double dt) { solid1d::solid1d(dt, {}, state, work); }
   double& T(std::int32_t k) { return state.tlyr(0, k); }
-  double stored() {
-    double sum = 0.0;
-    for (std::int32_t k = 1; k <= last; ++k) {
-      sum += state.capa(0, k - 1) * state.dzl(0, k - 1) * T(k);
-    }
-    return sum;
-  }
   /// Flux into the column from both its ends.
   double inflow() {
     return state.gcond(0, 0) * (T(0) - T(1)) + state.gcond(0, last) * (T(last + 1) - T(last));
@@ -45,10 +36,24 @@ sample::Column concrete(std::int32_t cells, double dz, double hin = 0.0) {
   return {cells, dz, 1.6, 2.3e6, hin};
 }
 
+/// Makes patch p's column that of its neighbour but for one number of one cell: columns share their
+/// coefficients only where all is the same.
+void make_twin(std::size_t p, tsrf_module_data::Data& state) {
+  const std::int32_t cells = state.nlyr[p] = state.nlyr[p - 1];
+  state.lcal[p] = state.lcal[p - 1];
+  for (auto* table : {&state.dzl, &state.capa, &state.gcond}) {
+    for (std::int32_t k = 0; k < state.mzg; ++k) (*table)(p, k) = (*table)(p - 1, k);
+  }
+  if (cells == 0) return;
+  auto* const table = std::array{&state.dzl, &state.capa, &state.gcond}[p % 3];
+  (*table)(p, static_cast<std::int32_t>(p / 3) % cells) *= 1.5;
+}
+
 TEST(Conduction, HasTheBitsOfThePlainForm) {
   RecordedLog recorded;
   for (std::uint32_t seed = 1; seed <= 12; ++seed) {
     sample::District fast(5000, seed);
+    for (std::size_t p = 1; p < fast.Rl.size(); p += 5) make_twin(p, fast.state);
     const std::vector<std::int32_t> heated = {3, 4, 700, 4444};
     frame::PatchTable<double> qlayer(fast.state.mpatch, fast.state.mzg);
     for (const std::int32_t p : heated) {
@@ -83,29 +88,6 @@ TEST(Conduction, IsExplicitUpToTheLimit) {
   }
 }
 
-TEST(Conduction, StoresWhatFlowsIn) {
-  for (const double dt : {60.0, 20000.0}) {  // explicit: fluxes at the start; implicit: at the end
-    Single column(concrete(6, 0.03, 8.0));
-    for (std::int32_t k = 0; k <= 7; ++k) column.T(k) = 300.0 + 10.0 * std::sin(1.7 * k);
-    const double before = column.stored();
-    const double at_start = column.inflow();
-    column.step(dt);
-    const double inflow = column.work.kinds[0].implicit ? column.inflow() : at_start;
-    EXPECT_NEAR(column.stored() - before, dt * inflow, 1e-12 * before);
-  }
-}
-
-TEST(Conduction, SettlesToTheSeriesOfResistances) {
-  Single column(concrete(5, 0.04, 8.0));
-  column.T(0) = 320.0;
-  column.T(6) = 293.0;
-  for (int i = 0; i < 3; ++i) column.step(1e9);
-  const double flux = 27.0 / (0.2 / 1.6 + 1.0 / 8.0);
-  for (std::int32_t k = 1; k <= 5; ++k) {
-    EXPECT_NEAR(column.T(k), 320.0 - flux * (k - 0.5) * 0.04 / 1.6, 1e-6);
-  }
-}
-
 TEST(Conduction, FollowsTheErrorFunction) {
   // Step of the surface of a half space by 1 K; after one hour (Carslaw and Jaeger 1959).
   constexpr double dz = 0.002;
@@ -118,39 +100,6 @@ TEST(Conduction, FollowsTheErrorFunction) {
     EXPECT_NEAR(0.5 * (column.T(k) + column.T(k + 1)) - 300.0, rise, 1e-4);
   }
   EXPECT_NEAR(10.0 * column.inflow(), 180.3839, 0.02);
-}
-
-/// Amplitude over the exact one, as a complex number, 0.14 m deep in a half space whose surface
-/// swings by the day; 1 where the scheme is exact.
-std::complex<double> periodic_response(double dz) {
-  using std::numbers::pi;
-  const double omega = 2.0 * pi / 86400.0;
-  const double depth = std::sqrt(2.0 * kDiffusivity / omega);
-  const auto exact = [&](double x, double t) {
-    return 300.0 + 10.0 * std::exp(-x / depth) * std::sin(omega * t - x / depth);
-  };
-  const auto cells = static_cast<std::int32_t>(std::lround(1.56 / dz));
-  const int steps = static_cast<int>(std::ceil(86400.0 / (0.3 * dz * dz / kDiffusivity)));
-  const double dt = 86400.0 / steps;
-  Single column(concrete(cells, dz));
-  for (std::int32_t k = 1; k <= cells; ++k) column.T(k) = exact((k - 0.5) * dz, 0.0);
-  const auto place = static_cast<std::int32_t>(std::lround(0.14 / dz + 0.5));
-  std::complex<double> sum = 0.0;
-  for (int i = 0; i < 2 * steps; ++i) {
-    column.T(0) = exact(0.0, i * dt);
-    if (i >= steps) sum += (column.T(place) - 300.0) * std::polar(1.0, -omega * i * dt);
-    column.step(dt);
-  }
-  const std::complex<double> i(0.0, 1.0);
-  return sum * 2.0 * i / static_cast<double>(steps) / 10.0 * std::exp((1.0 + i) * 0.14 / depth);
-}
-
-TEST(Conduction, CarriesTheDaysSwingToSecondOrder) {
-  const std::complex<double> coarse = periodic_response(0.04) - 1.0;
-  const std::complex<double> fine = periodic_response(0.04 / 3.0) - 1.0;
-  EXPECT_LT(std::abs(coarse), 0.03);
-  EXPECT_NEAR(std::log(std::abs(coarse) / std::abs(fine)) / std::log(3.0), 2.0, 0.15);
-  EXPECT_LT(std::abs(std::arg(fine + 1.0)), 4e-3);
 }
 
 TEST(Conduction, WarnsOfImplicitColumns) {
@@ -180,6 +129,16 @@ TEST(Conduction, WarnsOfImplicitColumns) {
   EXPECT_NE(lines.find("PID = 8 SurfID = 102 : 96000 J/m2 K; explicit up to dtmax = 47.4"),
             std::string::npos)
       << lines;
+}
+
+TEST(State, TellsWhichArrayFindsNoMemory) {
+  RecordedLog recorded;
+  tsrf_module_data::Data data;
+  data.mpatch = 1 << 14;
+  data.mzg = std::numeric_limits<std::int32_t>::max() - 1;  // beyond any address space
+  EXPECT_EQ(recorded.lines_of([&] { allocdata02(recorded.log, data); }),
+            "### error : allocation failed\narray,bytes = dzl 281474976448512\n"
+            "(tsrf_module_data)(allocdata02)\n");
 }
 
 }  // namespace

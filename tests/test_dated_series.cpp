@@ -56,10 +56,12 @@ class EveryCycle : public testing::TestWithParam<std::int32_t> {};
 
 TEST_P(EveryCycle, EqualsTheTableOfAllUnits) {
   // LDATE, number of units, date of the first and the step to the next, the period by which all of
-  // them repeat, first and last date that is asked for: hours of a day, two times of a day, days of
-  // a month, hours of one day with the day, days of a year, one year with the year, three years.
+  // them repeat, first and last date that is asked for: hours of a day, one hour, two times of a
+  // day, days of a month, hours of one day with the day, days of a year, one year with the year,
+  // three years.
   frame::TextInput kinds("kinds", R"(
 4 4 24     1 1 1 1  0 0  0 0 0 1 0 0  0 0 1 0 0 0     1 1 1 0 0 0     1 1 20 0 0 0
+4 4 1      1 1 1 13 0 0  0 0 0 0 0 0  0 0 1 0 0 0     1 1 1 0 0 0     1 1 20 0 0 0
 4 6 2      1 1 1 7 30 0  0 0 0 9 9 9  0 0 1 0 0 0  -1 12 28 0 0 0      0 1 3 0 0 0
 3 4 9      1 1 2 12 0 0  0 0 3 0 0 0  0 1 0 0 0 0     4 1 1 0 0 0      5 8 1 0 0 0
 3 4 6      1 1 9 0  0 0  0 0 0 4 0 0  0 0 1 0 0 0     3 2 1 0 0 0      3 3 1 0 0 0
@@ -112,13 +114,6 @@ TEST_P(EveryCycle, EqualsTheTableOfAllUnits) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Window, EveryCycle, testing::Values(2, 24));
-
-TEST(DatedSeries, OneUnitIsConstant) {
-  for (const std::int32_t stored : {2, 3}) {
-    Tide tide("title\n13 0.1", {stored, {4, 4}, 100});
-    for (const double time : {0.0, 5e4, 1e9, -1e9}) EXPECT_EQ(tide.at(time), 0.1);
-  }
-}
 
 TEST(DatedSeries, ReportsEachUnitReadAndReadsNoFileWhenAllIsInMemory) {
   for (const std::int32_t stored : {2, 3}) {

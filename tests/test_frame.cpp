@@ -3,20 +3,22 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
-#include <array>
 #include <bit>
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <limits>
 #include <random>
+#include <sstream>
+#include <thread>
 
 #include "frame/accounts.hpp"
 #include "frame/code_index.hpp"
-#include "frame/process_layer.hpp"
 #include "frame/unit_table.hpp"
 #include "recorded_log.hpp"
 #include "temp_folder.hpp"
@@ -148,27 +150,6 @@ TEST(Log, FilesOfTwoRunsKeepApartAndReportAFullDisk) {
   EXPECT_EQ(a.errors.str(), "### bad\n### cannot write /dev/full : No space left on device\n");
 }
 
-TEST(Units, OpenOnceAndStopWhereAFileIsMissing) {
-  const TempFolder folder;
-  RecordedLog recorded;
-  frame::UnitTable units;
-  folder.write("one", "1");
-  folder.write("two", "2");
-  units.open_input(recorded.log, frame::kUnitSun, folder.path("one"));
-  units.open_input(recorded.log, frame::kUnitSun, folder.path("two"));
-  EXPECT_EQ(units.input(frame::kUnitSun).content(), "2");
-  const std::string missing = folder.path("none");
-  const auto refusal = [](const std::string& name, const char* reason) {
-    return items("### cannot open", name, ":", reason) + '\n';
-  };
-  EXPECT_EQ(recorded.lines_of([&] { units.open_input(recorded.log, 12, missing); }),
-            refusal(missing, "No such file or directory"));
-  EXPECT_EQ(recorded.lines_of([&] { units.open_output(recorded.log, 21, missing + "/x"); }),
-            refusal(missing + "/x", "No such file or directory"));
-  EXPECT_EQ(recorded.lines_of([&] { units.open_records(recorded.log, 34, folder.path("")); }),
-            refusal(folder.path(""), "Is a directory"));
-}
-
 TEST(TextOutput, LeavesEarlierResultsAloneUntilTheFirstWrite) {
   const TempFolder folder;
   RecordedLog recorded;
@@ -229,9 +210,9 @@ TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
   std::filesystem::create_symlink("data/state", folder.path("link"));
   frame::RecordFile file(folder.path("link"));
   const std::string large(100000, 'x');
-  const rlimit small{50000, RLIM_INFINITY};
   rlimit before{};
   ::getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{50000, before.rlim_max};
   ::signal(SIGXFSZ, SIG_IGN);
   ::setrlimit(RLIMIT_FSIZE, &small);
   const std::string lines =
@@ -253,17 +234,31 @@ TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
 }
 
-TEST(RecordFile, ThatIsNoPlainFileIsWrittenToAndNeverReplaced) {
+TEST(RecordFile, GoesThroughAPipeInPiecesWhateverInterrupts) {
   const TempFolder folder;
   RecordedLog recorded;
   const std::string pipe = folder.path("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0666), 0);
-  const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-  frame::RecordFile(pipe).replace(recorded.log, as_records({"state"}));
-  std::array<char, 100> got{};
-  EXPECT_EQ(::read(reader, got.data(), got.size()), 13);
-  ::close(reader);
-  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  std::string large(20 << 20, '\0');
+  for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<char>(i % 251);
+  const int both_ends = ::open(pipe.c_str(), O_RDWR);  // so that nobody waits for the other to open
+  std::string got;
+  std::thread reader([&] { got = frame::TextInput(pipe).content(); });
+  struct sigaction interrupt {};
+  struct sigaction before {};
+  interrupt.sa_handler = [](int) {};
+  ::sigaction(SIGALRM, &interrupt, &before);
+  const itimerval often{{0, 200}, {0, 200}};
+  const itimerval never{};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  frame::RecordFile(pipe).replace(recorded.log, as_records({large}));
+  ::close(both_ends);
+  reader.join();
+  ::setitimer(ITIMER_REAL, &never, nullptr);
+  ::sigaction(SIGALRM, &before, nullptr);
+  ASSERT_EQ(got.size(), large.size() + 8);
+  EXPECT_TRUE(std::equal(large.begin(), large.end(), got.begin() + 4));
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe)) << "what is no plain file is never replaced";
 }
 
 TEST(Accounts, AddUpAndStopOnMisuse) {
@@ -282,26 +277,54 @@ TEST(Accounts, AddUpAndStopOnMisuse) {
   now.total += 1.0;
   accounts.end(log, "total");
   accounts.start(log, "still running");
-  const std::string table = recorded.lines_of([&] { accounts.print(log); });
-  const std::string title = "          ***** Accouunting table of the CPU-time *****\n";
-  const std::string gap(7, ' ');
-  const std::string total = "\n   <  1> total                     :      4.00(100.0)" + gap +
-                            "2.00(100.0)" + gap + "2.00(100.0)\n";
-  for (const std::string& part :
-       {title, total, "3.00( 75.0)" + gap + "2.00(100.0)" + gap + "1.00( 50.0)",
-        "still running             :      0.00(  0.0)" + gap}) {
-    EXPECT_NE(table.find(part), std::string::npos) << part << table;
-  }
-  const auto misuse = [&](const std::string& process, bool start) {
-    const std::string lines = recorded.lines_of(
-        [&] { start ? accounts.start(log, process) : accounts.end(log, process); });
-    return lines.substr(std::min(lines.size(), sizeof "### program error (acpuct)"));
+  const std::string rule = std::string(105, '-') + "\n";
+  EXPECT_EQ(
+      recorded.lines_of([&] { accounts.print(log); }),
+      R"(
+
+          ***** Accouunting table of the CPU-time *****
+
+)" + rule +
+          R"(        Process                        Total time        User time         System time
+)" + rule +
+          R"(   <  1> total                     :      4.00(100.0)       2.00(100.0)       2.00(100.0)
+   <  2> solid1d                   :      3.00( 75.0)       2.00(100.0)       1.00( 50.0)
+   <  3> still running             :      0.00(  0.0)       0.00(  0.0)       0.00(  0.0)
+)" + rule);
+  const auto refused = [&](const std::string& process,
+                           void (frame::Accounts::*call)(frame::Log&, std::string_view)) {
+    EXPECT_EQ(recorded.lines_of([&] { (accounts.*call)(log, process); }),
+              "### program error (acpuct)\n### process name = (" + process + ")\n");
   };
-  EXPECT_EQ(misuse("still running", true), "### process name = (still running)\n");
-  EXPECT_EQ(misuse("total", false), "### process name = (total)\n");
-  EXPECT_EQ(misuse("unknown", false), "### process name = (unknown)\n");
-  for (int i = 4; i <= 50; ++i) EXPECT_EQ(misuse(std::to_string(i), true), "");
-  EXPECT_EQ(misuse("p51", true), "### process name = (p51)\n");
+  refused("still running", &frame::Accounts::start);
+  refused("total", &frame::Accounts::end);
+  refused("unknown", &frame::Accounts::end);
+  for (int i = 4; i <= 50; ++i) accounts.start(log, std::to_string(i));
+  refused("p51", &frame::Accounts::start);
+}
+
+TEST(Accounts, CountTheTimeOfTheProcess) {
+  RecordedLog recorded;
+  frame::Accounts accounts;
+  std::clock_t spent = 0;
+  double work = 1.0;
+  for (int part = 0; part < 3; ++part) {  // each over other fractions of a second
+    const std::clock_t begun = std::clock();
+    accounts.start(recorded.log, "work");
+    while (std::clock() - begun < CLOCKS_PER_SEC / 7) {
+      for (int i = 0; i < 10000; ++i) work += std::sin(work);
+    }
+    accounts.end(recorded.log, "work");
+    spent += std::clock() - begun;
+  }
+  const std::string table = recorded.lines_of([&] { accounts.print(recorded.log); });
+  std::istringstream row(table.substr(table.find(": ") + 2));
+  double total = 0.0;
+  double user = 0.0;
+  row >> total;
+  row.ignore(99, ')') >> user;
+  EXPECT_NEAR(total, static_cast<double>(spent) / CLOCKS_PER_SEC, 0.05);
+  EXPECT_TRUE(user >= 0.0 && user <= total && work > 0.0) << user;  // their shares are sampled
 }
 
 TEST(CodeIndex, FindsEveryCodeInNarrowAndWideRanges) {
@@ -325,17 +348,6 @@ TEST(CodeIndex, FindsEveryCodeInNarrowAndWideRanges) {
     EXPECT_EQ(repeat.first, codes.size() == 4 ? 0 : codes.size() == 5 ? 1 : -1);
     EXPECT_EQ(repeat.second, codes.size() == 4 ? 2 : codes.size() == 5 ? 3 : -1);
   }
-}
-
-TEST(ProcessLayer, CopiesWhatBothSidesHaveAndReportsAnAbort) {
-  RecordedLog recorded;
-  frame::ProcessLayer layer;
-  const std::vector<double> source = {1, 2, 3};
-  std::vector<double> target = {7, 8};
-  frame::flw_m_gather(layer, std::span<const double>(source), std::span<double>(target));
-  EXPECT_EQ(target, (std::vector<double>{1, 2}));
-  EXPECT_EQ(recorded.lines_of([&] { frame::flw_m_abort(recorded.log, layer, 0); }),
-            "### mpi_abort is called by rank no. 0 .\n### error code is  0\n");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
-// The surface balance: bits of the plain form, closed-form temperatures, and its two faults.
+// The surface balance: bits of the plain form and its two faults.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 
 #include "../bench/plain_surface.hpp"
@@ -46,36 +45,6 @@ TEST(HeatBalance, HasTheBitsOfThePlainForm) {
       EXPECT_TRUE(std::ranges::equal(fast.state.qsurf.all(), plain.state.qsurf.all()));
     }
   }
-}
-
-TEST(HeatBalance, FindsTheTemperaturesOfClosedForms) {
-  sample::District radiating = bare_patch();
-  radiating.skyvf[0] = 1.0;
-  radiating.Rs[0] = 250.0;
-  radiating.Rl[0] = 150.0;
-  EXPECT_EQ(run(radiating), "");
-  EXPECT_NEAR(radiating.state.tlyr(0, 0), std::pow(400.0 / 5.6704e-8, 0.25), 1e-7);
-
-  sample::District conducting = bare_patch();  // weighted mean of air and first cell
-  conducting.state.hc[0] = 10.0;
-  conducting.state.airst(0, 1) = 290.0;
-  conducting.state.gcond(0, 0) = 30.0;
-  conducting.state.tlyr(0, 1) = 310.0;
-  EXPECT_EQ(run(conducting), "");
-  EXPECT_NEAR(conducting.state.tlyr(0, 0), 305.0, 1e-9);
-  EXPECT_NEAR(conducting.state.qsurf(0, tsrf_therm1d::kConduction), -150.0, 1e-7);
-
-  sample::District evaporating = bare_patch();  // wet bulb: hc (Ta - T) = Lv hm (qs(T) - qa)
-  evaporating.srfprp.beta[0] = 1.0;
-  evaporating.state.hc[0] = 11.6;
-  evaporating.state.airst(0, 1) = 303.0;
-  evaporating.state.airst(0, 2) = 0.010;
-  EXPECT_EQ(run(evaporating), "");
-  const double T = evaporating.state.tlyr(0, 0);
-  const double e = 611.0 * std::exp(19.850675545287046 * (1.0 - 273.0 / T)) / 1e5;
-  const double qs = 0.6219790084242508 * e / (1.0 - 0.3780209915757492 * e);
-  EXPECT_NEAR(1005.0 * (303.0 - T), 2501000.0 * (qs - 0.010), 1e-3);
-  EXPECT_LT(T, 303.0);
 }
 
 TEST(HeatBalance, ReportsTemperaturesThatMakeNoSense) {

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "fault_table.hpp"
 #include "frame/namelist.hpp"
 #include "recorded_log.hpp"
 
@@ -53,32 +54,9 @@ Outcome read(const std::string& text) {
 }
 
 TEST(Namelist, IsReadInEveryFormThatUsersWrite) {
-  const std::string unchanged = "1 0.5 0 old 7 8 9 0 0";
-  const std::vector<std::pair<std::string, std::string>> cases = {
-      {"", "absent"},
-      {"3 4 fixed lines\n&group_ab n=5 /\n! &GROUP_A n=2 /\nGROUP_A N=3 /\n", "absent"},
-      {"&other a='x &group_a n=9 /' / &GROUP_A N = 2 /", "2 0.5 0 old 7 8 9 0 0"},
-      {"text, isn't it = 'x\n&Group_a n=5,x=1.5D0/ &group_a n=6 /", "5 1.5 0 old 7 8 9 0 0"},
-      {"&group_a/", unchanged},
-      {"&group_a\r\n\tN\r\n = \r\n 4\r\n,, X =\t.5 ,\r\n/", "4 0.5 0 old 7 8 9 0 0"},
-      {"&group_a ! n = 3\n x = 2 ! / 'x\n n = 4, ! done\n/", "4 2 0 old 7 8 9 0 0"},
-      {"&group_a list = 1, 2 pair = 3 4.5 flag=T n=2/", "2 0.5 1 old 1 2 9 3 4.5"},
-      {"&group_a list(3) = 1 list (2) = 5 / ", "1 0.5 0 old 7 5 1 0 0"},
-      {"&group_a LIST(2) = 1, 2 /", "1 0.5 0 old 7 1 2 0 0"},
-      {"&group_a LIST( 1 : 2 ) = 4, 2 N=3 /", "3 0.5 0 old 4 2 9 0 0"},
-      {"&group_a list = , 3, , n = , x = /", "1 0.5 0 old 7 3 9 0 0"},
-      {"&group_a list = 1,,3 pair=2*7 /", "1 0.5 0 old 1 8 3 7 7"},
-      {"&group_a list = 2*, 4 /", "1 0.5 0 old 7 8 4 0 0"},
-      {"&group_a list = 3*1, n=1*6 /", "6 0.5 0 old 1 1 1 0 0"},
-      {"&group_a flag = .true. /", "1 0.5 1 old 7 8 9 0 0"},
-      {"&group_a flag = .T. n = 2 flag = .FALSE. flag = true flag = t flag=.f./",
-       "2 0.5 0 old 7 8 9 0 0"},
-      {"&group_a text = 'it''s / a \"b\" ! & c' n = 2 /", "2 0.5 0 it's / a \"b\" ! & c 7 8 9 0 0"},
-      {"&group_a text = \"a \"\"b\"\" 'c'\", text = 1*\"one\ntwo\" /", "1 0.5 0 onetwo 7 8 9 0 0"},
-      {"&group_a n = 2 n = 3 /", "3 0.5 0 old 7 8 9 0 0"},
-      {"\n\n&group_a n=+3 x=1/ tail &", "3 1 0 old 7 8 9 0 0"},
-  };
-  for (const auto& [text, values] : cases) EXPECT_EQ(read(text).values, values) << text;
+  for (const FaultCase& c : fault_table("namelist_forms", {{'~', "\r"}, {'^', "\t"}})) {
+    EXPECT_EQ(read(c.input).values, c.lines) << c.input;
+  }
 }
 
 /// Expects that the group is echoed and then refused in the given words.

@@ -8,6 +8,7 @@
 #include "patches_of.hpp"
 #include "radiation/view_factor_table.hpp"
 #include "recorded_log.hpp"
+#include "trees/jumoku.hpp"
 
 namespace {
 
@@ -97,23 +98,30 @@ TEST(RadAdmin, SwitchesDecideThePathOfAStep) {
 TEST(RadAdmin, ATreeOverAPatchShadesItOnlyWithoutTheExchange) {
   Step open(0, 0);
   Step under(0, 0);
-  under.state.treemk[2] = 1;
+  under.state.treemk[0] = 1;
   open.run();
   under.run();
-  EXPECT_LT(under.Rs[2], 0.5 * open.Rs[2]);
-  EXPECT_GT(under.Rl[2], open.Rl[2]);  // warm leaves in place of the sky
-  EXPECT_NE(under.state.treeax(2, 2), 300.0);
+  jmk::SimpleTree tree{.LAD = 1.5, .H = 4.0, .T = 300.0};
+  const jmk::Ground ground{
+      .cosi = 0.8, .emission = 0.9 * kSigma * std::pow(290.0, 4), .emissivity = 0.9, .albedo = 0.2};
+  const jmk::Air air{.p = 101325.0, .T = 295.0, .q = 0.01, .U = 2.0};
+  const auto beneath = jmk::jumoku(under.recorded.log, under.htrans, under.radiat, {0.6, 0.0, 0.8},
+                                   ground, air, {500, 50, 175}, tree);
+  EXPECT_NEAR(under.Rs[0], beneath.direct * 0.8 + beneath.scattered, 1e-9);
+  EXPECT_NEAR(under.Rl[0], beneath.longwave, 1e-9);
+  EXPECT_NEAR(under.state.treeax(0, 2), tree.T, 1e-9);
+  EXPECT_NE(under.state.treeax(0, 2), 300.0);
   EXPECT_EQ(under.Rs[3], open.Rs[3]);
   Step both(1, 1);
-  both.state.treemk[2] = 1;
+  both.state.treemk[0] = 1;
   both.run();
-  EXPECT_EQ(both.state.treeax(2, 2), 300.0);
+  EXPECT_EQ(both.state.treeax(0, 2), 300.0);
   // A short-wave exchange keeps its own Rs and takes the long-wave from beneath the tree.
   Step half(0, 1);
-  half.state.treemk[2] = 1;
+  half.state.treemk[0] = 1;
   half.run();
-  EXPECT_EQ(half.Rl[2], under.Rl[2]);
-  EXPECT_EQ(half.Rs[2], both.Rs[2]);
+  EXPECT_EQ(half.Rl[0], under.Rl[0]);
+  EXPECT_EQ(half.Rs[0], both.Rs[0]);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // Groups of patches, view factors, and the correction of areas.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <tuple>
 
@@ -57,40 +56,6 @@ TEST(ViewFactorData, SkyIsGivenOrWhatTheOthersLeave) {
   for (const auto& [control, factors, sky] : rows) {
     EXPECT_EQ(read_all({.factors = factors, .control = control}).sky, sky);
   }
-}
-
-TEST(ViewFactorData, CorrectionClosesEveryGroupThatIsSeen) {
-  const Outcome out = read_all({});
-  // Group 10 receives 0.25 x 2 and 0.1 x 4 of the areas, and needs half of its own.
-  ASSERT_EQ(out.data.PgID, (std::vector<std::int32_t>{10, 20, -30}));
-  EXPECT_NEAR(out.data.c[0], 0.5 / 0.9, 1e-7);
-  EXPECT_NEAR(out.data.c[1], (2.0 - 2.0 * 0.75) / 0.5, 1e-7);
-  EXPECT_EQ(out.data.c[2], 0.0);
-  EXPECT_NE(out.lines.find("%%% correction factor for view area = 0.5555"), std::string::npos);
-  EXPECT_TRUE(out.lines.ends_with("%%% sum of area (set_rdat) 1 1 1 1\n")) << out.lines;
-}
-
-TEST(ViewFactorData, ReverseSenseIsTheSameTableByReciprocity) {
-  // The columns exchanged and each factor turned round by hand: A1 F12 = A2 F21.
-  const Outcome plain =
-      read_all({.factors = "\n0 10 0 20 0.5\n0 20 0 10 0.25\n0 -30 0 10 0.125\n0 10 0 -30 0.25\n"});
-  const Outcome turned =
-      read_all({.factors = "\n0 20 0 10 0.25\n0 10 0 20 0.5\n0 10 0 -30 0.5\n0 -30 0 10 0.0625\n",
-                .control = "&TSRF_RADDAT LVFSWP=1 /"});
-  ASSERT_EQ(turned.data.view_factors.first, plain.data.view_factors.first);
-  EXPECT_TRUE(std::ranges::equal(
-      turned.data.view_factors.entries, plain.data.view_factors.entries,
-      [](const auto& a, const auto& b) { return a.source == b.source && a.factor == b.factor; }));
-}
-
-TEST(ViewFactorData, GroupsMayHaveAnyIdentifiers) {
-  const Outcome out =
-      read_all({.index = "\n9 3 -2147483648 x\n\n0,2,2147483647\n0 1 -2147483648 /\n",
-                .factors = "\n2*-2147483648 0 2147483647 1D-1\n0 2147483647 0 -2147483648 .5",
-                .pairs = ""});
-  EXPECT_EQ(out.data.pgx, (std::vector<std::int32_t>{0, 1, 0})) << out.lines;
-  EXPECT_TRUE(out.data.prd.empty());
-  EXPECT_EQ(out.data.view_factors.first, (std::vector<std::int64_t>{0, 1, 2}));
 }
 
 TEST(ViewFactorTable, KeepsTheOrderOfTheFileForEachDestination) {

@@ -19,19 +19,4 @@ TEST(RunCase, Differences) {
   EXPECT_NE(run_case::differences({"1", "2"}, {"1"}), "");
 }
 
-TEST(RunCase, CopiesRunsAndCompares) {
-  const TempFolder source;
-  std::filesystem::create_directories(source.path("expected/deep"));
-  source.write("expected/deep/rows", "1.0 2.00000\n");
-  std::filesystem::create_directory(source.path("deep"));
-  source.write("deep/rows", "1.0 2.00001\n");
-  const run_case::RunCase run(source.path());
-  EXPECT_FALSE(std::filesystem::exists(run.path("expected")));
-  EXPECT_EQ(run.differences_from(source.path("expected")), "");
-  ASSERT_TRUE(run.replace("deep/rows", "2.0", "3.0"));
-  EXPECT_EQ(run.differences_from(source.path("expected")),
-            "deep/rows\nline 1:\n  wanted 1.0 2.00000\n  found  1.0 3.00001\n");
-  EXPECT_EQ(source.content("deep/rows"), "1.0 2.00001\n") << "the source stays as it is";
-}
-
 }  // namespace

@@ -1,4 +1,4 @@
-// Sun position, sky fluxes and humidity at saturation.
+// Sun position and sky fluxes.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -7,7 +7,6 @@
 #include <tuple>
 #include <vector>
 
-#include "inputs/moist_air.hpp"
 #include "radiation/phydat.hpp"
 #include "recorded_log.hpp"
 
@@ -57,21 +56,6 @@ TEST(Sun, AgreesWithTheWorkedExampleOfTheSolarPositionAlgorithm) {
   const SunVector mltday = dated(golden, 10, 18, 4, 30, 30);
   EXPECT_NEAR(zenith(mltday), 50.111622, 0.5);
   EXPECT_NEAR(azimuth(mltday), 194.340241, 0.5);
-}
-
-// Declination and equation of time as almanacs give them for a year after a leap year's end, at
-// noon of the clock's meridian; within a day's change of the declination and half a minute.
-TEST(Sun, DatedFormFollowsTheAlmanacThroughTheYear) {
-  constexpr double kAlmanac[][4] = {// month, day, declination, minutes
-                                    {2, 11, -14.1, -14.2}, {3, 20, 0.0, -7.5},   {5, 14, 18.6, 3.7},
-                                    {6, 21, 23.44, -1.8},  {7, 26, 19.4, -6.5},  {9, 23, 0.0, 7.5},
-                                    {11, 3, -15.0, 16.4},  {12, 22, -23.44, 1.8}};
-  for (const auto& [month, day, declination, minutes] : kAlmanac) {
-    SCOPED_TRACE(testing::Message() << month << "/" << day);
-    EXPECT_NEAR(90.0 - zenith(dated(site(90, 135), month, day, 12)), declination, 0.45);
-    const SunVector equator = dated(site(0, 135), month, day, 12);
-    EXPECT_NEAR(4.0 * std::atan2(-equator.x, equator.z) * kDegrees, minutes, 0.5);
-  }
 }
 
 // The dated form once more, each operation in double precision and rounded by hand, with the day
@@ -133,27 +117,6 @@ TEST(Sun, RepeatingDayIsTheSphericalTriangleAtEverySite) {
   }
 }
 
-TEST(Sun, RotationOfTheSiteTurnsMorningAndAfternoonApart) {
-  Data data = site(35, 139, 10);
-  const double straight[2] = {azimuth(sunvec_oneday(data, 9)), azimuth(sunvec_oneday(data, 15))};
-  data.RANGLE = 5.0;
-  EXPECT_NEAR(azimuth(sunvec_oneday(data, 9)), straight[0] + 5.0, 1e-10);
-  EXPECT_NEAR(azimuth(sunvec_oneday(data, 15)), straight[1] - 5.0, 1e-10);
-}
-
-TEST(Sky, SplitsTheMeasuredFluxByTheClearSky) {
-  const Data data = site(0, 0);
-  for (const double sinalt : {1e-3, 0.1, 0.5, 1.0}) {
-    const SkyFluxes clear = solar_split(data, sinalt);
-    EXPECT_LT(sinalt * clear.direct + clear.scattered, 1365.0 * sinalt);
-    const SkyFluxes sky = sky_fluxes(data, sinalt, {.temperature = 290, .SunRad = 400});
-    EXPECT_NEAR(sinalt * sky.direct + sky.scattered, 400.0, 1e-10);
-    EXPECT_NEAR(sky.direct * clear.scattered, sky.scattered * clear.direct, 1e-9);
-  }
-  // Overhead sun: the beam is the transmittance's share of the solar constant.
-  EXPECT_DOUBLE_EQ(solar_split(data, 1.0).direct, 1365.0 * 0.7);
-}
-
 TEST(Sky, TakesMeasuredPartsWhereTheyAreGiven) {
   const std::vector<std::tuple<double, MeasuredSky, double, double>> rows{
       {-0.2, {.SunRad = 7}, 0, 7},
@@ -172,22 +135,6 @@ TEST(Sky, TakesMeasuredPartsWhereTheyAreGiven) {
   EXPECT_EQ(longwave(0.0), longwave(-999.0));
   // Brunt's formula at 20 degC and 9 mmHg (1199.9 Pa): 0.754 of a black body.
   EXPECT_NEAR(longwave(0.0), 0.754 * 418.76, 0.05);
-}
-
-TEST(Saturation, FollowsTheVapourTableAndItsOwnSlope) {
-  // Vapour pressure over water, WMO tables [degC, Pa]; the formula's constant heat of
-  // vaporisation takes it 6 % too high at 40 degC.
-  for (const auto& [celsius, pascal] : std::vector<std::pair<double, double>>{
-           {0, 611.2}, {10, 1227}, {20, 2337}, {30, 4243}, {40, 7378}}) {
-    EXPECT_NEAR(moist_air::satvap(celsius + 273.15).es / pascal, 1.0, 0.06);
-  }
-  for (const double T : {280.0, 310.0}) {
-    const moist_air::Saturation s = moist_air::satvap(T);
-    const double by_difference =
-        (moist_air::satvap(T + 0.01).es - moist_air::satvap(T - 0.01).es) / 0.02;
-    EXPECT_NEAR(s.desdT / by_difference, 1.0, 1e-7);
-    EXPECT_NEAR(moist_air::humidity_of(s.es / 9e4), 0.62198 * s.es / (9e4 - 0.37802 * s.es), 1e-7);
-  }
 }
 
 }  // namespace

@@ -5,11 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "faults.hpp"
 #include "inputs/grid.hpp"
 #include "inputs/grid_index.hpp"
 #include "inputs/lyrstrct.hpp"
-#include "inputs/matprp.hpp"
 #include "inputs/patch.hpp"
 #include "inputs/srfprp.hpp"
 #include "recorded_log.hpp"
@@ -28,8 +26,6 @@ struct District {
   tsrf_main01::Porous porous;
   tsrf_module_patch::Data patch;
   tsrf_module_srfprp::Data srfprp;
-  tsrf_module_matprp::Data matprp;
-  tsrf_module_lyrstrct::Data lyrstrct;
   std::int32_t NDIV = 1;
 
   void settings(const std::string& text) {
@@ -54,26 +50,10 @@ struct District {
     frame::TextInput input("SurfProp.txt", "title\n" + lines);
     read_srfprp(log, input, srfprp);
   }
-  void materials(const std::string& lines) {
-    frame::TextInput input("MatEleProp.txt", "title\n" + lines);
-    read_matprp(log, input, matprp);
-  }
-  void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, "", patch, matprp, lyrstrct); }
 };
 
-const std::string kDataError = "### error : data error\n";
 const std::string kRoad = "7 1 1 0 2.5 0 0 1 3 101 0\n";
 const std::string kLeaf = "8 1 1 0 1 -1. 0 0 2 1 0\n";
-
-const auto grid = reads(&District::grid_file);
-const auto porous = reads(&District::porous_file);
-TEST(Settings, BoundaryWidthsTakeTheFrontsWhenNegative) {
-  District d;
-  d.settings("&dummygrid nxf = 2, nyb = 0, nyf = 1, dxf = 3.5 / &TSRF_DATA WSKY0 = 1 HTRNS = 0 /");
-  EXPECT_EQ((std::vector{d.index.NXB, d.index.NYB, d.index.ox, d.index.oy}),
-            (std::vector{2, 0, 2, 1}));
-  EXPECT_EQ(d.data.settings.HTRNS, 0.0);
-}
 
 TEST(Grid, MirrorsTwoCellsAtEachEnd) {
   District d;
@@ -93,28 +73,6 @@ TEST(Grid, MirrorsTwoCellsAtEachEnd) {
   EXPECT_EQ(std::get<tsrf_main01::Sizes>(empty.grid), empty.sizes);
 }
 
-TEST(Grid, FaultsOfBothFiles) {
-  const std::string x = "5\n0 1 3 6 10\n";
-  const std::string size = "grid size in Grid data not consistent\nmx,my,mz must be = 5 4 3\n";
-  expect_faults<District>(
-      kDataError, "(tsrf_main01)(read_grid)",
-      {{grid("6\n0 1 3 6 10 11\n"), size},
-       {grid(x + "3\n0 1 2\n"), size},
-       {grid(x + "2000000000"), size},
-       {grid("5\n0 1 1 6 10\n"), "i,x(i),x(i-1) in Grid data = 3 1 1\nthey must increase\n"},
-       {grid(x + "4\n0 1 2 1.5\n"), "i,y(i),y(i-1) in Grid data = 4 1.5 2\nthey must increase\n"}});
-  expect_faults<District>("### read error : Grid data\n", "(tsrf_main01)(read_grid)",
-                          {{grid("five"), ""},
-                           {grid("5\n0 1 3 6"), ""},
-                           {grid("5\n0 1 3 6 x"), ""},
-                           {grid(x), ""},
-                           {grid(x + "4\n0 1 2 3\n3"), ""}});
-  expect_faults<District>("### error : ", "(tsrf_dummyb)",
-                          {{porous("1 1 1 7*1.\n1 1 1 1 1"), "read error in Porous file\n"},
-                           {porous("4 3 2 7*0.5\n4 4 2 7*0.5"),
-                            "data error in Porous file\ni,j,k= 4 4 2\nthey are out of range\n"}});
-}
-
 TEST(Patch, ListHoldsBothFilesAndShiftsTreePatchesInFrontOfTheirFace) {
   District d;
   d.settings("&DUMMYGRID NXF = 1, NXB = 0, NYF = 1, NYB = 0 /");
@@ -129,6 +87,14 @@ TEST(Patch, ListHoldsBothFilesAndShiftsTreePatchesInFrontOfTheirFace) {
   EXPECT_EQ(d.patch.by_pid.find(2000000000), 0);
   EXPECT_EQ(d.patch.by_pid.find(-5), 1);
   EXPECT_EQ(d.patch.BldID, (std::vector{0, 2, 0, 0}));
+  District left_out;  // of a line that ends early the rest has its defaults
+  left_out.settings("&DUMMYGRID NXF = 1, NXB = 0, NYF = 1, NYB = 0 /");
+  left_out.patches("77 /\n");
+  const tsrf_module_patch::Data& p = left_out.patch;
+  EXPECT_EQ(frame::items(p.PID[0], p.i[0], p.j[0], p.k[0], p.area[0], p.nx[0], p.ny[0], p.nz[0],
+                         std::int32_t{p.type[0] == tsrf_module_patch::kBuilding}, p.SurfID[0],
+                         p.BldID[0]),
+            "77 1 1 1 1 0 0 0 1 1 1");
   District long_tree_file;  // only as many positions as it has lines are looked at
   long_tree_file.patches(kRoad, kLeaf + "9 1 1 0 1 0 0 1 3 6 0");
   EXPECT_EQ(long_tree_file.patch.type.back(), 3);
@@ -147,39 +113,22 @@ TEST(Patch, AreasAreMendedAndTheFirstTenReported) {
   EXPECT_EQ(d.patch.area, std::vector<double>(12, 1e-20));
 }
 
-TEST(SurfProp, HoldsTwoRowsMoreAndRereadsTheSameCodesOnly) {
+TEST(SurfProp, HoldsTwoRowsMore) {
   District d;
   const std::string concrete = "2000000000 0.25 1 0.3 2000 1000 0 0\n";
   d.properties(concrete + "1 1 0 0 1600 1000 3.75e-7 20\n");
   EXPECT_EQ(d.srfprp.alb, (std::vector<double>{0.25, 1, 0, 1}));
   EXPECT_EQ(d.srfprp.ems, (std::vector<double>{1, 0, 1, 0}));
   EXPECT_EQ(d.srfprp.beta, (std::vector<double>{0.3, 0, 0, 0}));
+  EXPECT_EQ(d.srfprp.wext, (std::vector<double>{0, 20, 0, 0}));
   EXPECT_EQ(d.srfprp.heat_capacity[0], 2e6);
   EXPECT_DOUBLE_EQ(d.srfprp.conductivity[1], 0.6);
   EXPECT_EQ(d.srfprp.by_code.find(1), 1);
+  District one;
+  one.properties(concrete);
+  EXPECT_TRUE(one.recorded.lines_of([&] { one.properties("1 1 0 0 1600 1000 0 0\n"); })
+                  .starts_with("### error : invalid multi-day data\n"));
   EXPECT_EQ(d.srfprp.by_code.find(2000000000), 0);
-  d.properties("2000000000 0.5 1 0 1 1 1 1\n1 0.75 0 0 1 1 1 1\n");
-  EXPECT_EQ(d.srfprp.alb, (std::vector<double>{0.5, 0.75, 0, 1}));
-  for (const std::string& other :
-       {concrete, "1 0.5 1 0 1 1 1 1\n" + concrete, concrete + concrete.substr(1)}) {
-    EXPECT_EQ(d.recorded.lines_of([&] { d.properties(other); }),
-              "### error : invalid multi-day data\n(tsrf_module_srfprp)(read_srfprp)\n");
-  }
-}
-
-TEST(MatEleProp, BlocksBecomeMaterials) {
-  District d;
-  EXPECT_EQ(d.recorded.lines_of([&] {
-    d.materials(
-        "2000000000 1 7 0 0 2 0.1 10\n2000000000 1 7 9 8 2 0.2\n 11\n1 3 2 0 0 1 4d-3 30\n");
-  }),
-            "%%% nmatprp= 2\n");
-  const auto& wall = d.matprp.materials.at(0);
-  EXPECT_EQ(wall.thick, (std::vector<double>{0.1, 0.2}));
-  EXPECT_EQ(wall.SurfCD, (std::vector{10, 11}));
-  EXPECT_EQ((std::vector{wall.pos, wall.strct, wall.nolyr()}), (std::vector{1, 7, 2}));
-  EXPECT_EQ(d.matprp.by_surfid.find(1), 1);
-  EXPECT_EQ(d.matprp.by_surfid.find(2000000000), 0);
 }
 
 TEST(Ground, CellsOfAGradingSumToTheDepth) {
@@ -194,40 +143,21 @@ TEST(Ground, CellsOfAGradingSumToTheDepth) {
         for (std::int32_t cell = 0; cell < n; ++cell) sum += dz * std::pow(ratio, cell);
         const bool starting_value = std::abs(ratio - 1.0) < 1e-6;  // taken as it is
         EXPECT_NEAR(sum / zl, 1.0, starting_value ? 1e-5 : 1e-11) << dz << " " << zl;
-        EXPECT_GE(n, zl / dz > 20.0 + 1e-9 ? 20 : 2);
+        const auto at_a_tenth = std::lround(std::log1p(0.1 * zl / dz) / std::log(1.1));
+        const bool graded = zl / dz > 20.0 + 1e-9;
+        EXPECT_EQ(n, graded ? std::max(at_a_tenth, 20L) : std::lround(zl / dz)) << dz << " " << zl;
         EXPECT_LT(ratio, 1.5);
       }
     }
   }
 }
 
-TEST(Ground, LandPatchesShareOneStructureAMaterial) {
-  const std::string two = "7 1 1 0 1 0 0 1 3 5 0\n8 1 1 0 1 0 0 1 4 9 0\n9 1 1 0 1 0 0 1 3 5 0\n";
-  District d;
-  d.patches(two + "4 1 1 0 1 0 0 1 3 2 0\n");
-  d.materials("2 1 1 0 0 1 1 30\n5 1 1 0 0 2 0.2 10\n5 1 1 0 0 2 0.2 11\n");
-  EXPECT_EQ(d.recorded.lines_of([&] { d.ground(0.05, 0.75); }),
-            "%%% nz,dz,zl in land = 15 0.05 0.75\n");
-  EXPECT_EQ(d.lyrstrct.structure, (std::vector{0, -1, 0, 1}));
-  EXPECT_EQ(d.lyrstrct.material, (std::vector{1, -1, 1, 0}));
-  ASSERT_EQ(d.lyrstrct.structures.at(0).parts.size(), 1U);
-  EXPECT_EQ(d.lyrstrct.structures[0].parts[0].SurfCD, 10);
-  EXPECT_EQ(d.lyrstrct.structures[0].parts[0].thickness, 0.75);
-  EXPECT_EQ(column_size(d.lyrstrct), 16);
-  EXPECT_EQ(tsrf_module_lyrstrct::column_size({}), 2);
-}
-
-TEST(Ground, Faults) {
-  District d;
-  d.patches(kRoad);
-  EXPECT_EQ(d.recorded.lines_of([&] { d.ground(0.02, 0.5); }),
-            "%%% nz,dz,zl in land = 20 0.02 0.5\n" + kDataError +
-                "SurfID in Patch data = 101\nit is not defined in MatEleProp data\n"
-                "(tsrf_module_lyrstrct)(lyrstrct_set_land)\n");
+TEST(Ground, RefusesDepthsThatNoGradingFills) {
   for (const auto& [dz, zl] : {std::pair{0.5, 0.6}, {1e-300, 1e300}, {1.0, 1e-3}}) {
-    District other;
-    EXPECT_EQ(other.recorded.lines_of([&] { other.ground(dz, zl); }),
-              "### program error -1- (tsrf_module_lyrstrct)\n(cal_gemtrc)\n");
+    RecordedLog recorded;
+    EXPECT_EQ(
+        recorded.lines_of([&] { tsrf_module_lyrstrct::cal_gemtrc(recorded.log, 20, dz, zl); }),
+        "### program error -1- (tsrf_module_lyrstrct)\n(cal_gemtrc)\n");
   }
 }
 

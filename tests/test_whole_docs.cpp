@@ -60,7 +60,10 @@ TEST(Docs, TellTheSettingsAndTheirDefaults) {
   run.write("control.txt", control);
   run.write("FormFactor.txt", "# LVFSKY is 0 by default\n0 1 0 2 0.5\n");
   Settings found = echoed(run.run().log);
-  found["JMK_RADIAT"] = told.at("JMK_RADIAT");  // read with a tree canopy only
+  run.write("control.txt", control.insert(control.find('&'), "&JMK_DATA CALJMK = .true. /\n"));
+  run.write("LAD.txt", "# a leaf\n2 2 0 1\n");
+  run.write("LAD_simple.txt", "# a tree\n1 0.8\n");
+  found["JMK_RADIAT"] = echoed(run.run().log)["JMK_RADIAT"];  // read with a tree canopy only
   for (auto& [group, members] : found) {
     ASSERT_TRUE(told.contains(group)) << group << " is not in docs/files.md";
     for (auto& [member, value] : members) {
