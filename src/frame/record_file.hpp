@@ -3,7 +3,8 @@
 //
 // Reading takes the whole file; writing replaces it in one stroke (a new file beside the old one,
 // under a name that is free, flushed to the disk, then renamed), so that a run killed at any moment
-// leaves the old state or the new one, and nothing else that stands there is touched. Used by the restart routines only.
+// leaves the old state or the new one, and nothing else that stands there is touched. Used by the
+// restart routines only.
 #pragma once
 
 #include <cstddef>
