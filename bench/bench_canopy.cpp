@@ -59,7 +59,7 @@ void scattered_light(benchmark::State& state) {
   };
   std::int32_t sweeps = 0;
   compare(
-      state, dark, [&] { plain.run(x.canopy(), x.trees.radiat.optics[kBand], tolerance, band); },
+      state, dark, [&] { plain.run(x.canopy(), x.trees.radiat, kBand, tolerance); },
       [&] { sweeps = jmk::jmk_difrad_flux(x.recorded.log, x.canopy(), 100, tolerance, band); });
   state.counters["sweeps"] = sweeps;
   const auto leaving = band.entering.end() - static_cast<std::ptrdiff_t>(plain.leaving.size());

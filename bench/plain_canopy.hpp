@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "trees/beam_sweep.hpp"
 #include "trees/canopy.hpp"
 #include "trees/difrad.hpp"
-#include "trees/sundir.hpp"
 
 namespace plain {
 
@@ -129,9 +129,10 @@ struct Relaxation {
   explicit Relaxation(const Data& data)
       : box(data), entering(box.cells()), leaving(data.outer.size()) {}
 
-  /// Sweeps until nothing changes; `band` gives source, outside and scatter.
-  std::int32_t run(const Data& data, const jmk_module_radiat::BandOptics& optics,
-                   const jmk::Tolerance& tolerance, const tsrf_module_jumoku::BandFluxes& band) {
+  /// Sweeps band `b` until nothing changes; its fluxes give source and outside.
+  std::int32_t run(const Data& data, const jmk_module_radiat::Data& radiat, std::size_t b,
+                   const jmk::Tolerance& tolerance) {
+    const auto& band = data.bands[b];
     for (std::size_t o = 0; o < data.outer.size(); ++o) {
       const auto& outer = data.outer[o];
       const auto& p = data.cells.at[static_cast<std::size_t>(outer.cell)];
@@ -140,36 +141,33 @@ struct Relaxation {
     for (std::int32_t sweep = 1;; ++sweep) {
       bool changed = false;
       const std::size_t n = box.cells();
-      for (std::size_t at = 0; at < n; ++at) changed |= visit(data, optics, tolerance, band, at);
-      for (std::size_t at = n; at-- > 0;) changed |= visit(data, optics, tolerance, band, at);
+      for (std::size_t at = 0; at < n; ++at) changed |= visit(data, radiat, b, tolerance, at);
+      for (std::size_t at = n; at-- > 0;) changed |= visit(data, radiat, b, tolerance, at);
       if (!changed) return sweep;
     }
   }
 
-  bool visit(const Data& data, const jmk_module_radiat::BandOptics& optics,
-             const jmk::Tolerance& tolerance, const tsrf_module_jumoku::BandFluxes& band,
-             std::size_t here) {
+  bool visit(const Data& data, const jmk_module_radiat::Data& radiat, std::size_t b,
+             const jmk::Tolerance& tolerance, std::size_t here) {
     if (box.block[here] < 0) return false;
     const auto c = static_cast<std::size_t>(box.block[here]);
     const auto& at = data.cells.at[c];
     const std::int32_t leaf = data.cells.leaf[c];
     const double lad = leaf < 0 ? 0.0 : data.leaves.lad[static_cast<std::size_t>(leaf)];
-    std::array<double, 3> through{}, term{};
-    double sum = 0.0, stopped = 0.0;
+    const jmk::CellWeights w =
+        jmk::cell_weights(radiat.settings.MDLSCT, radiat.optics[b], lad,
+                          {data.grid.size(at, 0), data.grid.size(at, 1), data.grid.size(at, 2)});
+    std::array<double, 3> stopped{};
     for (std::size_t a = 0; a < 3; ++a) {
-      const double stop = -std::expm1(-optics.extinction(lad) * data.grid.size(at, a));
-      through[a] = 1.0 - stop;
-      term[a] = data.grid.face_area(at, a) * stop;
-      sum += term[a];
-      const double both = entering[here][2 * a] + entering[here][2 * a + 1];
-      stopped += both - through[a] * both;
+      stopped[a] = w.stop[a] * (entering[here][2 * a] + entering[here][2 * a + 1]);
     }
-    const double own = band.scatter * stopped + band.source[c];
     bool changed = false;
     for (std::size_t face = 0; face < 6; ++face) {
       const std::size_t a = face / 2;
-      const double share = sum > 0.0 ? term[a] / (2.0 * sum) : 0.0;
-      const double out = through[a] * entering[here][face ^ 1U] + share * own;
+      const double own = w.aside[a] * (stopped[(a + 1) % 3] + stopped[(a + 2) % 3]) +
+                         w.emit[a] * data.bands[b].source[c];
+      const double out =
+          w.ahead[a] * entering[here][face ^ 1U] + w.back[a] * entering[here][face] + own;
       auto behind = at;
       behind[a] += face % 2 == 0 ? -1 : 1;
       double& place = box.at(behind) >= 0

@@ -21,13 +21,11 @@ struct CanopyCase {
   CanopyCase(const Widths& widths, std::int32_t NDIV, const std::vector<Leaf>& leaves) {
     trees.cells.CALJMK = true;
     trees.canopy.settings.NDIV = NDIV;
-    grid.given = true;
     for (std::size_t a = 0; a < 3; ++a) {
-      grid.cells[a] = static_cast<std::int32_t>(widths[a].size());
-      grid.axes[a].cells = grid.cells[a];
-      grid.axes[a].widths = widths[a];
-      grid.axes[a].widths.insert(grid.axes[a].widths.begin(), 2, 1.0);
-      grid.axes[a].widths.insert(grid.axes[a].widths.end(), 2, 1.0);
+      grid[a].cells = static_cast<std::int32_t>(widths[a].size());
+      grid[a].widths = widths[a];
+      grid[a].widths.insert(grid[a].widths.begin(), 2, 1.0);
+      grid[a].widths.insert(grid[a].widths.end(), 2, 1.0);
     }
     for (const Leaf& leaf : leaves) {
       trees.cells.cells.push_back({leaf.i + 1, leaf.j + 1, leaf.k + 1, 1});
@@ -90,10 +88,10 @@ struct CanopyCase {
     const auto settings = trees.canopy.settings;
     trees.canopy = {};
     trees.canopy.settings = settings;
-    set_grid(recorded.log, grid, trees.cells, trees.canopy);
+    set_grid(recorded.log, grid, trees.cells, patch, trees.canopy);
     place_patches(patch, trees.canopy);
-    allocdata(patch.type.size(), trees.radiat.optics, trees.canopy);
-    set_lad(lad, trees.radiat.optics, trees.canopy);
+    allocdata(patch.type.size(), trees.canopy);
+    set_lad(lad, trees.radiat, trees.canopy);
     storetqair(101325.0, 300.0, 0.01, 2.0, trees.canopy);
   }
 
@@ -102,7 +100,7 @@ struct CanopyCase {
   std::unique_ptr<RecordedLog> owned = std::make_unique<RecordedLog>();
   RecordedLog& recorded = *owned;
   jmk::Trees trees;
-  tsrf_main01::Grid grid;
+  tsrf_main01::Axes grid;
   tsrf_module_patch::Data patch;
   std::vector<double> lad;
 };

@@ -181,7 +181,7 @@ TEST(Building, SaysWhatIsWrong) {
   EXPECT_TRUE(lines.ends_with("it must be >= 1 and <= 10000\n(tsrf_building)\n")) << lines;
   Block bare;
   bare.work.surfaces.clear();
-  EXPECT_EQ(bare.step(0.0, 600.0), "### program error -1- (tsrf_building)\n");
+  EXPECT_EQ(bare.step(0.0, 600.0), "### program error -1- (tsrf_building)\nBldID = 70\n");
   const auto warning = [&](double dt) {
     return bare.recorded.lines_of([&] { warn_of_step(bare.recorded.log, dt, {}); });
   };

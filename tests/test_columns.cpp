@@ -2,6 +2,7 @@
 // independent model.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -166,6 +167,16 @@ TEST(Columns, FirstPatchWithAnUnknownCodeIsReported) {
   EXPECT_EQ(columns.recorded.lines_of([&] { columns.set(); }),
             "### error : data error\nSurfCD in MatEleProp data = 99\n"
             "it is not defined in SurfProp data\n(tsrf_set_gdata)\n");
+}
+
+TEST(State, TellsWhichArrayFindsNoMemory) {
+  RecordedLog recorded;
+  tsrf_module_data::Data data;
+  data.mpatch = 1 << 14;
+  data.mzg = std::numeric_limits<std::int32_t>::max() - 1;  // beyond any address space
+  EXPECT_EQ(recorded.lines_of([&] { allocdata02(recorded.log, data); }),
+            "### error : allocation failed\narray,bytes = dzl 281474976448512\n"
+            "(tsrf_module_data)(allocdata02)\n");
 }
 
 }  // namespace

@@ -153,4 +153,33 @@ TEST(Conduction, CarriesTheDaysSwingToSecondOrder) {
   EXPECT_LT(std::abs(std::arg(fine + 1.0)), 4e-3);
 }
 
+TEST(Conduction, WarnsOfImplicitColumns) {
+  // Behind the surface the limit is 0.99 C d2/(3 k): 47.4 s for cells of 1 cm, 1186 s for 5 cm.
+  // What a surface seems to hold more is dt 2 k/d.
+  sample::Column thin = concrete(4, 0.01);
+  sample::Column thick = concrete(4, 0.05);
+  tsrf_module_data::Data state = sample::empty_state(3, 5);
+  sample::set_column(state, 0, thick);
+  sample::set_column(state, 1, thin);
+  sample::set_column(state, 2, thin);
+  tsrf_module_patch::Data patch;
+  patch.PID = {7, 8, 9};
+  patch.SurfID = {101, 102, 102};
+  patch.area = {1.0, 2.0, 3.5};
+  RecordedLog recorded;
+  solid1d::Work work;
+  solid1d::set_columns(recorded.log, state, {}, work);
+  const auto warning = [&](double dt) {
+    return recorded.lines_of([&] { solid1d::warn_of_implicit(recorded.log, dt, patch, work); });
+  };
+  EXPECT_EQ(warning(47.0), "");
+  const std::string lines = warning(300.0);
+  EXPECT_TRUE(
+      lines.starts_with("%%% warning : 2 columns of 5.5 m2 are implicit at dtmax = 300 s; "))
+      << lines;
+  EXPECT_NE(lines.find("PID = 8 SurfID = 102 : 96000 J/m2 K; explicit up to dtmax = 47.4"),
+            std::string::npos)
+      << lines;
+}
+
 }  // namespace

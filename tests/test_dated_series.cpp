@@ -34,7 +34,7 @@ class Tide {
       values_[std::size_t(slot)] = value;
       return status;
     };
-    const Source source{kWords, check, prepare, read};
+    const Source source{kWords, check, prepare, read, 8};
     const Bracket b = find(recorded.log, file_, time, calendar, source, series);
     return mix(b.weight, values_[std::size_t(b.lower)], values_[std::size_t(b.upper)]);
   }

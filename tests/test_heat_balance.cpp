@@ -104,7 +104,13 @@ TEST(HeatBalance, StopsWhereTheSearchDoesNotSettle) {
   d.state.airst(0, 0) = 1000.0;
   d.state.airst(0, 1) = 300.0;
   d.state.airst(0, 2) = 0.55;
-  EXPECT_EQ(run(d), "### program error -2- (tsrf_therm1d)\n");
+  frame::TextInput weather("Weather.txt", "# title\n1 a\n\n2 b\n");
+  d.state.air_origin = {&weather, {weather.content().find("1 a"), weather.content().find("\n2 b")}};
+  const std::string lines = run(d);
+  EXPECT_TRUE(
+      lines.starts_with("%%% file Weather.txt, lines 2 and 4\n"
+                        "### program error -2- (tsrf_therm1d)\nPID = 1\n"))
+      << lines;
 }
 
 }  // namespace

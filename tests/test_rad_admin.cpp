@@ -13,15 +13,16 @@ namespace {
 
 constexpr double kSigma = moist_air::kStefanBoltzmann;
 
-/// One patch of each type, facing up under half a sky, none of which sees another.
+/// One patch of each type, the last two of none, facing up under half a sky, none of which sees
+/// another.
 struct Step {
   explicit Step(std::int32_t LCRADL, std::int32_t LCRADS) {
-    constexpr std::int32_t n = 7;
-    for (std::int32_t i = 0; i < n; ++i) patch.type[static_cast<std::size_t>(i)] = i + 1;
+    constexpr std::int32_t n = 9;
+    patch.type = {1, 2, 3, 4, 5, 6, 7, 8, 100000};
     raddat.settings.LCRADL = LCRADL;
     raddat.settings.LCRADS = LCRADS;
     raddat.NPGID = n;
-    raddat.pgx = {6, 5, 4, 3, 2, 1, 0};
+    raddat.pgx = {8, 7, 6, 5, 4, 3, 2, 1, 0};
     raddat.view_factors = tsrf_module_raddat::ViewFactorGatherer(n).take_table();
     srfprp.ems = {0.9};
     srfprp.alb = {0.2};
@@ -52,13 +53,13 @@ struct Step {
   }
   RecordedLog recorded;
   frame::Accounts accounts;
-  tsrf_module_patch::Data patch = patches_of(std::vector<double>(7, 2.0));
+  tsrf_module_patch::Data patch = patches_of(std::vector<double>(9, 2.0));
   tsrf_module_srfprp::Data srfprp;
   tsrf_module_data::Data state;
   tsrf_module_raddat::Data raddat;
   jmk_module_htrans::Data htrans;
   jmk_module_radiat::Data radiat;
-  std::vector<double> fsun = std::vector<double>(7, 1.0), skyvf = std::vector<double>(7, 0.5);
+  std::vector<double> fsun = std::vector<double>(9, 1.0), skyvf = std::vector<double>(9, 0.5);
   std::vector<double> Jdir = fsun, Rl = fsun, Rs = fsun;
   rad_admin::Work work;
   std::string calls;
@@ -79,14 +80,14 @@ TEST(RadAdmin, SwitchesDecideThePathOfAStep) {
     EXPECT_EQ(step.calls, row.calls);
     // With the long-wave exchange alone skyvf is 1 when the short-wave part is formed.
     const double sky = row.LCRADS > 0 ? 50.0 : 100.0 * row.skyvf;
-    for (std::size_t p = 0; p < 7; ++p) {
-      const bool takes_beam = p != 1 && p != 5;
+    for (std::size_t p = 0; p < 9; ++p) {
+      const bool takes_beam = p != 1 && p != 5 && p < 7;
       EXPECT_NEAR(step.Rs[p], sky + (p == 0 ? row.wall_direct : takes_beam ? 400.0 : 0.0), 1e-10);
       EXPECT_NEAR(step.Rl[p], 175.0, 1e-10);
       EXPECT_EQ(step.skyvf[p], row.skyvf);
       if (row.LCRADL == 0) continue;
       // Emission at 290 K and the reflected tenth; a tree patch sends on what it was left with.
-      const double emitted = p == 1 ? 405.0 : p == 5 ? 0.0 : 0.9 * kSigma * std::pow(290.0, 4);
+      const double emitted = p == 1 ? 405.0 : !takes_beam ? 0.0 : 0.9 * kSigma * std::pow(290.0, 4);
       EXPECT_NEAR(step.raddat.JRl[p], emitted + 17.5, 1e-9);
     }
     EXPECT_NEAR(step.raddat.JRs[3], row.LCRADS > 0 ? 0.2 * step.Rs[3] : 0.0, 1e-10);

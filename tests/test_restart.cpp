@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <utility>
 
 #include "recorded_log.hpp"
 #include "results/restart.hpp"
@@ -22,7 +24,7 @@ struct Owner {
       for (double& value : *values) value = (first += 1.0 / 3.0);
     }
   }
-  tsrf_io_restart::State state() { return {kPatches, kNodes, tlyr, JRl, JRs, Tr, Tm}; }
+  tsrf_io_restart::State state() { return {kPatches, kNodes, tlyr, JRl, JRs, Tr, Tm, {}, {}}; }
   bool operator==(const Owner&) const = default;
   Reals tlyr, JRl, JRs, Tr, Tm;
 };
@@ -133,16 +135,45 @@ TEST_F(Restart, OtherStates) {
       size + "bytes of record 5(restart file)= 32\nbytes of record 5(specified)   = 24\n" + tag);
 }
 
+TEST_F(Restart, AStateThatIsNotFiniteLeavesTheFileAsItWas) {
+  save();
+  const std::string whole = folder.content("restart");
+  const std::vector<std::int32_t> PID{11, 12, 13};
+  const std::vector<std::int32_t> BldID{21, 22};
+  const auto saving = [&](double& value) {
+    const double before = std::exchange(value, std::nan(""));
+    tsrf_io_restart::State state = saved.state();
+    state.PID = PID;
+    state.BldID = BldID;
+    const std::string lines =
+        messages.lines_of([&] { tsrf_io_restart::save(messages.log, file, 865, 1.0, state); });
+    value = before;
+    EXPECT_EQ(folder.content("restart"), whole);
+    return lines;
+  };
+  const auto lines = [&](const std::string& owner, const std::string& term) {
+    return "### error : result not finite in the restart file\niter = 865\n" + owner +
+           "\nterm = " + term + "\n" + tag;
+  };
+  EXPECT_EQ(saving(saved.tlyr[4]), lines("PID = 12", "temperature of the column"));
+  EXPECT_EQ(saving(saved.JRs[2]), lines("PID = 13", "short-wave radiosity"));
+  EXPECT_EQ(saving(saved.Tm[1]), lines("BldID = 22", "slab temperature"));
+}
+
 TEST_F(Restart, DamagedRecords) {
   const auto not_finite = [&](const std::string& place) {
     return heading + "value not finite\nrecord no.,value no. = " + place + "\n" + tag;
   };
-  saved.JRs[2] = std::nan("");
   save();
-  EXPECT_EQ(refused(present.state()), not_finite("4 3"));
-  saved.tlyr[0] = -std::numeric_limits<double>::infinity();
-  save();
-  EXPECT_EQ(refused(present.state()), not_finite("2 1"));
+  const std::string whole = folder.content("restart");
+  const auto damaged = [&](std::size_t place, double value) {
+    std::string bytes = whole;
+    std::memcpy(&bytes[place], &value, sizeof value);
+    folder.write("restart", bytes);
+    return refused(present.state());
+  };
+  EXPECT_EQ(damaged(136, std::nan("")), not_finite("4 3"));
+  EXPECT_EQ(damaged(32, -std::numeric_limits<double>::infinity()), not_finite("2 1"));
   tsrf_io_restart::save(messages.log, file, 864, std::nan(""), present.state());
   EXPECT_EQ(refused(present.state()), not_finite("1 2"));
   folder.write("restart", std::string(8, '\0'));

@@ -71,13 +71,14 @@ TEST_F(Results, RealsHaveTheBytesOfThePlainForm) {
   }
 }
 
-TEST_F(Results, IntegersWidenTheirField) {
+TEST_F(Results, IntegersWidenTheirFieldAndNeverTouch) {
   Row row;
-  row.integer(7, 3);
-  row.integer(-12345, 5);
+  row.integer(std::numeric_limits<std::int32_t>::max(), 8);
+  row.integer(1234, 5);
+  row.integer(-1234, 5);
   row.integer(std::numeric_limits<std::int32_t>::min(), 8);
   row.end(messages.log, file);
-  EXPECT_EQ(written(), "  7-12345-2147483648\n");
+  EXPECT_EQ(written(), "2147483647 1234 -1234 -2147483648\n");
 }
 
 TEST_F(Results, FilesStartOver) {
@@ -102,8 +103,10 @@ TEST_F(Results, FilesStartOver) {
 /// area starts at (3, 2) of the grid.
 tsrf_module_patch::Data some_patches() {
   tsrf_module_patch::Data patch;
+  patch.PID = {31, 32, 33, 34, 35, 36};
   patch.i = {2, 2, 2, 1, 1, 1};
   patch.j = {1, 1, 1, 1, 1, 3};
+  patch.k = {1, 1, 0, 0, 0, 0};
   patch.si = {5, 5, 5, 4, 4, 4};
   patch.sj = {3, 3, 3, 3, 3, 5};
   patch.sk = {2, 2, 1, 1, 1, 1};
@@ -197,12 +200,11 @@ TEST_F(Results, HeatLayout) {
 TEST_F(Results, BldLoadLayout) {
   tsrf_module_patch::Data patch = some_patches();
   patch.type = {1, 1, 1, 3, 1, 1};
-  tsrf_main01::Grid grid;
-  for (auto& axis : grid.axes) axis = {5, {9, 9, 1, 1, 1, 2, 4, 9, 9}, {}};
+  tsrf_main01::Axes grid;
+  grid.fill({5, {9, 9, 1, 1, 1, 2, 4, 9, 9}, {}});
   BldLoad unplaced;
-  prep_bldload(messages.log, patch, grid, unplaced);
+  prep_bldload(messages.log, patch, tsrf_main01::Sizes{5, 5, 5}, unplaced);
   EXPECT_EQ(unplaced.volume, Reals(4, 1.0));
-  grid.given = true;
   const std::string rows =
       "   4    3   1  1    0.0000E+00    0.0000E+00    8.0000E+00    1.0000E+00\n"
       "   4    5   1  1    0.0000E+00    0.0000E+00    5.0000E-01    0.0000E+00\n"
@@ -223,6 +225,45 @@ TEST_F(Results, BldLoadLayout) {
     }
     EXPECT_EQ(written(), heading + rows);
   }
+}
+
+TEST_F(Results, NothingIsWrittenThatIsNotFinite) {
+  const tsrf_module_patch::Data patch = some_patches();
+  const Reals good(6, 1.0);
+  Reals bad = good;
+  bad[3] = -std::numeric_limits<double>::infinity();
+  const When when{3600, 17};
+  const auto refused = [&](const std::string& name, const std::string& owner,
+                           const std::string& term, auto&& write) {
+    EXPECT_EQ(messages.lines_of(write), "### error : result not finite in " + name +
+                                            "\niter = 17\n" + owner + "\nterm = " + term + "\n");
+  };
+  refused("PatchSurfTemp", "PID = 34", "latent heat", [&] {
+    write_patchsurftemp(messages.log, file, settings, when, patch,
+                        {.temperature = good,
+                         .JRl = good,
+                         .JRs = good,
+                         .latent = bad,
+                         .conductive = good,
+                         .area = good},
+                        start);
+  });
+  BldLoad load;
+  prep_bldload(messages.log, patch, tsrf_main01::Sizes{}, load);
+  load.released[0][1] = std::nan("");
+  frame::TextInput stheat("StHeat", "");
+  refused("BldLoad", "PID = 31", "latent heat released",
+          [&] { write_bldload(messages.log, file, stheat, settings, when, load.released, load); });
+  SurfTemp cells;
+  prep_surftemp(messages.log, patch, {}, cells);
+  cells.swlr[0][2] = 1e39;  // the file keeps single precision
+  refused("SurfTemp", "PID = 33", "area of roofs", [&] {
+    write_surftemp(messages.log, file, settings, when, cells.tdrg, cells.swlr, cells);
+  });
+  refused("Sun & Sky", "all patches", "atmos.-long-rad", [&] {
+    write_sunskyrad(messages.log, file, settings, false,
+                    {3600, {1, 1, 1, 0, 0, 0}, {1, 1, 1, 1, 0, 0}, 17}, {1.0, 1.0, bad[3]}, start);
+  });
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ TEST(FixedTemperature, FarBoundaryTakesTheMeanOfTheDistrict) {
       tsrf_module_fixtmp::apply(fixtmp, state);
     });
   };
-  EXPECT_EQ(update(), "### program error -1- (tsrf_module_fixtmp)(calc_temp_farbd)\n");
+  EXPECT_EQ(update(), "### program error -1- (tsrf_module_fixtmp)(calc_temp_farbd)\nPID = 4\n");
   state.lcal = {1, 1, 0, 0};
   state.tlyr(1, 0) = 310.0;
   state.tlyr(2, 0) = 400.0;

@@ -23,6 +23,7 @@ struct District {
   frame::Log& log = recorded.log;
   tsrf_module_data::Data data;
   tsrf_module_grdindx::Data index;
+  tsrf_main01::Sizes sizes{4, 3, 2};
   tsrf_main01::Grid grid;
   tsrf_main01::Porous porous;
   tsrf_module_patch::Data patch;
@@ -31,8 +32,6 @@ struct District {
   tsrf_module_lyrstrct::Data lyrstrct;
   std::int32_t NDIV = 1;
 
-  District() { grid.cells = {4, 3, 2}; }
-
   void settings(const std::string& text) {
     frame::TextInput control("control", text);
     tsrf_module_grdindx::inputdata(log, control, 1, 1, index);
@@ -40,11 +39,11 @@ struct District {
   }
   void grid_file(const std::string& text) {
     frame::TextInput input("Grid.txt", text);
-    read_grid(log, input, grid);
+    grid = tsrf_main01::read_grid(log, input, sizes);
   }
   void porous_file(const std::string& text) {
     frame::TextInput input("Porous.txt", text);
-    tsrf_dummyb(log, input, grid, porous);
+    tsrf_dummyb(log, input, sizes, porous);
   }
   void patches(const std::string& patch_lines, const std::string& tree_lines = "") {
     frame::TextInput patch_file("Patch.txt", "title\n" + patch_lines);
@@ -59,7 +58,7 @@ struct District {
     frame::TextInput input("MatEleProp.txt", "title\n" + lines);
     read_matprp(log, input, matprp);
   }
-  void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, patch, matprp, lyrstrct); }
+  void ground(double dz, double zl) { lyrstrct_set_land(log, dz, zl, "", patch, matprp, lyrstrct); }
 };
 
 const std::string kDataError = "### error : data error\n";
@@ -79,11 +78,11 @@ TEST(Settings, BoundaryWidthsTakeTheFrontsWhenNegative) {
 TEST(Grid, MirrorsTwoCellsAtEachEnd) {
   District d;
   d.grid_file("5 ignored\n0 1,3 6\n10\n4\n-1 0 1 2\n3\n0 5 7\n");
-  ASSERT_TRUE(d.grid.given);
-  EXPECT_EQ(d.grid.axes[0].widths, (std::vector<double>{2, 1, 1, 2, 3, 4, 4, 3}));
-  EXPECT_EQ(d.grid.axes[0].coordinates, (std::vector<double>{-1, 0, 1, 3, 6, 10, 14}));
-  EXPECT_EQ(d.grid.axes[2].widths, (std::vector<double>{2, 5, 5, 2, 2, 5}));
-  for (const tsrf_main01::Axis& axis : d.grid.axes) {
+  const auto& axes = std::get<tsrf_main01::Axes>(d.grid);
+  EXPECT_EQ(axes[0].widths, (std::vector<double>{2, 1, 1, 2, 3, 4, 4, 3}));
+  EXPECT_EQ(axes[0].coordinates, (std::vector<double>{-1, 0, 1, 3, 6, 10, 14}));
+  EXPECT_EQ(axes[2].widths, (std::vector<double>{2, 5, 5, 2, 2, 5}));
+  for (const tsrf_main01::Axis& axis : axes) {
     for (std::int32_t i = 0; i <= axis.cells + 1; ++i) {
       EXPECT_EQ(axis.x(i) + axis.dx(i), axis.x(i + 1));
     }
@@ -91,7 +90,7 @@ TEST(Grid, MirrorsTwoCellsAtEachEnd) {
   District empty;
   empty.grid_file("\n  \n");
   empty.porous_file("");
-  EXPECT_FALSE(empty.grid.given);
+  EXPECT_EQ(std::get<tsrf_main01::Sizes>(empty.grid), empty.sizes);
 }
 
 TEST(Grid, FaultsOfBothFiles) {

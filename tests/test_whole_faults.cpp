@@ -119,10 +119,10 @@ void expect_outcome(const Row& row, const Outcome& outcome) {
     const bool on_screen = row.stage == "stop";
     EXPECT_EQ(outcome.status, on_screen ? 1 : row.stage == "open" ? 2 : 0);
     std::istringstream screen(outcome.out);
-    Lines lines = outcome.log;
-    if (on_screen) lines.clear();
-    for (std::string line; on_screen && std::getline(screen, line);) lines.push_back(line);
-    EXPECT_FALSE(std::ranges::search(lines, row.lines).empty()) << last_of(lines, 20);
+    Lines lines;
+    for (std::string line; std::getline(screen, line);) lines.push_back(line);
+    EXPECT_FALSE(on_screen && std::ranges::search(lines, row.lines).empty()) << last_of(lines, 20);
+    EXPECT_FALSE(std::ranges::search(outcome.log, row.lines).empty()) << last_of(outcome.log, 20);
     return;
   }
   Lines wanted = row.lines;

@@ -36,12 +36,25 @@ Lines kept_lines(const Lines& log) {
   return kept;
 }
 
-class References : public testing::TestWithParam<std::string> {};
+struct Reference {
+  std::string name;
+  std::string example = {};  ///< whose inputs the case takes, all or part of them
+  bool closed = false;       ///< with the closed form of scattering in leaves
+};
+void PrintTo(const Reference& reference, std::ostream* out) {
+  *out << reference.name << (reference.closed ? ", closed" : "");
+}
+class References : public testing::TestWithParam<Reference> {};
 
 TEST_P(References, ResultsAgree) {
-  const fs::path expected = kSource / "tests/cases" / GetParam() / "expected";
-  const RunCase run(inputs_of(GetParam() == "dated" ? "two_months" : GetParam()));
-  if (GetParam() == "dated") run.copy_in(kSource / "tests/cases/dated");  // other days of its tree
+  const auto& [name, example, closed] = GetParam();
+  const fs::path expected =
+      kSource / "tests/cases" / name / (closed ? "expected_closed" : "expected");
+  const RunCase run(inputs_of(example.empty() ? name : example));
+  run.copy_in(kSource / "tests/cases" / name);  // what differs from the example
+  if (closed) {
+    ASSERT_TRUE(run.replace("control.txt", "&JMK_RADIAT", "&JMK_RADIAT MDLSCT = 1,"));
+  }
   const run_case::Outcome outcome = run.run();
   ASSERT_EQ(outcome.status, 0) << outcome.out << outcome.err;
   EXPECT_TRUE(outcome.err.empty()) << outcome.err;
@@ -53,9 +66,38 @@ TEST_P(References, ResultsAgree) {
   EXPECT_EQ(run.differences_from(expected), "");
 }
 INSTANTIATE_TEST_SUITE_P(Cases, References,
-                         testing::Values("flat", "flat_empty", "canyon", "canyon_t1", "periodic",
-                                         "mixed", "block", "dated"),
-                         [](const auto& name) { return name.param; });
+                         testing::Values(Reference{"flat"}, Reference{"flat_empty"},
+                                         Reference{"canyon"}, Reference{"canyon_t1"},
+                                         Reference{"periodic"}, Reference{"mixed"},
+                                         Reference{"block"}, Reference{"dated", "two_months"},
+                                         Reference{"trees", "street_trees"},
+                                         Reference{"trees", "street_trees", true},
+                                         Reference{"lone_tree"}, Reference{"lone_tree", "", true},
+                                         Reference{"random_4"}, Reference{"random_4", "", true}),
+                         [](const auto& reference) {
+                           return reference.param.name + (reference.param.closed ? "_closed" : "");
+                         });
+
+TEST(DailyCycle, OnlyTheFirstOfSeveralStepsAtMidnightIsJudged) {
+  const RunCase run(inputs_of("flat"));
+  set_steps(run, -1, 1);
+  ASSERT_EQ(run.run().status, 0);
+  set_steps(run, 1, 9);
+  ASSERT_TRUE(run.replace("control.txt", "0.9 600.0", "0.9 0.25"));
+  ASSERT_TRUE(run.replace("control.txt", "&TSRF_IO", "&TSRF_IO TIMES = 86399.2,"));
+  const Lines kept = kept_lines(run.run().log);
+  EXPECT_EQ(kept.back(), "iterations 9");
+  EXPECT_EQ(std::ranges::count(kept, std::string("%%% res= 1")), 1);
+  EXPECT_EQ(
+      std::ranges::count_if(kept, [](const auto& line) { return line.starts_with("%%% res"); }), 1);
+}
+
+TEST(SimpleTrees, LeaveADistrictWithoutTreesAsItIs) {
+  const RunCase run(inputs_of("mixed"));
+  ASSERT_TRUE(run.replace("control.txt", "LTRSMPL = .false.", "LTRSMPL = .true."));
+  ASSERT_EQ(run.run().status, 0);
+  EXPECT_EQ(run.differences_from(kSource / "tests/cases/mixed/expected"), "");
+}
 
 struct Pieces {
   std::string name;

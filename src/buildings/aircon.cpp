@@ -159,10 +159,11 @@ void set_aircon(frame::Log& log, frame::TextInput& file, const tsrf_module_rmhea
   if (!data.rebuild) return;
   const frame::Tag tag(log, "(tsrf_module_aircon)(set_aircon)");
   if (rmheat.series.settings.LDATE != std::array<std::int32_t, 2>{4, 4}) {
-    log.program_error("### program error -1- (tsrf_module_aircon)", "(set_aircon)");
+    log.program_error(rmheat.settings_place, "### program error -1- (tsrf_module_aircon)",
+                      "(set_aircon)");
   }
   const std::vector<Day> days = read_days(log, file, data);
-  frame::allocating(log, [&] {
+  frame::allocating(log, "run tables", frame::bytes_of<RunTable>(days.size()), [&] {
     data.tables.assign(days.size(), RunTable{});
     data.pair.assign(BldCD.size(), -1);
   });

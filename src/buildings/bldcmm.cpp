@@ -68,14 +68,15 @@ frame::ShareLists lists_of(std::int32_t rank, std::span<const std::vector<std::i
 void bldcmm_set_list(frame::Log& log, const frame::ProcessLayer& layer,
                      const tsrf_module_bldng::Data& bldng, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_bldcmm)(bldcmm_set_list)");
-  frame::allocating(log, [&] {
-    const std::int32_t rank = frame::flw_m_rank(layer);
-    const std::vector<Ids> BldIDs = gather_ids(layer, bldng.BldID);
-    if (BldIDs[static_cast<std::size_t>(rank)] != bldng.BldID) {
-      log.program_error("### program error -1- (tsrf_module_bldcmm)", "(bldcmm_set_list)");
-    }
-    data.lists = lists_of(rank, BldIDs);
-  });
+  frame::allocating(
+      log, "lists of buildings", frame::bytes_of<std::int32_t>(bldng.BldID.size(), 2), [&] {
+        const std::int32_t rank = frame::flw_m_rank(layer);
+        const std::vector<Ids> BldIDs = gather_ids(layer, bldng.BldID);
+        if (BldIDs[static_cast<std::size_t>(rank)] != bldng.BldID) {
+          log.program_error("### program error -1- (tsrf_module_bldcmm)", "(bldcmm_set_list)");
+        }
+        data.lists = lists_of(rank, BldIDs);
+      });
 }
 
 void sumbldat01(frame::Log& log, const frame::ProcessLayer& layer, const Data& data,

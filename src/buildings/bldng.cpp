@@ -103,12 +103,13 @@ void read_lines(frame::Log& log, frame::TextInput& file, const frame::CodeIndex&
     if (status == ReadStatus::error) read_failed(log, file);
     if (named.find(line.BldID) < 0) continue;
     check_line(log, data.nbld + 1, line);
-    frame::allocating(log, [&] { enter(line, data); });
+    frame::allocating(log, "buildings", frame::bytes_grown(data.area), [&] { enter(line, data); });
   }
 }
 
 void index_buildings(frame::Log& log, Data& data) {
-  frame::allocating(log, [&] { data.by_bldid = frame::CodeIndex(data.BldID); });
+  frame::allocating(log, "BldID", frame::bytes_of<std::int32_t>(data.BldID.size(), 2),
+                    [&] { data.by_bldid = frame::CodeIndex(data.BldID); });
   if (const auto& repeat = data.by_bldid.repeat()) {
     log.data_error(
         items("BldID in Building data =", data.BldID[static_cast<std::size_t>(repeat->second)]),
@@ -128,7 +129,8 @@ void read_bldng(frame::Log& log, frame::TextInput& file, const tsrf_module_patch
                 Data& data) {
   const frame::Tag tag(log, "(tsrf_module_bldng)(read_bldng)");
   frame::CodeIndex named;
-  frame::allocating(log, [&] { named = frame::CodeIndex(patch.BldID); });
+  frame::allocating(log, "BldID of patches", frame::bytes_of<std::int32_t>(patch.BldID.size(), 2),
+                    [&] { named = frame::CodeIndex(patch.BldID); });
   if (!has_building(log, file, named)) log.fail("### error : lack of Building data");
   Data read;
   read_lines(log, file, named, read);
@@ -141,10 +143,11 @@ void read_bldng(frame::Log& log, frame::TextInput& file, const tsrf_module_patch
     read.Tr = std::move(data.Tr);
     read.Tm = std::move(data.Tm);
   } else {
-    frame::allocating(log, [&] {
-      read.Tr.assign(static_cast<std::size_t>(read.nbld), 0.0);
-      read.Tm = read.Tr;
-    });
+    frame::allocating(log, "Tr,Tm", frame::bytes_of<double>(static_cast<std::size_t>(read.nbld), 2),
+                      [&] {
+                        read.Tr.assign(static_cast<std::size_t>(read.nbld), 0.0);
+                        read.Tm = read.Tr;
+                      });
   }
   read.settings = data.settings;
   data = std::move(read);
@@ -162,12 +165,14 @@ void check_bldcd(frame::Log& log, std::string_view name, const Data& data,
 
 void bldng_alloc_tmpdata(frame::Log& log, std::int32_t mpatch, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_bldng)(bldng_alloc_tmpdata)");
-  frame::allocating(log, [&] {
-    for (auto* array : {&data.qtrans, &data.qroom, &data.sensible, &data.latent}) {
-      array->assign(static_cast<std::size_t>(mpatch), 0.0);
-    }
-    data.bldat.assign(static_cast<std::size_t>(data.nbld), Budget{});
-  });
+  frame::allocating(
+      log, "qtrans,qroom,sensible,latent",
+      frame::bytes_of<double>(static_cast<std::size_t>(mpatch), 4), [&] {
+        for (auto* array : {&data.qtrans, &data.qroom, &data.sensible, &data.latent}) {
+          array->assign(static_cast<std::size_t>(mpatch), 0.0);
+        }
+        data.bldat.assign(static_cast<std::size_t>(data.nbld), Budget{});
+      });
 }
 
 void set_hin(const tsrf_module_patch::Data& patch, const Data& data, std::span<double> hin) {

@@ -142,10 +142,12 @@ Release advance_building(const tsrf_module_aircon::RunTable& runs, const RoomHea
 }
 
 /// Ends the run when a building has left all sense.
-void check_rooms(frame::Log& log, double time, const tsrf_module_bldng::Data& bldng) {
+void check_rooms(frame::Log& log, double time, const tsrf_module_data::Data& state,
+                 const tsrf_module_bldng::Data& bldng) {
   for (std::size_t b = 0; b < bldng.BldID.size(); ++b) {
     if (tsrf_therm1d::plausible(bldng.Tr[b]) && tsrf_therm1d::plausible(bldng.Tm[b])) continue;
     const Budget& budget = bldng.bldat[b];
+    tsrf_therm1d::note_air(log, state);
     log.fail("### error : room temperature out of range", frame::items("time =", time),
              frame::items("BldID =", bldng.BldID[b]),
              frame::items("room temperature =", bldng.Tr[b]),
@@ -230,20 +232,22 @@ void prepare(frame::Log& log, const tsrf_module_matprp::Data& matprp,
              const tsrf_module_lyrstrct::Data& lyrstrct, const tsrf_module_bldng::Data& bldng,
              Work& work) {
   const frame::Tag tag(log, "(tsrf_building)(prepare)");
-  frame::allocating(log, [&] {
-    const auto buildings = static_cast<std::size_t>(bldng.nbld);
-    work.surfaces.clear();
-    for (std::size_t p = 0; p < lyrstrct.building.size(); ++p) {
-      if (lyrstrct.building[p] < 0) continue;
-      const auto material = static_cast<std::size_t>(lyrstrct.material[p]);
-      work.surfaces.push_back(
-          {static_cast<std::uint32_t>(p), lyrstrct.building[p], matprp.materials[material].pos});
-    }
-    work.sums.assign(buildings, Sums{});
-    work.releases.assign(buildings, Release{});
-    work.wants = frame::PatchTable<double>(bldng.nbld, tsrf_module_rmheat::kVent);
-    work.packed.assign(kItems * buildings, 0.0);
-  });
+  frame::allocating(
+      log, "surfaces and sums of buildings", frame::bytes_of<Surface>(lyrstrct.building.size()),
+      [&] {
+        const auto buildings = static_cast<std::size_t>(bldng.nbld);
+        work.surfaces.clear();
+        for (std::size_t p = 0; p < lyrstrct.building.size(); ++p) {
+          if (lyrstrct.building[p] < 0) continue;
+          const auto material = static_cast<std::size_t>(lyrstrct.material[p]);
+          work.surfaces.push_back({static_cast<std::uint32_t>(p), lyrstrct.building[p],
+                                   matprp.materials[material].pos});
+        }
+        work.sums.assign(buildings, Sums{});
+        work.releases.assign(buildings, Release{});
+        work.wants = frame::PatchTable<double>(bldng.nbld, tsrf_module_rmheat::kVent);
+        work.packed.assign(kItems * buildings, 0.0);
+      });
 }
 
 void warn_of_step(frame::Log& log, double dt, const tsrf_module_bldng::Settings& settings) {
@@ -274,13 +278,16 @@ void tsrf_building(frame::Log& log, const frame::ProcessLayer& layer, double tim
   sum_surfaces(patch, state, bldng, work);
   sum_processes(log, layer, bldcmm, bldng, work);
   for (std::size_t b = 0; b < work.sums.size(); ++b) {
-    if (!(work.sums[b].A > 0.0)) log.program_error("### program error -1- (tsrf_building)");
+    if (!(work.sums[b].A > 0.0)) {
+      log.program_error("### program error -1- (tsrf_building)",
+                        frame::items("BldID =", bldng.BldID[b]));
+    }
     const auto& wants = work.wants;
     const RoomHeat want{wants(b, 0), wants(b, 1), wants(b, 2), wants(b, 3), wants(b, 4)};
     const auto& runs = aircon.tables[static_cast<std::size_t>(aircon.pair[b])];
     work.releases[b] = advance_building(runs, want, work.sums[b], time, dt, b, bldng);
   }
-  check_rooms(log, time, bldng);
+  check_rooms(log, time, state, bldng);
   release_heat(patch, work, bldng);
 }
 

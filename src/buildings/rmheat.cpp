@@ -1,6 +1,8 @@
 #include "buildings/rmheat.hpp"
 
 #include <algorithm>
+#include <array>
+#include <limits>
 #include <string>
 
 namespace tsrf_module_rmheat {
@@ -35,9 +37,12 @@ void check_values(frame::Log& log, const Line& line, std::int64_t number) {
     std::string_view words;
   };
   // A tenth above 100 is rounding in the data.
-  constexpr double kNoBound = 1.0e300;
-  constexpr std::array<Rule, 3> kRules{
-      {{kRmtmp, "rmtmp", -kZeroCelsius, kNoBound, "it must be >= -273.15"},
+  constexpr double kNoBound = std::numeric_limits<double>::max();
+  constexpr double kMostTaken = 1000.0;  // by what cools a room, of a m2 of its floor [W]
+  constexpr std::array<Rule, 5> kRules{
+      {{kRmsens, "rmsens", -kMostTaken, kNoBound, "it must be >= -1000"},
+       {kRmlat, "rmlat", -kMostTaken, kNoBound, "it must be >= -1000"},
+       {kRmtmp, "rmtmp", -kZeroCelsius, kNoBound, "it must be >= -273.15"},
        {kRmhum, "rmhum", 0.0, 100.1, "it must be >= 0 and <= 100"},
        {kVent, "vent", 0.0, kNoBound, "it must be >= 0"}}};
   for (const Rule& rule : kRules) {
@@ -117,9 +122,10 @@ Pairs read_pairs(frame::Log& log, frame::TextInput& file, const dated_series::Se
 void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_rmheat)(inputdata)");
   dated_series::Settings settings = data.series.settings;
-  frame::Group("TSRF_RMHEAT", dated_series::members(settings, dated_series::Hour::required))
-      .read(log, control);
+  frame::Group group("TSRF_RMHEAT", dated_series::members(settings, dated_series::Hour::required));
+  group.read(log, control);
   data.series.settings = settings;
+  data.settings_place = group.place();
 }
 
 void read_rmheat(frame::Log& log, frame::TextInput& file, Data& data) {
@@ -165,7 +171,9 @@ void set_rmheat(frame::Log& log, frame::TextInput& file, double time,
   const auto read = [&](std::int32_t slot, IntDate& date) {
     return read_block(log, file, date, data, data.values.row(slot));
   };
-  const dated_series::Source source{kWords, check, prepare, read};
+  const dated_series::Source source{
+      kWords, check, prepare, read,
+      frame::bytes_of<double>(static_cast<std::size_t>(data.pairs.size()), kElements)};
   const dated_series::Bracket at =
       dated_series::find(log, file, time, calendar, source, data.series);
   const auto& values = std::as_const(data.values);

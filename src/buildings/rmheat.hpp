@@ -58,6 +58,7 @@ Pairs read_pairs(frame::Log& log, frame::TextInput& file, const dated_series::Se
                  std::string_view fault);
 
 struct Data {
+  std::string settings_place;  ///< where the group TSRF_RMHEAT stands, for the log
   dated_series::Series series;
   Pairs pairs;
   frame::PatchTable<double> values;  ///< a row per stored block: kElements values a pair

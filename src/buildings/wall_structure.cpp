@@ -12,13 +12,24 @@ using tsrf_module_matprp::Material;
 
 constexpr std::int32_t kCarriesHeat = 1;  // position class of what stores a building's heat
 
+double cells_of(double thickness, double dz) { return std::max(std::round(thickness / dz), 1.0); }
+
+/// Thin cells in thick layers would ask for more memory than there is.
+void check_wall(frame::Log& log, const Material& material, double dz) {
+  double cells = 0.0;
+  for (const double thickness : material.thick) cells += cells_of(thickness, dz);
+  const auto thickest = std::ranges::max_element(material.thick);
+  check_cells(log, cells,
+              items("surfid,i,thick(i) in MatEleProp data =", material.surfid,
+                    thickest - material.thick.begin() + 1, *thickest, "; dzw =", dz));
+}
+
 Structure wall_of(const Material& material, double dz) {
   Structure wall{Kind::building, {}};
   for (std::size_t layer = 0; layer < material.thick.size(); ++layer) {
-    const double cells =
-        std::clamp<double>(std::round(material.thick[layer] / dz), 1.0, kMostCells);
-    wall.parts.push_back({material.SurfCD[layer], material.thick[layer],
-                          static_cast<std::int32_t>(cells), -1.0, 1.0});
+    const double thickness = material.thick[layer];
+    wall.parts.push_back({material.SurfCD[layer], thickness,
+                          static_cast<std::int32_t>(cells_of(thickness, dz)), -1.0, 1.0});
   }
   return wall;
 }
@@ -70,8 +81,10 @@ void lyrstrct_set_bldng(frame::Log& log, double dz, const tsrf_module_patch::Dat
     check_pos(log, material);
     std::int32_t& position = shared[static_cast<std::size_t>(m)];
     if (position < 0) {
+      check_wall(log, material, dz);
       position = static_cast<std::int32_t>(data.structures.size());
-      frame::allocating(log, [&] { data.structures.push_back(wall_of(material, dz)); });
+      frame::allocating(log, "layers of walls", frame::bytes_of<Part>(material.thick.size()),
+                        [&] { data.structures.push_back(wall_of(material, dz)); });
     }
     data.structure[p] = position;
     data.material[p] = m;

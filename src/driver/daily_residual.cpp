@@ -9,12 +9,12 @@ namespace tsrf_main01 {
 namespace {
 
 /// Patches that go through the nodes together, with their sums in the nearest cache.
-constexpr std::size_t kLanes = 256;
+constexpr std::size_t kPatchesAtOnce = 256;
 
 /// Largest ratio of the `count` patches from `first` on.
 double largest_ratio(tsrf_module_data::Data& state, std::size_t first, std::size_t count) {
-  std::array<double, kLanes> change{};
-  std::array<double, kLanes> size{};
+  std::array<double, kPatchesAtOnce> change{};
+  std::array<double, kPatchesAtOnce> size{};
   for (std::int32_t k = 0; k <= state.mzg; ++k) {
     const auto now = state.tlyr.row(k).subspan(first, count);
     const auto before = state.tprev.row(k).subspan(first, count);
@@ -40,8 +40,9 @@ double largest_ratio(tsrf_module_data::Data& state, std::size_t first, std::size
 double daily_residual(tsrf_module_data::Data& state) {
   double largest = 0.0;
   const std::size_t patches = state.lcal.size();
-  for (std::size_t first = 0; first < patches; first += kLanes) {
-    largest = std::max(largest, largest_ratio(state, first, std::min(kLanes, patches - first)));
+  for (std::size_t first = 0; first < patches; first += kPatchesAtOnce) {
+    largest =
+        std::max(largest, largest_ratio(state, first, std::min(kPatchesAtOnce, patches - first)));
   }
   return std::sqrt(largest);
 }

@@ -69,11 +69,12 @@ void whole_run(const Place& place, frame::Log& log, frame::UnitTable& units,
                frame::ProcessLayer& layer) {
   units.open_input(log, frame::kUnitFileName, "file_name");
   // The modules may be large; they live on the heap and go with this call.
-  const auto run = std::make_unique<tsrf_main01::Run>(log, units, layer);
-  if (place.errors_is_terminal) run->terminal = &place.errors;
-  frame::read_file_table(log, units, run->filnam);
+  const auto run =
+      std::make_unique<tsrf_main01::Run>(tsrf_main01::Desk{log, units, layer, frame::Accounts{}});
+  if (place.errors_is_terminal) run->desk.terminal = &place.errors;
+  frame::read_file_table(log, units, run->inputs.filnam);
   units.close(frame::kUnitFileName);
-  run->size = read_grid_size(log, units.input(frame::kUnitControl));
+  run->inputs.size = read_grid_size(log, units.input(frame::kUnitControl));
   tsrf_main01::tsrf_main01(*run);
   units.flush_outputs(log);
   frame::report_results(log, units);

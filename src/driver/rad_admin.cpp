@@ -11,12 +11,11 @@ namespace rad_admin {
 
 namespace {
 
-/// Whether patches of a type take the beam and emit as themselves: tree patches leave that to the
-/// canopy, patches of type 6 reflect all that comes.
-bool takes_part(std::int32_t type) {
-  constexpr std::array<bool, 8> kMask{false, true, false, true, true, true, false, true};
-  return kMask[static_cast<std::size_t>(type)];
-}
+using namespace tsrf_module_patch;
+
+/// Patches that take the beam and emit as themselves: tree patches leave that to the canopy,
+/// mirrors reflect all that comes.
+constexpr Types kTakePart{kBuilding, kLand, kWater, kSolarPanel, kFarBoundary};
 
 template <class Stretch>
 void timed(frame::Log& log, frame::Accounts& accounts, std::string_view name, Stretch&& stretch) {
@@ -51,13 +50,14 @@ void allocdata(frame::Log& log, std::int32_t mpatch, const tsrf_module_srfprp::D
   const frame::Tag tag(log, "(rad_admin)(allocdata)");
   const auto bands = static_cast<std::size_t>(raddat.settings.LCRADL > 0) +
                      static_cast<std::size_t>(raddat.settings.LCRADS > 0);
-  frame::allocating(log, [&] {
-    for (auto* values : {&work.Sl, &work.Ss, &work.tRl, &work.tRs, &work.tJdir}) {
-      values->assign(static_cast<std::size_t>(mpatch), 0.0);
-    }
-    work.sun_absorbed.assign(srfprp.alb.size(), 0.0);
-    work.radref.resize(raddat.NPGID, bands);
-  });
+  frame::allocating(log, "Sl,Ss,tRl,tRs,tJdir",
+                    frame::bytes_of<double>(static_cast<std::size_t>(mpatch), 5), [&] {
+                      for (auto* values : {&work.Sl, &work.Ss, &work.tRl, &work.tRs, &work.tJdir}) {
+                        values->assign(static_cast<std::size_t>(mpatch), 0.0);
+                      }
+                      work.sun_absorbed.assign(srfprp.alb.size(), 0.0);
+                      work.radref.resize(raddat.NPGID, bands);
+                    });
 }
 
 void rad_admin(frame::Log& log, frame::Accounts& accounts, const SunVector& sun,
@@ -104,10 +104,9 @@ void set_srad0(const SunVector& sun, const SkyFluxes& sky, const tsrf_module_pat
   }
 }
 
-void add_sundir(const std::vector<std::int32_t>& type, std::span<const double> Jdir,
-                std::span<double> Rs) {
+void add_sundir(std::span<const Type> type, std::span<const double> Jdir, std::span<double> Rs) {
   for (std::size_t p = 0; p < Jdir.size(); ++p) {
-    if (takes_part(type[p])) Rs[p] += Jdir[p];
+    if (kTakePart.contains(type[p])) Rs[p] += Jdir[p];
   }
 }
 
@@ -118,7 +117,7 @@ void set_emission(const tsrf_module_patch::Data& patch, std::span<const std::int
   for (std::size_t p = 0; p < Sl.size(); ++p) {
     Sl[p] = 0.0;
     Ss[p] = 0.0;
-    if (takes_part(patch.type[p])) {
+    if (kTakePart.contains(patch.type[p])) {
       Sl[p] = emissivity[static_cast<std::size_t>(isrf[p])] * moist_air::kStefanBoltzmann *
               ((T[p] * T[p]) * (T[p] * T[p]));
     } else if (patch.type[p] == tsrf_module_patch::kTree) {

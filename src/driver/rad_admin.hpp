@@ -74,7 +74,7 @@ void set_srad0(const SunVector& sun, const SkyFluxes& sky, const tsrf_module_pat
                std::span<const double> fsun, std::span<const double> skyvf, std::span<double> Rl,
                std::span<double> Rs, std::span<double> Jdir);
 /// Adds the beam where a patch takes part in the exchange as itself.
-void add_sundir(const std::vector<std::int32_t>& type, std::span<const double> Jdir,
+void add_sundir(std::span<const tsrf_module_patch::Type> type, std::span<const double> Jdir,
                 std::span<double> Rs);
 /// Sources of the exchange: what the surfaces emit at their temperatures `T` [K]; a tree patch
 /// sends on what the canopy left on it.

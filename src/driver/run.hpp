@@ -1,8 +1,9 @@
 // The run: one of each module's data, and the frame that all of them report and read through.
 //
 // Owned by the main program, walked through by the driver (tsrf_main01) and the step
-// (tsrf_admin), which hand each routine just the modules that it names. Nothing of a run lives
-// anywhere else, so several runs can go side by side in one process.
+// (tsrf_admin). It stands in parts, one a floor of the source; a routine of the driver receives the
+// parts that it needs and hands on just the modules that a lower routine names. Nothing of a run
+// lives anywhere else, so several runs can go side by side in one process.
 #pragma once
 
 #include <cstdint>
@@ -64,20 +65,72 @@ struct ControlLines {
   double molar_mass_water = 0.0;  ///< [kg/mol]
 };
 
-/// Arrays of one step, a value a patch; sized once at the start.
-struct StepArrays {
-  std::vector<double> fsun;          ///< sunlit fraction
-  std::vector<double> skyvf;         ///< working copy of the sky view factor
-  std::vector<double> Rl;            ///< incident long-wave [W/m2]
-  std::vector<double> Rs;            ///< incident short-wave [W/m2]
-  std::vector<double> Jdir;          ///< direct flux on the patch plane [W/m2]
-  frame::PatchTable<double> qlayer;  ///< mzg rows: heat absorbed in the cells; empty without glass
+/// What every routine reports, reads and writes through.
+struct Desk {
+  frame::Log& log;
+  frame::UnitTable& units;
+  frame::ProcessLayer& layer;
+  frame::Accounts accounts;
+  std::ostream* terminal = nullptr;  ///< where one updating line shows how far the run is
+};
+
+/// What the files tell, and the series through time that stand at the present step.
+struct Inputs {
+  GridSize size;
+  ControlLines control;
+  Grid grid;
+  Porous porous;
+  ubx_module_filnam::Data filnam;
+  tsrf_module_calendar::Data calendar;
+  tsrf_module_grdindx::Data grdindx;
+  tsrf_module_patch::Data patch;
+  tsrf_module_srfprp::Data srfprp;
+  tsrf_module_matprp::Data matprp;
+  tsrf_module_lyrstrct::Data lyrstrct;
+  tsrf_module_weather::Data weather;
+  tsrf_module_wtrtmp::Data wtrtmp;
+};
+
+/// The state of the patches and their columns.
+struct Surface {
+  tsrf_module_data::Data data;
+  tsrf_module_fixtmp::Data fixtmp;
   tsrf_window::Glass glass;          ///< none without buildings
+  frame::PatchTable<double> qlayer;  ///< mzg rows: heat absorbed in the cells; empty without glass
   solid1d::Work columns;
+};
+
+/// Radiation of the step on each patch; sized once at the start.
+struct Incident {
+  std::vector<double> fsun;   ///< sunlit fraction
+  std::vector<double> skyvf;  ///< working copy of the sky view factor
+  std::vector<double> Rl;     ///< incident long-wave [W/m2]
+  std::vector<double> Rs;     ///< incident short-wave [W/m2]
+  std::vector<double> Jdir;   ///< direct flux on the patch plane [W/m2]
+};
+
+/// Sun, sky, shade and the exchange among the patches.
+struct Radiation {
+  tsrf_module_phydat::Data phydat;
+  tsrf_module_raddat::Data raddat;
+  tsrf_module_shade::Data shade;
+  Incident incident;
+  rad_admin::Work work;
+};
+
+struct Buildings {
+  tsrf_module_bldng::Data bldng;
+  tsrf_module_bldcmm::Data bldcmm;
+  tsrf_module_rmheat::Data rmheat;
+  tsrf_module_aircon::Data aircon;
+  tsrf_building::Work rooms;
+
+  [[nodiscard]] bool on() const { return bldng.settings.LCBLD > 0; }
 };
 
 /// The result files: what their writers remember and, in a dated run, the sums of the month.
 struct Results {
+  tsrf_module_io::Data io;
   tsrf_module_io::SurfTemp surf_temp;
   tsrf_module_io::BldLoad bld_load;
   tsrf_module_io::FileStart heat;
@@ -86,44 +139,14 @@ struct Results {
   tsrf_module_io::Monthly monthly;
 };
 
+/// One part a floor.
 struct Run {
-  Run(frame::Log& run_log, frame::UnitTable& run_units, frame::ProcessLayer& run_layer)
-      : log(run_log), units(run_units), layer(run_layer) {}
-
-  frame::Log& log;
-  frame::UnitTable& units;
-  frame::ProcessLayer& layer;
-  frame::Accounts accounts;
-  std::ostream* terminal = nullptr;  ///< where one updating line shows how far the run is
-
-  GridSize size;
-  ControlLines control;
-  Grid grid;
-  Porous porous;
-  StepArrays step;
-
-  ubx_module_filnam::Data filnam;
-  tsrf_module_calendar::Data calendar;
-  tsrf_module_grdindx::Data grdindx;
-  tsrf_module_data::Data data;
-  tsrf_module_patch::Data patch;
-  tsrf_module_srfprp::Data srfprp;
-  tsrf_module_matprp::Data matprp;
-  tsrf_module_lyrstrct::Data lyrstrct;
-  tsrf_module_phydat::Data phydat;
-  tsrf_module_weather::Data weather;
-  tsrf_module_raddat::Data raddat;
-  rad_admin::Work radiation;
-  tsrf_module_shade::Data shade;
+  Desk desk;
+  Inputs inputs;
+  Surface surface;
+  Radiation radiation;
   jmk::Trees trees;
-  tsrf_module_fixtmp::Data fixtmp;
-  tsrf_module_wtrtmp::Data wtrtmp;
-  tsrf_module_bldng::Data bldng;
-  tsrf_module_bldcmm::Data bldcmm;
-  tsrf_module_rmheat::Data rmheat;
-  tsrf_module_aircon::Data aircon;
-  tsrf_building::Work rooms;
-  tsrf_module_io::Data io;
+  Buildings buildings;
   Results results;
   progress::Data progress;
 };

@@ -15,9 +15,9 @@ namespace tsrf_main01 {
 /// into the hour that ends with second `sod1` of the day.
 void gather_temperatures(Run& run, std::int32_t sod1);
 /// After the step: gathers (dated run) or writes (repeating day, at whole hours) the rest.
-void write_results(Run& run, std::int32_t sod1);
+void write_results(Run& run, std::int64_t iter, std::int32_t sod1);
 /// Dated run: when `time` opens a month, or the run ends, writes the files of the month that
-/// closes.
-void write_closed_month(Run& run, double time, bool run_ends);
+/// closes. `iter` is the number of the step that ended.
+void write_closed_month(Run& run, std::int64_t iter, double time, bool run_ends);
 
 }  // namespace tsrf_main01

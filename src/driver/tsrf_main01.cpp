@@ -11,6 +11,7 @@
 #include "inputs/grid.hpp"
 #include "results/restart.hpp"
 #include "surface/air_state.hpp"
+#include "trees/sundir.hpp"
 
 namespace tsrf_main01 {
 
@@ -33,13 +34,13 @@ void skip_records(frame::TextInput& control, int count) {
 }
 
 /// The fixed lines of the control data; those of the flow field are passed over.
-void tsrf_read_cntdat(Run& run) {
-  const frame::Tag tag(run.log, "(tsrf_read_cntdat)");
-  frame::TextInput& control = run.units.input(frame::kUnitControl);
-  ControlLines& lines = run.control;
+void tsrf_read_cntdat(Desk& desk, Inputs& inputs, jmk::Trees& trees) {
+  const frame::Tag tag(desk.log, "(tsrf_read_cntdat)");
+  frame::TextInput& control = desk.units.input(frame::kUnitControl);
+  ControlLines& lines = inputs.control;
   const auto read = [&](auto&... values) {
     if (control.read(values...) != frame::ReadStatus::ok) {
-      run.log.read_error(control, "### read error : control data");
+      desk.log.read_error(control, "### read error : control data");
     }
   };
   control.rewind();
@@ -51,26 +52,26 @@ void tsrf_read_cntdat(Run& run) {
   read(lines.molar_mass_air);
   read(lines.molar_mass_water);
   if (!(lines.dtmax > 0.0)) {
-    run.log.data_error(frame::items("dtmax =", lines.dtmax), "it must be > 0");
+    desk.log.data_error(frame::items("dtmax =", lines.dtmax), "it must be > 0");
   }
   jmk_module_htrans::Constants constants;
   constants.molar_air = lines.molar_mass_air;
   constants.molar_water = lines.molar_mass_water;
-  jmk_module_htrans::set_constants(run.log, constants, run.trees.htrans);
-  jmk_module_htrans::inputdata(run.log, control, run.trees.htrans);
+  jmk_module_htrans::set_constants(desk.log, constants, trees.htrans);
+  jmk_module_htrans::inputdata(desk.log, control, trees.htrans);
 }
 
 /// A dated run's date of model time 0, and where its days' Sun files stand.
 void set_calendar(Run& run) {
-  if (!run.filnam.dated) return;
-  run.shade.day_name = [&run](std::int32_t month, std::int32_t day) {
+  if (!run.inputs.filnam.dated) return;
+  run.radiation.shade.day_name = [&run](std::int32_t month, std::int32_t day) {
     const std::string name =
-        ubx_module_filnam::make_day_name(run.filnam, ubx_module_filnam::kSun, month, day);
-    return run.units.path_of(name);
+        ubx_module_filnam::make_day_name(run.inputs.filnam, ubx_module_filnam::kSun, month, day);
+    return run.desk.units.path_of(name);
   };
   tsrf_module_calendar::Date date0{};
-  std::ranges::copy(run.filnam.DATE0, date0.begin());
-  run.calendar.origin = tsrf_module_calendar::date2sec({}, date0);
+  std::ranges::copy(run.inputs.filnam.DATE0, date0.begin());
+  run.inputs.calendar.origin = tsrf_module_calendar::date2sec({}, date0);
 }
 
 /// "iter=" and its numbers, as they stand on the log and, now and then, on standard output.
@@ -92,25 +93,25 @@ bool stop_file_exists(const frame::UnitTable& units) {
 bool at_day_end(double time) { return std::round(std::fmod(time, kSecondsPerDay)) == 0.0; }
 
 void march(Run& run, const Start& start) {
-  const double dt = run.control.dtmax;
+  const double dt = run.inputs.control.dtmax;
   double time = start.time;
-  TerminalLine terminal(run.terminal, start.iteration, run.control.itere);
+  TerminalLine terminal(run.desk.terminal, start.iteration, run.inputs.control.itere);
   for (std::int64_t iter = start.iteration;; ++iter) {
-    report_iteration(run.log, iter, time, dt);
-    tsrf_set_tqair::tsrf_set_tqair(run.log, run.units.input(frame::kUnitWeather), time, dt,
-                                   run.calendar, run.weather, run.data);
+    report_iteration(run.desk.log, iter, time, dt);
+    tsrf_set_tqair::tsrf_set_tqair(run.desk.log, run.desk.units.input(frame::kUnitWeather), time,
+                                   dt, run.inputs.calendar, run.inputs.weather, run.surface.data);
     if (run.trees.cells.CALJMK) {
-      const tsrf_module_weather::Weather& air = run.weather.now;
+      const tsrf_module_weather::Weather& air = run.inputs.weather.now;
       tsrf_module_jumoku::storetqair(air.pressure, air.temperature, air.humidity, air.wind,
                                      run.trees.canopy);
     }
     tsrf_prep_monthly(run, time);
     const bool kconv = tsrf_admin(run, iter, time, dt);
-    const bool lend = stop_file_exists(run.units) || kconv || iter == run.control.itere;
+    const bool lend = stop_file_exists(run.desk.units) || kconv || iter == run.inputs.control.itere;
     time += dt;
-    write_closed_month(run, time, lend);
+    write_closed_month(run, iter, time, lend);
     if (at_day_end(time) || lend) {
-      tsrf_io_restart::save(run.log, run.units.records(frame::kUnitRestart), iter, time,
+      tsrf_io_restart::save(run.desk.log, run.desk.units.records(frame::kUnitRestart), iter, time,
                             restart_state(run));
     }
     terminal.show(iter, time, run.progress);
@@ -121,26 +122,35 @@ void march(Run& run, const Start& start) {
 }  // namespace
 
 void tsrf_main01(Run& run) {
-  const frame::Tag tag(run.log, "(tsrf_main01)");
-  tsrf_read_cntdat(run);
+  const frame::Tag tag(run.desk.log, "(tsrf_main01)");
+  tsrf_read_cntdat(run.desk, run.inputs, run.trees);
   set_calendar(run);
   const Start start = tsrf_prep_init(run);
-  if (!run.data.settings.LTRSMPL) {
-    run.grid.cells = {run.size.mx, run.size.my, run.size.mz};
-    read_grid(run.log, run.units.input(frame::kUnitGrid), run.grid);
-    jmk::jmk2_prep_init(run.log, run.units.input(frame::kUnitControl),
-                        run.units.input(frame::kUnitLad), run.units.input(frame::kUnitLadSimple),
-                        run.grid, run.grdindx, run.patch, run.trees);
+  const Sizes sizes{run.inputs.size.mx, run.inputs.size.my, run.inputs.size.mz};
+  const bool releases_heat = run.buildings.on();
+  run.inputs.grid = sizes;
+  if (!run.surface.data.settings.LTRSMPL || releases_heat) {
+    run.inputs.grid = read_grid(run.desk.log, run.desk.units.input(frame::kUnitGrid), sizes);
   }
-  if (run.bldng.settings.LCBLD > 0) {
-    tsrf_module_io::prep_bldload(run.log, run.patch, run.grid, run.results.bld_load);
+  if (!run.surface.data.settings.LTRSMPL) {
+    jmk::jmk2_prep_init(run.desk.log, run.desk.units.input(frame::kUnitControl),
+                        run.desk.units.input(frame::kUnitLad),
+                        run.desk.units.input(frame::kUnitLadSimple), run.inputs.grid,
+                        run.inputs.grdindx, run.inputs.patch, run.trees);
+    if (run.trees.cells.CALJMK) {
+      jmk::warn_of_step(run.desk.log, run.inputs.control.dtmax, run.trees.canopy.settings);
+    }
+  }
+  if (releases_heat) {
+    tsrf_module_io::prep_bldload(run.desk.log, run.inputs.patch, run.inputs.grid,
+                                 run.results.bld_load);
   }
   tsrf_prep_monthly(run, kBeforeTheRun);
-  tsrf_dummyb(run.log, run.units.input(frame::kUnitPorous), run.grid, run.porous);
-  run.accounts.start(run.log, "total");
-  if (start.iteration <= run.control.itere) march(run, start);
-  run.accounts.end(run.log, "total");
-  run.accounts.print(run.log);
+  tsrf_dummyb(run.desk.log, run.desk.units.input(frame::kUnitPorous), sizes, run.inputs.porous);
+  run.desk.accounts.start(run.desk.log, "total");
+  if (start.iteration <= run.inputs.control.itere) march(run, start);
+  run.desk.accounts.end(run.desk.log, "total");
+  run.desk.accounts.print(run.desk.log);
 }
 
 }  // namespace tsrf_main01

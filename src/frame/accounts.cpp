@@ -113,16 +113,4 @@ void Accounts::print(Log& log) const {
   log.line(dashes);
 }
 
-void Accounts::acpuct(Log& log, std::string_view process, std::string_view command) {
-  if (command == "start") {
-    start(log, process);
-  } else if (command == "end") {
-    end(log, process);
-  } else if (command == "print") {
-    print(log);
-  } else {
-    stop(log, "### operation command = (" + std::string(command) + ")");
-  }
-}
-
 }  // namespace frame

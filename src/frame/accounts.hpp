@@ -26,15 +26,14 @@ class Accounts {
   /// `clock` is the process's own unless a test brings another.
   explicit Accounts(std::function<CpuTimes()> clock = {});
 
+  // A stopwatch started twice, ended without start or a 51st one stops the run (stop code 900).
+
   /// Starts the stopwatch `process` (at most 25 characters count), making it on first use.
   void start(Log& log, std::string_view process);
   /// Ends it and adds the time.
   void end(Log& log, std::string_view process);
   /// Writes the table; running stopwatches show their ended stretches only.
   void print(Log& log) const;
-  /// `start`, `end` or `print` by name. A stopwatch started twice, ended without start, a 51st
-  /// one or an unknown command stops the run (stop code 900).
-  void acpuct(Log& log, std::string_view process, std::string_view command);
 
  private:
   struct Row {

@@ -63,9 +63,13 @@ void Log::write_screen(std::string_view text) {
   screen_.flush();
 }
 
-void Log::write_read_fault(const TextInput& file) {
-  line("%%% file", file.name() + ",", "line", file.fault_line());
+void Log::write_everywhere(std::string_view text) {
+  if (text.empty()) return;
+  write_screen(text);
+  if (!is_screen()) write_line(text);
 }
+
+void Log::write_read_fault(const TextInput& file) { write_line(file.line_text(file.fault_line())); }
 
 void Log::note_tag(std::string_view text) noexcept {
   try {

@@ -13,6 +13,7 @@
 // reports anything receives it.
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 #include <cstdint>
 #include <exception>
@@ -115,10 +116,12 @@ class Log {
     write_read_fault(file);
     fail(lines...);
   }
-  /// Stops on the spot: the given lines ("### program error ...") go to standard output.
+  /// Stops on the spot: the given lines ("### program error ...", where bad input can lead there
+  /// behind one that names the file and the line) go to standard output and to the log. Empty ones
+  /// are left out.
   template <class... Lines>
   [[noreturn]] void program_error(const Lines&... lines) {
-    (write_screen(lines), ...);
+    (write_everywhere(lines), ...);
     failing_ = false;  // a fault kept for later gives way
     flush();
     throw Stop{kStatusProgramError};
@@ -137,6 +140,7 @@ class Log {
  private:
   void write_line(std::string_view text);
   void write_screen(std::string_view text);
+  void write_everywhere(std::string_view text);
   void write_read_fault(const TextInput& file);
   [[noreturn]] void unwind();
 
@@ -167,10 +171,22 @@ class Tag {
   int exceptions_;
 };
 
-/// Runs `take`, which takes memory; memory exhaustion becomes the orderly failure
-/// "### error : allocation failed".
+/// Bytes of `rows` rows of `count` values each.
+template <class T>
+constexpr std::int64_t bytes_of(std::size_t count, std::size_t rows = 1) {
+  return static_cast<std::int64_t>(sizeof(T) * rows * count);
+}
+/// Bytes that a list takes when it has to grow for one more value.
+template <class List>
+std::int64_t bytes_grown(const List& list) {
+  return bytes_of<typename List::value_type>(list.capacity() +
+                                             std::max<std::size_t>(list.size(), 1));
+}
+
+/// Runs `take`, which takes `bytes` or more for what `array` names; memory exhaustion becomes the
+/// orderly failure "### error : allocation failed", which tells both.
 template <class Take>
-void allocating(Log& log, Take&& take) {
+void allocating(Log& log, std::string_view array, std::int64_t bytes, Take&& take) {
   bool exhausted = false;
   try {
     take();
@@ -179,7 +195,9 @@ void allocating(Log& log, Take&& take) {
   } catch (const std::length_error&) {
     exhausted = true;
   }
-  if (exhausted) log.fail("### error : allocation failed");
+  if (exhausted) {
+    log.fail("### error : allocation failed", items("array,bytes =", array, bytes));
+  }
 }
 
 }  // namespace frame

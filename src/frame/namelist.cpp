@@ -325,6 +325,7 @@ bool Group::read(Log& log, TextInput& file, std::string_view reader) {
   file.rewind();
   const std::size_t place = find_group(file.content(), name_);
   if (place == std::string_view::npos) return false;
+  place_ = file.line_text(file.line_at(place - name_.size()));
   GroupParser parser(file.content(), place, members_);
   const int status = parser.parse();
   log.line(text());

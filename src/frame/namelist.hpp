@@ -86,6 +86,8 @@ class Group {
   [[nodiscard]] std::string text() const;
 
   [[nodiscard]] std::string_view name() const { return name_; }
+  /// Where `read` found the group, for the log: "%%% file NAME, line N"; empty when it did not.
+  [[nodiscard]] const std::string& place() const { return place_; }
   [[nodiscard]] const std::vector<Member>& members() const { return members_; }
 
  private:
@@ -93,6 +95,7 @@ class Group {
 
   std::string_view name_;
   std::vector<Member> members_;
+  std::string place_;
 };
 
 }  // namespace frame

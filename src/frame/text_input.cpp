@@ -294,7 +294,27 @@ const char* TextInput::record_begin() const {
 
 bool TextInput::ran_on() const { return behind_line(record_begin(), at_) < at_; }
 
-std::int64_t TextInput::record_line() const { return 1 + std::count(first_, record_begin(), '\n'); }
+std::int64_t TextInput::record_line() const {
+  return line_at(static_cast<std::size_t>(record_ - first_));
+}
+
+std::int64_t TextInput::line_at(std::size_t place) const {
+  const char* p = first_ + place;
+  while (p < last_ && is_space(*p)) ++p;
+  return 1 + std::count(first_, p, '\n');
+}
+
+std::string TextInput::line_text(std::int64_t line) const {
+  return "%%% file " + name() + ", line " + std::to_string(line);
+}
+
+std::string Origin::text() const {
+  if (file == nullptr) return {};
+  const std::array<std::int64_t, 2> lines{file->line_at(places[0]), file->line_at(places[1])};
+  if (lines[0] == lines[1]) return file->line_text(lines[0]);
+  return "%%% file " + file->name() + ", lines " + std::to_string(lines[0]) + " and " +
+         std::to_string(lines[1]);
+}
 
 std::int64_t count_fields(std::string_view line) {
   std::int64_t count = 0;

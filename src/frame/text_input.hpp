@@ -11,6 +11,7 @@
 // the readers of the data sets, all of which read them only through this class.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -172,6 +173,10 @@ class TextInput {
 
   /// Line (from 1) of the record or field that the last failed read could not take.
   [[nodiscard]] std::int64_t fault_line() const;
+  /// Line (from 1) on which the record at `place` (as `tell` gave it) begins.
+  [[nodiscard]] std::int64_t line_at(std::size_t place) const;
+  /// What the log says of a line: "%%% file NAME, line N".
+  [[nodiscard]] std::string line_text(std::int64_t line) const;
   /// Makes the present place the one that `fault_line` tells; for readers of other forms.
   void mark_fault() { fault_ = at_; }
 
@@ -199,6 +204,16 @@ class TextInput {
   const char* fault_ = nullptr;
   const char* mapping_ = nullptr;   // start of the mapped file; null when `owned_` holds the text
   const char* released_ = nullptr;  // up to here its pages have been given back
+};
+
+/// The two records of a file between which a value was interpolated, to be named when it makes no
+/// sense.
+struct Origin {
+  const TextInput* file = nullptr;
+  std::array<std::size_t, 2> places{};
+
+  /// "%%% file NAME, lines N and M"; nothing without a file.
+  [[nodiscard]] std::string text() const;
 };
 
 /// Number of fields of a line, separated by blanks, tabs or commas; a quote (single or double)

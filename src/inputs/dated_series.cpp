@@ -76,11 +76,13 @@ class Query {
  private:
   void begin() {
     source_.check_data();
-    frame::allocating(log_, [this] {
-      const auto slots = static_cast<std::size_t>(s_.slots());
+    const auto slots = static_cast<std::size_t>(s_.slots());
+    const std::string name = std::string(source_.words.data) + " data";
+    frame::allocating(log_, name, source_.unit_bytes * s_.slots(), [&] {
       source_.prepare(static_cast<std::int32_t>(slots));
       s_.times.resize(slots);
       s_.dates.resize(slots);
+      s_.places.resize(slots);
     });
     const auto amiss = misfit(s_.spacing, s_.first, s_.last);
     if (amiss && !source_.words.rests) {
@@ -157,6 +159,7 @@ class Query {
     for (std::size_t e = 0; e < static_cast<std::size_t>(s_.cycle.level); ++e) {
       date[e] = static_cast<std::int32_t>(s_.cycle.base[e]);
     }
+    s_.places[static_cast<std::size_t>(slot(unit))] = file_.tell();
     if (source_.read(slot(unit), date) != ReadStatus::ok) {
       log_.read_error(file_, "### read error : " + std::string(source_.words.data) + " file");
     }
@@ -230,7 +233,10 @@ class Query {
   }
 
   [[noreturn]] void lost(std::string_view what) {
-    log_.program_error(std::string(what) + std::string(source_.words.module), source_.words.query,
+    // No unit of the file is near the time; the last one that was tried stands for them all.
+    const std::size_t tried = s_.places[static_cast<std::size_t>(slot(s_.start))];
+    log_.program_error(file_.line_text(file_.line_at(tried)),
+                       std::string(what) + std::string(source_.words.module), source_.words.query,
                        items(time_));
   }
 

@@ -76,6 +76,7 @@ struct Series {
   std::int64_t start = 0;               ///< the sequence's unit at position 0 of the window
   std::vector<double> times;            ///< per position [s]
   std::vector<IntDate> dates;           ///< per slot, in the cycle of unit 0
+  std::vector<std::size_t> places;      ///< per slot: where its unit begins in the file
   std::size_t current = 0;              ///< position found last, where the next search starts
   std::size_t place = 0;                ///< where the unit behind the window starts in the file
   bool told_of_gap = false;             ///< the log was warned of a wide interval
@@ -167,6 +168,7 @@ struct Source {
   frame::FunctionRef<void(std::int32_t slots)> prepare;  ///< takes the memory for the values
   /// Reads the next unit into a slot and overwrites those elements of its date that it holds.
   frame::FunctionRef<frame::ReadStatus(std::int32_t slot, IntDate& date)> read;
+  std::int64_t unit_bytes;  ///< memory that the values of a slot take
 };
 
 /// The stored units round a time: the value there is mix(weight, value(lower), value(upper)).

@@ -18,15 +18,15 @@ constexpr std::array<std::string_view, 3> kAxisNames{"x", "y", "z"};
 std::int64_t points_of(std::int32_t cells) { return static_cast<std::int64_t>(cells) + 1; }
 
 /// The count that heads an axis; false at the end of the file.
-bool read_count(frame::Log& log, frame::TextInput& file, const Grid& grid, std::int32_t cells) {
+bool read_count(frame::Log& log, frame::TextInput& file, const Sizes& sizes, std::int32_t cells) {
   std::int32_t count = 0;
   const ReadStatus status = file.read(count);
   if (status == ReadStatus::end) return false;
   if (status == ReadStatus::error) log.read_error(file, "### read error : Grid data");
   if (count != points_of(cells)) {
-    log.data_error("grid size in Grid data not consistent",
-                   items("mx,my,mz must be =", points_of(grid.cells[0]), points_of(grid.cells[1]),
-                         points_of(grid.cells[2])));
+    log.data_error(
+        "grid size in Grid data not consistent",
+        items("mx,my,mz must be =", points_of(sizes[0]), points_of(sizes[1]), points_of(sizes[2])));
   }
   return true;
 }
@@ -60,11 +60,12 @@ void read_axis(frame::Log& log, frame::TextInput& file, std::string_view name, s
                Axis& axis) {
   const std::int64_t points = points_of(cells);
   if (!file.can_hold(points)) log.read_error(file, "### read error : Grid data");
-  frame::allocating(log, [&] {
-    axis.cells = cells;
-    axis.widths.assign(static_cast<std::size_t>(points + 3), kUnset);
-    axis.coordinates.assign(static_cast<std::size_t>(points + 2), kUnset);
-  });
+  frame::allocating(log, "Grid data", frame::bytes_of<double>(static_cast<std::size_t>(points), 2),
+                    [&] {
+                      axis.cells = cells;
+                      axis.widths.assign(static_cast<std::size_t>(points + 3), kUnset);
+                      axis.coordinates.assign(static_cast<std::size_t>(points + 2), kUnset);
+                    });
   const std::span<double> read =
       std::span(axis.coordinates).subspan(1, static_cast<std::size_t>(points));
   if (file.read(read) != ReadStatus::ok) log.read_error(file, "### read error : Grid data");
@@ -74,20 +75,21 @@ void read_axis(frame::Log& log, frame::TextInput& file, std::string_view name, s
 
 }  // namespace
 
-void read_grid(frame::Log& log, frame::TextInput& file, Grid& grid) {
+Grid read_grid(frame::Log& log, frame::TextInput& file, const Sizes& sizes) {
   const frame::Tag tag(log, "(tsrf_main01)(read_grid)");
   file.rewind();
-  for (std::size_t a = 0; a < grid.axes.size(); ++a) {
-    if (!read_count(log, file, grid, grid.cells[a])) {
-      if (a == 0) return;
+  Axes axes;
+  for (std::size_t a = 0; a < axes.size(); ++a) {
+    if (!read_count(log, file, sizes, sizes[a])) {
+      if (a == 0) return sizes;
       log.read_error(file, "### read error : Grid data");
     }
-    read_axis(log, file, kAxisNames[a], grid.cells[a], grid.axes[a]);
+    read_axis(log, file, kAxisNames[a], sizes[a], axes[a]);
   }
-  grid.given = true;
+  return axes;
 }
 
-void tsrf_dummyb(frame::Log& log, frame::TextInput& file, const Grid& grid, Porous& porous) {
+void tsrf_dummyb(frame::Log& log, frame::TextInput& file, const Sizes& sizes, Porous& porous) {
   const frame::Tag tag(log, "(tsrf_dummyb)");
   const auto outside = [](std::int32_t index, std::int32_t cells) {
     return index < 1 || index > cells;
@@ -100,12 +102,12 @@ void tsrf_dummyb(frame::Log& log, frame::TextInput& file, const Grid& grid, Poro
     if (status == ReadStatus::error) {
       log.read_error(file, "### error : read error in Porous file");
     }
-    if (outside(cell.i, grid.cells[0]) || outside(cell.j, grid.cells[1]) ||
-        outside(cell.k, grid.cells[2])) {
+    if (outside(cell.i, sizes[0]) || outside(cell.j, sizes[1]) || outside(cell.k, sizes[2])) {
       log.fail("### error : data error in Porous file", items("i,j,k=", cell.i, cell.j, cell.k),
                "they are out of range");
     }
-    frame::allocating(log, [&] { porous.cells.push_back(cell); });
+    frame::allocating(log, "Porous data", frame::bytes_grown(porous.cells),
+                      [&] { porous.cells.push_back(cell); });
   }
 }
 

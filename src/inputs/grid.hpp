@@ -1,11 +1,13 @@
 // Optional geometry of the grid: the Grid file's coordinates and the Porous file's open fractions.
 //
-// Both belong to the canopy of cells and to a flow field over the surfaces; a run without them
-// reads empty files. Called by the driver at the start.
+// Both belong to the canopy of cells, to the heat that buildings release into a volume of air, and
+// to a flow field over the surfaces; a run without them reads empty files. Called by the driver at
+// the start.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <variant>
 #include <vector>
 
 #include "frame/log.hpp"
@@ -25,15 +27,21 @@ struct Axis {
   [[nodiscard]] double x(std::int32_t i) const { return coordinates[static_cast<std::size_t>(i)]; }
 };
 
-struct Grid {
-  std::array<std::int32_t, 3> cells{};  ///< mx, my, mz
-  bool given = false;                   ///< the Grid file holds coordinates
-  std::array<Axis, 3> axes;             ///< x, y, z; empty unless given
-};
+using Sizes = std::array<std::int32_t, 3>;  ///< mx, my, mz
+using Axes = std::array<Axis, 3>;           ///< x, y, z
 
-/// Reads the Grid file for a grid of `grid.cells`: per axis a count of points and the coordinates,
-/// which increase. An empty file leaves `grid.given` false.
-void read_grid(frame::Log& log, frame::TextInput& file, Grid& grid);
+/// The grid: its sizes alone, as the control data have them, or the axes of a Grid file.
+using Grid = std::variant<Sizes, Axes>;
+
+[[nodiscard]] inline Sizes sizes_of(const Grid& grid) {
+  if (const auto* sizes = std::get_if<Sizes>(&grid)) return *sizes;
+  const auto& axes = std::get<Axes>(grid);
+  return {axes[0].cells, axes[1].cells, axes[2].cells};
+}
+
+/// Reads the Grid file for a grid of `sizes`: per axis a count of points and the coordinates, which
+/// increase. An empty file gives the sizes alone.
+[[nodiscard]] Grid read_grid(frame::Log& log, frame::TextInput& file, const Sizes& sizes);
 
 /// Open fractions of one cell: volume and the three pairs of faces.
 struct PorousCell {
@@ -46,7 +54,7 @@ struct Porous {
   std::vector<PorousCell> cells;
 };
 
-/// Reads the Porous file; its cells lie in the grid of `grid.cells`.
-void tsrf_dummyb(frame::Log& log, frame::TextInput& file, const Grid& grid, Porous& porous);
+/// Reads the Porous file; its cells lie in the grid of `sizes`.
+void tsrf_dummyb(frame::Log& log, frame::TextInput& file, const Sizes& sizes, Porous& porous);
 
 }  // namespace tsrf_main01

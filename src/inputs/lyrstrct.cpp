@@ -56,32 +56,42 @@ std::int32_t count_cells(std::int32_t nmin, double dz, double zl) {
 }  // namespace
 
 std::int32_t Structure::cells() const {
-  std::int64_t sum = 0;
+  std::int32_t sum = 0;
   for (const Part& part : parts) sum += part.cells;
-  return static_cast<std::int32_t>(std::min<std::int64_t>(sum, kMostCells));
+  return sum;
 }
 
-Grading cal_gemtrc(frame::Log& log, std::int32_t nmin, double dz, double zl) {
+void check_cells(frame::Log& log, double cells, const std::string& layer) {
+  if (cells <= kMostCells) return;
+  log.data_error(layer, items("no. of cells of its column =", cells),
+                 items("it must be <=", kMostCells));
+}
+
+Grading cal_gemtrc(frame::Log& log, std::int32_t nmin, double dz, double zl,
+                   std::string_view place) {
   Grading grading{count_cells(nmin, dz, zl), 1.0};
   if (grading.n < 2 || !find_ratio(grading.n, zl / dz, grading.ratio)) {
-    log.program_error("### program error -1- (tsrf_module_lyrstrct)", "(cal_gemtrc)");
+    log.program_error(place, "### program error -1- (tsrf_module_lyrstrct)", "(cal_gemtrc)");
   }
   return grading;
 }
 
-void lyrstrct_set_land(frame::Log& log, double dz, double zl, const tsrf_module_patch::Data& patch,
-                       const tsrf_module_matprp::Data& matprp, Data& data) {
+void lyrstrct_set_land(frame::Log& log, double dz, double zl, std::string_view place,
+                       const tsrf_module_patch::Data& patch, const tsrf_module_matprp::Data& matprp,
+                       Data& data) {
   const frame::Tag tag(log, "(tsrf_module_lyrstrct)(lyrstrct_set_land)");
-  const Grading grading = cal_gemtrc(log, kGroundCells, dz, zl);
+  const Grading grading = cal_gemtrc(log, kGroundCells, dz, zl, place);
   log.line("%%% nz,dz,zl in land =", grading.n, dz, zl);
+  check_cells(log, grading.n, items("dzg,zlg =", dz, zl));
   std::vector<std::int32_t> shared;  // per material
-  frame::allocating(log, [&] {
-    const auto patches = static_cast<std::size_t>(patch.mpatch);
-    data.structure.assign(patches, -1);
-    data.material.assign(patches, -1);
-    data.building.assign(patches, -1);
-    shared.assign(matprp.materials.size(), -1);
-  });
+  frame::allocating(log, "structure,material,building",
+                    frame::bytes_of<std::int32_t>(static_cast<std::size_t>(patch.mpatch), 3), [&] {
+                      const auto patches = static_cast<std::size_t>(patch.mpatch);
+                      data.structure.assign(patches, -1);
+                      data.material.assign(patches, -1);
+                      data.building.assign(patches, -1);
+                      shared.assign(matprp.materials.size(), -1);
+                    });
   for (std::size_t p = 0; p < patch.type.size(); ++p) {
     if (patch.type[p] != tsrf_module_patch::kLand) continue;
     const std::int32_t m = find_material(log, patch.SurfID[p], matprp);

@@ -5,6 +5,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/log.hpp"
@@ -13,8 +15,8 @@
 
 namespace tsrf_module_lyrstrct {
 
-/// More cells than any memory holds; a column size up to here still fits 32 bits.
-inline constexpr std::int32_t kMostCells = INT32_MAX - 2;
+/// The most cells of a column; more come of a slip in a thickness, not of a need.
+inline constexpr std::int32_t kMostCells = 1000;
 
 /// One part of a column: `cells` cells of one material.
 struct Part {
@@ -41,16 +43,23 @@ struct Data {
 };
 
 /// Ratio of growth and number of cells for a layer of thickness `zl`, first cell `dz`, at least
-/// `nmin` cells where dz nmin < zl. Stops the run when there is no such grading.
+/// `nmin` cells where dz nmin < zl. Stops the run when there is no such grading; `place` is the
+/// line of the log that tells where the thicknesses stand.
 struct Grading {
   std::int32_t n;
   double ratio;
 };
-Grading cal_gemtrc(frame::Log& log, std::int32_t nmin, double dz, double zl);
+Grading cal_gemtrc(frame::Log& log, std::int32_t nmin, double dz, double zl,
+                   std::string_view place = {});
 
-/// Ground columns of all land patches; sets the sizes of the per-patch arrays.
-void lyrstrct_set_land(frame::Log& log, double dz, double zl, const tsrf_module_patch::Data& patch,
-                       const tsrf_module_matprp::Data& matprp, Data& data);
+/// Fails where the column that `layer` is the largest layer of has more than kMostCells cells.
+void check_cells(frame::Log& log, double cells, const std::string& layer);
+
+/// Ground columns of all land patches, `zl` deep with a first cell `dz`, which stand at `place`;
+/// sets the sizes of the per-patch arrays.
+void lyrstrct_set_land(frame::Log& log, double dz, double zl, std::string_view place,
+                       const tsrf_module_patch::Data& patch, const tsrf_module_matprp::Data& matprp,
+                       Data& data);
 
 /// Position of a patch's material. A code that MatEleProp does not define is a data error.
 std::int32_t find_material(frame::Log& log, std::int32_t SurfID,

@@ -43,7 +43,9 @@ std::int32_t count_materials(frame::Log& log, frame::TextInput& file) {
   }
 }
 
-void check_block(frame::Log& log, const std::vector<Line>& block, std::int32_t number) {
+/// Checks the line read last, the head of a material's block at `place` or a line behind it.
+void check_head(frame::Log& log, const frame::TextInput& file, std::size_t place,
+                const std::vector<Line>& block, std::int32_t number) {
   struct Column {
     Head place;
     std::string_view words;
@@ -56,50 +58,43 @@ void check_block(frame::Log& log, const std::vector<Line>& block, std::int32_t n
   if (first.head[kNolyr] < 1) {
     log.data_error("j-th material has no element in MatEleProp data", items("j =", number));
   }
-  for (std::size_t i = 1; i < block.size(); ++i) {
-    for (const auto& [place, words] : kColumns) {
-      if (block[i].head[place] == first.head[place]) continue;
-      log.data_error(items(words, i + 1, number, block[i].head[place]),
-                     items("it must be =", first.head[place]));
-    }
+  for (const auto& [item, words] : kColumns) {
+    if (block.back().head[item] == first.head[item]) continue;
+    log.line(file.line_text(file.line_at(place)));
+    log.data_error(items(words, block.size(), number, block.back().head[item]),
+                   items("it must be =", first.head[item]));
   }
+}
+
+/// All lines of the next block; none at the end of the file. A block that is shorter than it says
+/// is told by its own first line.
+std::vector<Line> read_block(frame::Log& log, frame::TextInput& file, std::int32_t number) {
+  std::vector<Line> block;
+  const std::size_t place = file.tell();
+  do {
+    Line line;
+    const ReadStatus status =
+        file.read(std::span<std::int32_t>(line.head), line.thick, line.SurfCD);
+    if (status == ReadStatus::end && block.empty()) return block;
+    if (status == ReadStatus::end) {
+      log.line(file.line_text(file.line_at(place)));
+      log.data_error(items("j,nolyr(j) in MatEleProp data =", number, block.front().head[kNolyr]),
+                     items("it must be =", block.size()));
+    }
+    if (status != ReadStatus::ok) read_failed(log, file);
+    frame::allocating(log, "layers of a material", frame::bytes_grown(block),
+                      [&] { block.push_back(line); });
+    check_head(log, file, place, block, number);
+  } while (static_cast<std::int64_t>(block.size()) < block.front().head[kNolyr]);
+  return block;
+}
+
+void check_thickness(frame::Log& log, const std::vector<Line>& block, std::int32_t number) {
   for (std::size_t i = 0; i < block.size(); ++i) {
     if (block[i].thick > 0.0) continue;
     log.data_error(items("i,j,thick(i,j) in MatEleProp data =", i + 1, number, block[i].thick),
                    "it must be > 0");
   }
-}
-
-ReadStatus read_line(frame::TextInput& file, Line& line) {
-  return file.read(std::span<std::int32_t>(line.head), line.thick, line.SurfCD);
-}
-
-/// The file ends within the block that begins at `begin`: its `nolyr` is too large. Where lines of
-/// other materials were taken for its own, the first of them is what is told.
-[[noreturn]] void report_cut_block(frame::Log& log, frame::TextInput& file, std::size_t begin,
-                                   const std::vector<Line>& block, std::int32_t number) {
-  Line first;
-  file.seek(begin);
-  read_line(file, first);
-  log.line("%%% file", file.name() + ",", "line", file.record_line());
-  check_block(log, block, number);
-  log.data_error(items("nolyr in MatEleProp data =", first.head[kNolyr]),
-                 items("it must be <=", block.size(), "the lines that are left"));
-}
-
-/// All lines of the next block; none at the end of the file.
-std::vector<Line> read_block(frame::Log& log, frame::TextInput& file, std::int32_t number) {
-  std::vector<Line> block;
-  const std::size_t begin = file.tell();
-  do {
-    Line line;
-    const ReadStatus status = read_line(file, line);
-    if (status == ReadStatus::error) read_failed(log, file);
-    if (status == ReadStatus::end && block.empty()) return block;
-    if (status == ReadStatus::end) report_cut_block(log, file, begin, block, number);
-    frame::allocating(log, [&] { block.push_back(line); });
-  } while (static_cast<std::int64_t>(block.size()) < block.front().head[kNolyr]);
-  return block;
 }
 
 Material material_of(const std::vector<Line>& block) {
@@ -113,7 +108,7 @@ Material material_of(const std::vector<Line>& block) {
 }
 
 void index_materials(frame::Log& log, Data& data) {
-  frame::allocating(log, [&] {
+  frame::allocating(log, "SurfID", frame::bytes_of<std::int32_t>(data.materials.size(), 3), [&] {
     std::vector<std::int32_t> ids;
     for (const Material& material : data.materials) ids.push_back(material.surfid);
     data.by_surfid = frame::CodeIndex(ids);
@@ -135,8 +130,9 @@ void read_matprp(frame::Log& log, frame::TextInput& file, Data& data) {
   for (std::int32_t number = 1;; ++number) {
     const std::vector<Line> block = read_block(log, file, number);
     if (block.empty()) break;
-    check_block(log, block, number);
-    frame::allocating(log, [&] { data.materials.push_back(material_of(block)); });
+    check_thickness(log, block, number);
+    frame::allocating(log, "materials", frame::bytes_grown(data.materials),
+                      [&] { data.materials.push_back(material_of(block)); });
   }
   index_materials(log, data);
 }

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tsrf_module_patch {
 
@@ -75,6 +77,7 @@ class Reader {
   /// Enters all lines of `file`; their number.
   std::int32_t read(frame::TextInput& file, std::string_view name) {
     file.pass_title(log_, kFields);
+    stray_.reset();
     std::int32_t lines = 0;
     for (Line line;; line = Line{}, ++lines) {
       const ReadStatus status = read_line(file, line);
@@ -84,8 +87,14 @@ class Reader {
       }
       check_cell(line, name);
       repair_area(line, name);
-      frame::allocating(log_, [&] { enter(line); });
+      if (!stray_ && line.type != kTree) stray_ = {lines, line.type};
+      frame::allocating(log_, "patches", frame::bytes_grown(data_.area), [&] { enter(line); });
     }
+  }
+
+  /// Place in its file and number of the first patch that is no tree patch, of the file read last.
+  [[nodiscard]] const std::optional<std::pair<std::int32_t, std::int32_t>>& stray() const {
+    return stray_;
   }
 
  private:
@@ -129,6 +138,7 @@ class Reader {
   const Range& range_;
   Data& data_;
   std::int32_t repaired_ = 0;
+  std::optional<std::pair<std::int32_t, std::int32_t>> stray_;
 };
 
 /// Tree patches lie on faces of the leaf cells: each must look along an axis, and its cell is the
@@ -155,21 +165,22 @@ void shift_tree_patches(frame::Log& log, Data& data) {
   }
 }
 
-/// Each file holds its own kind of patch. The second range ends at the count of the TreePatch
-/// lines, so that it is empty where the Patch file is the longer one.
-void check_types(frame::Log& log, const Data& data) {
+/// Each file holds its own kind of patch. Of the TreePatch lines, whose first patch that is no tree
+/// patch is `stray`, only those up to position `tree_lines` of the list are looked at: none where
+/// the Patch file is the longer one.
+void check_types(frame::Log& log, const Data& data,
+                 const std::optional<std::pair<std::int32_t, std::int32_t>>& stray) {
   const std::int32_t tree_lines = data.mpatch - data.patch_lines;
   if (tree_lines == 0) return;
-  const auto report = [&](std::int32_t m, std::string_view rule) {
-    const std::int32_t type = data.type[static_cast<std::size_t>(m)];
+  const auto report = [&](std::int32_t m, std::int32_t type, std::string_view rule) {
     const std::int32_t wanted = kTree;
     log.data_error(items("m,type(m) in Patch data =", m + 1, type), items(rule, wanted));
   };
   for (std::int32_t m = 0; m < data.patch_lines; ++m) {
-    if (data.type[static_cast<std::size_t>(m)] == kTree) report(m, "it must be /=");
+    if (data.type[static_cast<std::size_t>(m)] == kTree) report(m, kTree, "it must be /=");
   }
-  for (std::int32_t m = data.patch_lines; m < tree_lines; ++m) {
-    if (data.type[static_cast<std::size_t>(m)] != kTree) report(m, "it must be =");
+  if (stray && data.patch_lines + stray->first < tree_lines) {
+    report(data.patch_lines + stray->first, stray->second, "it must be =");
   }
 }
 
@@ -185,8 +196,9 @@ void read_patch(frame::Log& log, frame::TextInput& patch_file, frame::TextInput&
   if (data.patch_lines == 0) log.fail("### error : lack of Patch data");
   data.mpatch = data.patch_lines + reader.read(treepatch_file, "TreePatch");
   shift_tree_patches(log, data);
-  check_types(log, data);
-  frame::allocating(log, [&] { data.by_pid = frame::CodeIndex(data.PID); });
+  check_types(log, data, reader.stray());
+  frame::allocating(log, "PID", frame::bytes_of<std::int32_t>(data.PID.size(), 2),
+                    [&] { data.by_pid = frame::CodeIndex(data.PID); });
   if (const auto& repeat = data.by_pid.repeat()) {
     log.data_error(items("PID in Patch data =", data.PID[static_cast<std::size_t>(repeat->second)]),
                    "it is specified redundantly in line no. n1 & n2",

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <vector>
 
 #include "frame/code_index.hpp"
@@ -14,14 +15,42 @@
 
 namespace tsrf_module_patch {
 
-enum Type : std::int32_t {
+/// Kinds of patches, by the numbers that the files give them.
+enum Kind : std::int32_t {
+  kOther = 0,  ///< any number that is not listed here
   kBuilding = 1,
   kTree = 2,
   kLand = 3,
   kWater = 4,
   kSolarPanel = 5,
-  kMirror = 6,  ///< takes the second extra row of surface properties
+  kMirror = 6,  ///< reflects all that comes
   kFarBoundary = 7,
+};
+
+/// The kind of a patch. A number outside 1 to 7 is no fault: such a patch is of the kind `kOther`
+/// and takes part only where that kind is named.
+class Type {
+ public:
+  constexpr Type(std::int32_t number)
+      : kind_(number >= kBuilding && number <= kFarBoundary ? static_cast<std::uint8_t>(number)
+                                                            : std::uint8_t{kOther}) {}
+  friend constexpr bool operator==(Type a, Type b) { return a.kind_ == b.kind_; }
+
+ private:
+  friend class Types;
+  std::uint8_t kind_;
+};
+
+/// A set of kinds, as a mask over patches.
+class Types {
+ public:
+  constexpr Types(std::initializer_list<Type> types) {
+    for (const Type type : types) bits_ |= 1U << type.kind_;
+  }
+  [[nodiscard]] constexpr bool contains(Type type) const { return (bits_ >> type.kind_ & 1U) != 0; }
+
+ private:
+  std::uint32_t bits_ = 0;
 };
 
 struct Data {
@@ -34,7 +63,7 @@ struct Data {
                                          ///< which may lie one outside the grid
   std::vector<double> area;              ///< [m2]
   std::vector<double> nx, ny, nz;        ///< outward unit normal
-  std::vector<std::int32_t> type;
+  std::vector<Type> type;
   std::vector<std::int32_t> SurfID;  ///< material; on a tree patch the face number BndC 1..6
   std::vector<std::int32_t> BldID;
   frame::CodeIndex by_pid;  ///< PID -> position

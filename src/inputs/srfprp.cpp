@@ -62,14 +62,14 @@ void read_lines(frame::Log& log, frame::TextInput& file, Data& data) {
     if (status == ReadStatus::end) return;
     if (status == ReadStatus::error) log.read_error(file, "### read error : SurfProp data");
     check_line(log, code, values);
-    frame::allocating(log, [&] {
+    frame::allocating(log, "surface properties", frame::bytes_grown(data.alb), [&] {
       data.SurfCD.push_back(code);
       enter(values, data);
     });
   }
 }
 
-/// The rows of the perfect absorber (tree patches, far boundary) and the perfect reflector.
+/// The rows of the tree patches, which absorb all that comes, and of the mirrors.
 void enter_extra_rows(Data& data) {
   for (const double albedo : {0.0, 1.0}) {
     data.alb.push_back(albedo);
@@ -88,7 +88,7 @@ void read_srfprp(frame::Log& log, frame::TextInput& file, Data& data) {
   Data read;
   read_lines(log, file, read);
   if (read.n == 0) log.fail("### error : lack of SurfProp data");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "SurfCD", frame::bytes_of<std::int32_t>(read.SurfCD.size(), 2), [&] {
     read.by_code = frame::CodeIndex(read.SurfCD);
     enter_extra_rows(read);
   });

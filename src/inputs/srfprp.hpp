@@ -13,7 +13,8 @@
 
 namespace tsrf_module_srfprp {
 
-/// n rows of the file and two more: a perfect absorber (row n) and a perfect reflector (row n+1).
+/// n rows of the file and two more: of tree patches, which absorb all (row n), and of mirrors (row
+/// n+1).
 struct Data {
   std::int32_t n = 0;
   std::vector<std::int32_t> SurfCD;   ///< n codes

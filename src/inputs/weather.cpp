@@ -155,9 +155,12 @@ void set_weather(frame::Log& log, frame::TextInput& file, double time,
     std::copy(data.line.begin(), data.line.end(), data.values.row(slot).begin());
     return status;
   };
-  const dated_series::Source source{kWords, check, prepare, read};
+  const dated_series::Source source{kWords, check, prepare, read, frame::bytes_of<double>(kItems)};
   const auto [lower, upper, weight] =
       dated_series::find(log, file, time, calendar, source, data.series);
+  const std::vector<std::size_t>& places = data.series.places;
+  data.origin = {
+      &file, {places[static_cast<std::size_t>(lower)], places[static_cast<std::size_t>(upper)]}};
   data.now = weather_between(data, data.values.row(lower), data.values.row(upper), weight);
 }
 

@@ -38,6 +38,7 @@ struct Data {
   bool has_AtmJsh = false;
   std::array<double, 8> line{};  ///< scratch: the line read last, what a null field keeps
   Weather now;
+  frame::Origin origin;  ///< of `now`
 };
 
 /// Reads group TSRF_WEATHER.

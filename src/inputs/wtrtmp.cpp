@@ -58,7 +58,8 @@ bool has_records(frame::Log& log, frame::TextInput& file, Data& data) {
     file.mark_fault();
     log.read_error(file, "### read error : WaterTemp data");
   }
-  frame::allocating(log,
+  frame::allocating(log, "temperatures of a water patch",
+                    frame::bytes_of<double>(static_cast<std::size_t>(data.settings.NITEM)),
                     [&] { data.line.assign(static_cast<std::size_t>(data.settings.NITEM), 0.0); });
   return true;
 }
@@ -186,7 +187,8 @@ void set_wtrtmp(frame::Log& log, frame::TextInput& file, double time,
   const auto read = [&](std::int32_t slot, IntDate& date) {
     return read_block(log, file, date, data, data.values.row(slot));
   };
-  const dated_series::Source source{kWords, check, prepare, read};
+  const dated_series::Source source{kWords, check, prepare, read,
+                                    frame::bytes_of<double>(data.line.size(), data.PID.size())};
   const dated_series::Bracket at =
       dated_series::find(log, file, time, calendar, source, data.series);
   const auto& values = std::as_const(data.values);

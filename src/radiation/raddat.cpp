@@ -146,19 +146,22 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
                                      {"LVFSKY", s.LVFSKY},
                                      {"LVFSWP", s.LVFSWP}});
   group.read(log, control);
+  data.settings_place = group.place();
 }
 
 void read_lf2fr(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
                 Data& data) {
   const frame::Tag tag(log, "(tsrf_module_raddat)(read_lf2fr)");
-  frame::allocating(log, [&] {
-    const IndexLines lines = read_index_lines(log, file, patch.mpatch);
-    const std::vector<std::int32_t> line_of = lines_of_patches(log, patch, lines);
-    const std::vector<std::int32_t> group = number_groups(lines.PgID, data);
-    data.pgx.resize(line_of.size());
-    std::transform(line_of.begin(), line_of.end(), data.pgx.begin(),
-                   [&](std::int32_t line) { return group[static_cast<std::size_t>(line)]; });
-  });
+  frame::allocating(log, "PID,PgID of PatchIndex",
+                    frame::bytes_of<std::int32_t>(static_cast<std::size_t>(patch.mpatch), 4), [&] {
+                      const IndexLines lines = read_index_lines(log, file, patch.mpatch);
+                      const std::vector<std::int32_t> line_of = lines_of_patches(log, patch, lines);
+                      const std::vector<std::int32_t> group = number_groups(lines.PgID, data);
+                      data.pgx.resize(line_of.size());
+                      std::transform(
+                          line_of.begin(), line_of.end(), data.pgx.begin(),
+                          [&](std::int32_t line) { return group[static_cast<std::size_t>(line)]; });
+                    });
 }
 
 void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data) {
@@ -187,28 +190,31 @@ void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data) {
 
 void allocdata01(frame::Log& log, std::int32_t mpatch, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_raddat)(allocdata01)");
-  frame::allocating(log, [&] {
-    data.c.assign(static_cast<std::size_t>(data.NPGID), 1.0);
-    data.JRl.assign(static_cast<std::size_t>(mpatch), kFirstLongwave);
-    data.JRs.assign(static_cast<std::size_t>(mpatch), 0.0);
-  });
+  frame::allocating(log, "c,JRl,JRs", frame::bytes_of<double>(static_cast<std::size_t>(mpatch), 3),
+                    [&] {
+                      data.c.assign(static_cast<std::size_t>(data.NPGID), 1.0);
+                      data.JRl.assign(static_cast<std::size_t>(mpatch), kFirstLongwave);
+                      data.JRs.assign(static_cast<std::size_t>(mpatch), 0.0);
+                    });
 }
 
 void tsrf_set_rdata(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data,
                     std::vector<double>& skyvf0) {
   const frame::Tag tag(log, "(tsrf_set_rdata)");
-  frame::allocating(log, [&] {
-    GroupPowers powers{group_sums(data, patch.area), sky_areas(patch, data, skyvf0), {}};
-    powers.seen = seen_areas(data.view_factors, powers.area);
-    correct(log, powers, data.c);
-    for (std::size_t i = 0; i < skyvf0.size(); ++i) {
-      double& c = data.c[static_cast<std::size_t>(data.pgx[i])];
-      if (c <= 0.0) skyvf0[i] = 1.0;
-    }
-    for (double& c : data.c) c = std::max(0.0, c);
-    powers.sky = sky_areas(patch, data, skyvf0);
-    set_rdat(log, powers, data.c);
-  });
+  frame::allocating(
+      log, "powers of groups", frame::bytes_of<double>(static_cast<std::size_t>(data.NPGID), 3),
+      [&] {
+        GroupPowers powers{group_sums(data, patch.area), sky_areas(patch, data, skyvf0), {}};
+        powers.seen = seen_areas(data.view_factors, powers.area);
+        correct(log, powers, data.c);
+        for (std::size_t i = 0; i < skyvf0.size(); ++i) {
+          double& c = data.c[static_cast<std::size_t>(data.pgx[i])];
+          if (c <= 0.0) skyvf0[i] = 1.0;
+        }
+        for (double& c : data.c) c = std::max(0.0, c);
+        powers.sky = sky_areas(patch, data, skyvf0);
+        set_rdat(log, powers, data.c);
+      });
 }
 
 }  // namespace tsrf_module_raddat

@@ -48,12 +48,12 @@ struct ViewFactors {
 
 struct Data {
   Settings settings;
+  std::string settings_place;      ///< where their group stands, for the log
   std::int32_t NPGID = 0;          ///< number of groups
   std::vector<std::int32_t> pgx;   ///< per patch: its group, from 0
   std::vector<std::int32_t> PgID;  ///< per group: its identifier
   frame::CodeIndex pgmap;          ///< PgID -> group; emptied after reading
   ViewFactors view_factors;
-  std::vector<double> sky_factor;                          ///< per group
   std::vector<std::pair<std::int32_t, std::int32_t>> prd;  ///< periodic pairs of groups
   std::vector<double> c;                                   ///< per group: area correction
   std::vector<double> JRl;  ///< per patch: long-wave radiosity [W/m2], 405 at first

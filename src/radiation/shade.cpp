@@ -18,10 +18,11 @@ ReadStatus read_block(frame::Log& log, frame::TextInput& file, const tsrf_module
   const std::int32_t block = ++data.blocks_read;
   Line line;
   return dated_series::read_block(log, file, kWords, patch.mpatch, [&](std::int32_t n) {
+    const std::size_t place = file.tell();
     const ReadStatus status = read_line(file, on_record, line);
     if (status != ReadStatus::ok) return status;
-    enter(log, patch, line, static_cast<std::size_t>(n), block, kWords.query, std::span(data.seen),
-          row);
+    enter(log, file, place, patch, line, static_cast<std::size_t>(n), block, kWords.query,
+          std::span(data.seen), row);
     return status;
   });
 }
@@ -65,7 +66,8 @@ void set_shade_oneday(frame::Log& log, frame::TextInput& file, double time,
   const auto read = [&](std::int32_t slot, IntDate& date) {
     return read_block(log, file, patch, date, data, data.fractions.row(slot));
   };
-  const dated_series::Source source{kWords, check, prepare, read};
+  const dated_series::Source source{kWords, check, prepare, read,
+                                    frame::bytes_of<float>(static_cast<std::size_t>(patch.mpatch))};
   const dated_series::Bracket at =
       dated_series::find(log, file, time, calendar, source, data.series);
   const auto& fractions = std::as_const(data.fractions);

@@ -48,6 +48,7 @@ struct UnpackedBlock {
 
 struct Data {
   Settings settings;
+  std::string settings_place;  ///< where their group stands, for the log
   bool dated_run = false;
   std::vector<std::int32_t> seen;  ///< scratch: per patch, number of the block that gave it last
   std::int32_t blocks_read = 0;

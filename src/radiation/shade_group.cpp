@@ -52,6 +52,7 @@ void inputdata(frame::Log& log, frame::TextInput& control, bool dated_run, Data&
   // A dated run needs MONTHS, so there the rules hold for an absent group too.
   if (!group.read(log, control) && dated_run) group.check(log);
   data.settings = own;
+  data.settings_place = group.place();
   data.dated_run = dated_run;
   data.series.settings = common;
 }

@@ -36,16 +36,19 @@ inline frame::ReadStatus read_line(frame::TextInput& file, std::span<std::int32_
 }
 
 /// Enters the fraction of the n-th line of block `block` (a number that grows) at its patch. A
-/// patch that is not in the list, or that the block has named before, stops the run.
+/// patch that is not in the list, or that the block has named before, stops the run; the line is
+/// the record at `place` of `file`.
 template <class Real>
-void enter(frame::Log& log, const tsrf_module_patch::Data& patch, const Line& line, std::size_t n,
+void enter(frame::Log& log, const frame::TextInput& file, std::size_t place,
+           const tsrf_module_patch::Data& patch, const Line& line, std::size_t n,
            std::int32_t block, std::string_view routine, std::span<std::int32_t> seen,
            std::span<Real> row) {
   // As a rule the lines come in the order of the patches.
   const bool in_order = patch.PID[n] == line.PID;
   const auto p = in_order ? n : static_cast<std::size_t>(patch.by_pid.find(line.PID));
   if (p >= seen.size() || seen[p] == block) {
-    log.program_error("### program error -2- (tsrf_module_shade)", routine);
+    log.program_error(file.line_text(file.line_at(place)),
+                      "### program error -2- (tsrf_module_shade)", routine);
   }
   seen[p] = block;
   row[p] = std::clamp(line.fraction, 0.0F, 1.0F);

@@ -74,11 +74,12 @@ class MonthReader {
   void make_room(std::int32_t files) {
     const std::size_t blocks = static_cast<std::size_t>(files) * kMostDates;
     const std::size_t groups = (blocks + tsrf_utl::kSlots - 1) / tsrf_utl::kSlots;
-    frame::allocating(log_, [&] {
-      month_.words.reserve(groups * group_);
-      data_.seen.resize(mpatch_);
-      data_.block.resize(mpatch_);
-    });
+    frame::allocating(log_, "sunlit fractions of a month",
+                      frame::bytes_of<std::int32_t>(group_, groups), [&] {
+                        month_.words.reserve(groups * group_);
+                        data_.seen.resize(mpatch_);
+                        data_.block.resize(mpatch_);
+                      });
   }
 
   void read_day(std::int32_t day, const std::string& name) {
@@ -103,23 +104,28 @@ class MonthReader {
     date[1] = month_.month;
     date[2] = day_;
     Line line;
+    const std::size_t first = file.tell();
+    std::size_t place = first;
     const auto read = [&](std::int64_t, std::span<std::int32_t> on_record) {
+      place = file.tell();
       return read_line(file, on_record, line);
     };
     const auto take = [&](std::int64_t number) {
-      enter(log_, patch_, line, static_cast<std::size_t>(number - at.line), block, "(read_mltday)",
-            std::span(data_.seen), std::span(data_.block));
+      enter(log_, file, place, patch_, line, static_cast<std::size_t>(number - at.line), block,
+            "(read_mltday)", std::span(data_.seen), std::span(data_.block));
     };
     const ReadStatus status = dated_series::check_block(log_, file, kWords, data_.series.settings,
                                                         patch_.mpatch, at, date, read, take);
     if (status != ReadStatus::ok) return status;
-    check_date(date, at.line);
+    check_date(date, at.line, file, first);
     if (++dates_ <= kMostDates) store(last_time_);
     return status;
   }
 
-  /// The date is of the file's day and follows that of the block before.
-  void check_date(const IntDate& date, std::int64_t line) {
+  /// The date is of the file's day and follows that of the block before; the block's first record
+  /// is the one at `place`.
+  void check_date(const IntDate& date, std::int64_t line, const frame::TextInput& file,
+                  std::size_t place) {
     IntDate of_file = date;
     of_file[1] = month_.month;
     of_file[2] = day_;
@@ -127,7 +133,8 @@ class MonthReader {
     const double time = ((day_ - 1) * kHoursOfDay + date[3]) * kHour;
     const bool first = dates_ == 0;
     if (!first && time <= last_time_) {
-      log_.program_error("### program error -1- (tsrf_module_shade)", "(read_mltday)");
+      log_.program_error(file.line_text(file.line_at(place)),
+                         "### program error -1- (tsrf_module_shade)", "(read_mltday)");
     }
     last_time_ = time;
   }
@@ -135,7 +142,9 @@ class MonthReader {
   void store(double time) {
     const std::size_t block = month_.packed++;
     if (block % tsrf_utl::kSlots == 0) {
-      frame::allocating(log_, [&] { month_.words.resize(month_.words.size() + group_, 0); });
+      frame::allocating(log_, "sunlit fractions of a month",
+                        frame::bytes_of<std::int32_t>(month_.words.size() + group_),
+                        [&] { month_.words.resize(month_.words.size() + group_, 0); });
     }
     month_.times.push_back(time);
     tsrf_utl::tsrf_utl_bitrdt(log_, -1, mpatch_, mpatch_, data_.settings.NBIT, slot_of(block),
@@ -208,7 +217,8 @@ void set_shade_mltday(frame::Log& log, double time, const tsrf_module_patch::Dat
   const auto [first, last] = days_of(data.settings, month);
   if (month < data.settings.MONTHS[0] || month > data.settings.MONTHS[1] || day < first ||
       day > last) {
-    log.program_error("### program error -1- (tsrf_module_shade)", "(set_shade_mltday)");
+    log.program_error(data.settings_place, "### program error -1- (tsrf_module_shade)",
+                      "(set_shade_mltday)");
   }
   PackedMonth& packed = packed_month(log, month, patch, data);
   data.lower.values.resize(fsun.size());

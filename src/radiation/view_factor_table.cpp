@@ -11,8 +11,8 @@ ViewFactorGatherer::ViewFactorGatherer(std::int32_t groups)
       spans_((static_cast<std::uint32_t>(groups) + width_ - 1) / width_),
       counts_(static_cast<std::size_t>(groups)) {}
 
-void ViewFactorGatherer::open_block(Span& span) {
-  span.blocks.push_back(frame::make_on_pages<Block>());
+void ViewFactorGatherer::open_page(Span& span) {
+  span.pages.push_back(frame::make_on_pages<EntryPage>());
   span.filled = 0;
 }
 
@@ -32,16 +32,16 @@ void ViewFactorGatherer::sort_span(std::size_t index, ViewFactors& table) {
   std::vector<std::int64_t> next(table.first.begin() + static_cast<std::ptrdiff_t>(begin),
                                  table.first.begin() + static_cast<std::ptrdiff_t>(end));
   // The table grows span by span, within the memory reserved, so that its pages are taken only
-  // as those of the blocks are given back.
+  // as those of the pages are given back.
   table.entries.resize(static_cast<std::size_t>(table.first[end]));
   Span& span = spans_[index];
-  for (auto& block : span.blocks) {
-    const std::size_t count = block == span.blocks.back() ? span.filled : kBlock;
+  for (auto& page : span.pages) {
+    const std::size_t count = page == span.pages.back() ? span.filled : kPageEntries;
     for (std::size_t k = 0; k < count; ++k) {
-      const auto to = static_cast<std::size_t>(next[block->place[k]]++);
-      table.entries[to] = {block->source[k], block->factor[k]};
+      const auto to = static_cast<std::size_t>(next[page->place[k]]++);
+      table.entries[to] = {page->source[k], page->factor[k]};
     }
-    block.reset();
+    page.reset();
   }
   span = {};
 }

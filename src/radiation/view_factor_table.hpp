@@ -1,8 +1,8 @@
 // Gathers view factors that come in any order into a table by destination group.
 //
 // A file of view factors has tens of millions of lines and is read once. Its entries are held in
-// blocks, a chain of blocks for each span of destinations; when all are there the spans are sorted
-// into the table one after the other and their blocks given back at once. So the largest memory
+// pages, a chain of pages for each span of destinations; when all are there the spans are sorted
+// into the table one after the other and their pages given back at once. So the largest memory
 // held is 1.25 times the table and one span more, and the entries of a destination keep the order
 // of the file. Used by read_viewfactor.
 #pragma once
@@ -24,31 +24,31 @@ class ViewFactorGatherer {
   void add(std::int32_t source, std::int32_t destination, float factor) {
     const auto d = static_cast<std::uint32_t>(destination);
     Span& span = spans_[d / width_];
-    if (span.filled == kBlock) open_block(span);
-    Block& block = *span.blocks.back();
-    block.source[span.filled] = source;
-    block.factor[span.filled] = factor;
-    block.place[span.filled++] = static_cast<std::uint16_t>(d % width_);
+    if (span.filled == kPageEntries) open_page(span);
+    EntryPage& page = *span.pages.back();
+    page.source[span.filled] = source;
+    page.factor[span.filled] = factor;
+    page.place[span.filled++] = static_cast<std::uint16_t>(d % width_);
     ++counts_[d];
   }
   /// The table of all entries; the gatherer is empty afterwards.
   ViewFactors take_table();
 
  private:
-  static constexpr std::size_t kBlock = 1 << 14;
+  static constexpr std::size_t kPageEntries = 1 << 14;
   static constexpr std::uint32_t kSpans = 32;
   static constexpr std::uint32_t kWidest = 1 << 16;  // what the place in a span can hold
 
-  struct Block {
-    std::array<std::int32_t, kBlock> source;
-    std::array<float, kBlock> factor;
-    std::array<std::uint16_t, kBlock> place;  // destination within the span
+  struct EntryPage {
+    std::array<std::int32_t, kPageEntries> source;
+    std::array<float, kPageEntries> factor;
+    std::array<std::uint16_t, kPageEntries> place;  // destination within the span
   };
   struct Span {
-    std::vector<frame::PagePtr<Block>> blocks;
-    std::size_t filled = kBlock;  // of the last block
+    std::vector<frame::PagePtr<EntryPage>> pages;
+    std::size_t filled = kPageEntries;  // of the last page
   };
-  static void open_block(Span& span);
+  static void open_page(Span& span);
   void sort_span(std::size_t index, ViewFactors& table);
 
   std::uint32_t width_;

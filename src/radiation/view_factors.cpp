@@ -139,7 +139,7 @@ std::vector<double> group_sums(const Data& data, std::span<const double> values)
 void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
                      Data& data, std::vector<double>& skyvf0) {
   const frame::Tag tag(log, "(tsrf_module_raddat)(read_viewfactor)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "view factors", frame::bytes_of<char>(file.content().size()), [&] {
     Groups groups(static_cast<std::size_t>(data.NPGID));
     {
       ViewFactorGatherer table(data.NPGID);
@@ -156,7 +156,6 @@ void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_
     for (std::size_t i = 0; i < data.pgx.size(); ++i) {
       skyvf0[i] = groups.sky[static_cast<std::size_t>(data.pgx[i])];
     }
-    data.sky_factor = std::move(groups.sky);
   });
   data.pgmap = {};
 }

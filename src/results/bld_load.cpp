@@ -1,6 +1,7 @@
 #include "results/bld_load.hpp"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "results/row.hpp"
@@ -11,9 +12,15 @@ namespace {
 
 constexpr std::size_t kHeadingWidth = 200;  // characters of a StHeat line that are taken over
 
-double volume_of(const tsrf_main01::Grid& grid, std::int32_t i, std::int32_t j, std::int32_t k) {
-  if (!grid.given) return 1.0;
-  return grid.axes[0].dx(i) * grid.axes[1].dx(j) * grid.axes[2].dx(k);
+constexpr std::array<std::string_view, 4> kTerms{"", "", "sensible heat released",
+                                                 "latent heat released"};
+
+/// Volumes of the cells of the list.
+void set_volumes(const tsrf_main01::Axes& axes, BldLoad& data) {
+  for (std::size_t c = 0; c < data.cells.size(); ++c) {
+    data.volume[c] =
+        axes[0].dx(data.cells.i[c]) * axes[1].dx(data.cells.j[c]) * axes[2].dx(data.cells.k[c]);
+  }
 }
 
 void write_heading(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat) {
@@ -34,13 +41,15 @@ void write_heading(frame::Log& log, frame::TextOutput& file, frame::TextInput& s
 
 void prep_bldload(frame::Log& log, const tsrf_module_patch::Data& patch,
                   const tsrf_main01::Grid& grid, BldLoad& data) {
-  frame::allocating(log, [&] {
-    data.cells = list_cells(patch, {false, true}, CellOrder::j_fastest);
-    data.volume.resize(data.cells.size());
+  frame::allocating(log, "cells of BldLoad", frame::bytes_of<double>(patch.type.size(), 3), [&] {
+    data.cells = list_cells(patch, {tsrf_module_patch::kBuilding}, CellOrder::j_fastest);
+    data.volume.assign(data.cells.size(), 1.0);
     data.released.assign(data.cells.size(), CellHeat{});
   });
-  for (std::size_t c = 0; c < data.cells.size(); ++c) {
-    data.volume[c] = volume_of(grid, data.cells.i[c], data.cells.j[c], data.cells.k[c]);
+  if (const auto* axes = std::get_if<tsrf_main01::Axes>(&grid)) {
+    set_volumes(*axes, data);
+  } else {
+    log.line("%%% warning : no coordinates in Grid data; BldLoad is in W per cell, not in W/m3");
   }
 }
 
@@ -55,10 +64,10 @@ void sum_bldload(std::span<const double> sensible, std::span<const double> laten
 }
 
 void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat,
-                   const Settings& settings, std::int32_t sod, std::span<const CellHeat> released,
+                   const Settings& settings, When when, std::span<const CellHeat> released,
                    BldLoad& data) {
-  if (!is_whole_hour(sod)) return;
-  const std::int32_t hour = hour_slot(sod);
+  if (!is_whole_hour(when.sod)) return;
+  const std::int32_t hour = hour_slot(when.sod);
   if (starts_over(settings, hour, data.start)) {
     file.rewind(log);
     write_heading(log, file, stheat);
@@ -73,6 +82,10 @@ void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput& s
     row.real(0.0, kDecimals);
     row.real(0.0, kDecimals);
     for (const double heat : released[c]) row.real(heat / data.volume[c], kDecimals);
+    if (!row.finite()) {
+      refuse_result(log, "BldLoad", when.iter, frame::items("PID =", data.cells.PID[c]),
+                    kTerms[row.unsound()]);
+    }
     row.end(log, file);
   }
   file.flush(log);

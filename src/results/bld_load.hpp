@@ -27,15 +27,15 @@ struct BldLoad {
   std::vector<CellHeat> released;  ///< per cell
 };
 
-/// Lists the cells and their volumes.
+/// Lists the cells and their volumes; warns where the grid has no coordinates.
 void prep_bldload(frame::Log& log, const tsrf_module_patch::Data& patch,
                   const tsrf_main01::Grid& grid, BldLoad& data);
 /// Sums the heat released at the patches [W] over each cell, in the order of the patches.
 void sum_bldload(std::span<const double> sensible, std::span<const double> latent, BldLoad& data);
-/// Writes the rows of the hour that second `sod` of the day ends from `released` per cell of
+/// Writes the rows of the hour that `when` ends from `released` per cell of
 /// `data.cells`.
 void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat,
-                   const Settings& settings, std::int32_t sod, std::span<const CellHeat> released,
+                   const Settings& settings, When when, std::span<const CellHeat> released,
                    BldLoad& data);
 
 }  // namespace tsrf_module_io

@@ -5,7 +5,7 @@
 
 namespace tsrf_module_io {
 
-CellList list_cells(const tsrf_module_patch::Data& patch, const std::vector<bool>& types,
+CellList list_cells(const tsrf_module_patch::Data& patch, tsrf_module_patch::Types types,
                     CellOrder order) {
   const auto key = [&](std::size_t p) {
     return order == CellOrder::i_fastest ? std::array{patch.sk[p], patch.sj[p], patch.si[p]}
@@ -13,19 +13,25 @@ CellList list_cells(const tsrf_module_patch::Data& patch, const std::vector<bool
   };
   std::vector<std::size_t> marked;
   for (std::size_t p = 0; p < patch.type.size(); ++p) {
-    const auto type = static_cast<std::size_t>(patch.type[p]);
-    if (patch.type[p] >= 0 && type < types.size() && types[type]) marked.push_back(p);
+    if (types.contains(patch.type[p])) marked.push_back(p);
   }
   std::sort(marked.begin(), marked.end(),
             [&](std::size_t a, std::size_t b) { return key(a) < key(b); });
   CellList cells;
   cells.of_patch.assign(patch.type.size(), CellList::kNone);
+  double largest = 0.0;
   for (std::size_t n = 0; n < marked.size(); ++n) {
     const std::size_t p = marked[n];
     if (n == 0 || key(marked[n - 1]) != key(p)) {
+      largest = 0.0;
+      cells.PID.push_back(patch.PID[p]);
       cells.i.push_back(patch.si[p]);
       cells.j.push_back(patch.sj[p]);
       cells.k.push_back(patch.sk[p]);
+    }
+    if (patch.area[p] > largest) {
+      largest = patch.area[p];
+      cells.PID.back() = patch.PID[p];
     }
     cells.of_patch[p] = static_cast<std::int32_t>(cells.size()) - 1;
   }

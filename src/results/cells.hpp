@@ -15,6 +15,7 @@ struct CellList {
   static constexpr std::int32_t kNone = -1;
 
   std::vector<std::int32_t> i, j, k;   ///< shifted indices, in the order of the file's lines
+  std::vector<std::int32_t> PID;       ///< per cell: its largest patch, for messages
   std::vector<std::int32_t> of_patch;  ///< per patch: place of its cell, kNone when left out
   [[nodiscard]] std::size_t size() const { return k.size(); }
 };
@@ -22,8 +23,8 @@ struct CellList {
 /// Which of i and j changes fastest in a list; k always changes slowest.
 enum class CellOrder { i_fastest, j_fastest };
 
-/// The cells of the patches whose type is marked in `types` (by type, 0 to 7).
-CellList list_cells(const tsrf_module_patch::Data& patch, const std::vector<bool>& types,
+/// The cells of the patches whose type is one of `types`.
+CellList list_cells(const tsrf_module_patch::Data& patch, tsrf_module_patch::Types types,
                     CellOrder order);
 
 }  // namespace tsrf_module_io

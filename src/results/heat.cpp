@@ -1,13 +1,32 @@
 #include "results/heat.hpp"
 
+#include <array>
+#include <string_view>
+
 #include "results/row.hpp"
 
 namespace tsrf_module_io {
 
-void write_heat(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                std::int32_t sod, const BuildingColumns& buildings, FileStart& start) {
-  if (!is_whole_hour(sod)) return;
-  const std::int32_t hour = hour_slot(sod);
+namespace {
+
+constexpr std::array<std::string_view, 11> kTerms{"trans.",
+                                                  "insol.",
+                                                  "source",
+                                                  "vent.(sens.)",
+                                                  "vent.(lat.)",
+                                                  "total",
+                                                  "rel.(sens.)",
+                                                  "rel.(lat.)",
+                                                  "room temp.",
+                                                  "slab temp.",
+                                                  "total while the plant runs"};
+
+}  // namespace
+
+void write_heat(frame::Log& log, frame::TextOutput& file, const Settings& settings, When when,
+                const BuildingColumns& buildings, FileStart& start) {
+  if (!is_whole_hour(when.sod)) return;
+  const std::int32_t hour = hour_slot(when.sod);
   start_file(log, file,
              "# Hr Bldid trans. insol. source vent.(sens.) vent.(lat.) total rel.(sens.) "
              "rel.(lat.) room temp. ",
@@ -29,6 +48,10 @@ void write_heat(frame::Log& log, frame::TextOutput& file, const Settings& settin
     row.real(buildings.Tr[b] - kCelsius);
     row.real(buildings.Tm[b] - kCelsius);
     row.real((q[6] + q[13]) / floors);
+    if (!row.finite()) {
+      refuse_result(log, "heat", when.iter, frame::items("BldID =", buildings.BldID[b]),
+                    kTerms[row.unsound()]);
+    }
     row.end(log, file);
   }
   file.flush(log);

@@ -24,8 +24,8 @@ struct BuildingColumns {
   std::span<const double> Tm;  ///< slab temperature [K]
 };
 
-/// Writes the rows of the hour that second `sod` of the day ends.
-void write_heat(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                std::int32_t sod, const BuildingColumns& buildings, FileStart& start);
+/// Writes the rows of the hour that `when` ends.
+void write_heat(frame::Log& log, frame::TextOutput& file, const Settings& settings, When when,
+                const BuildingColumns& buildings, FileStart& start);
 
 }  // namespace tsrf_module_io

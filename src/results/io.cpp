@@ -11,6 +11,13 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
   group.read(log, control);
 }
 
+void refuse_result(frame::Log& log, std::string_view file, std::int64_t iter,
+                   const std::string& owner, std::string_view term) {
+  using frame::items;
+  log.fail(items("### error : result not finite in", file), items("iter =", iter), owner,
+           items("term =", term));
+}
+
 void start_file(frame::Log& log, frame::TextOutput& file, std::string_view heading,
                 const Settings& settings, std::int32_t hour, FileStart& start) {
   if (!starts_over(settings, hour, start)) return;

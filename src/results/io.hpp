@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <string>
 #include <string_view>
 
 #include "frame/log.hpp"
@@ -38,6 +39,18 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
 }
 /// True at the seconds of the day at which rows are written.
 [[nodiscard]] constexpr bool is_whole_hour(std::int32_t sod) { return sod % kSecondsPerHour == 0; }
+
+/// When rows are written.
+struct When {
+  When(std::int32_t second, std::int64_t iteration = 0) : sod(second), iter(iteration) {}
+  std::int32_t sod;   ///< second of the day, 1..86400
+  std::int64_t iter;  ///< number of the step
+};
+
+/// Ends the run for a result that is not finite: its file, the step, whose it is ("PID = 7") and
+/// the name of its column.
+[[noreturn]] void refuse_result(frame::Log& log, std::string_view file, std::int64_t iter,
+                                const std::string& owner, std::string_view term);
 
 /// What a writer remembers of its file.
 struct FileStart {

@@ -12,8 +12,9 @@ namespace {
 template <class T>
 void take(frame::Log& log, std::size_t columns, frame::PatchTable<T>& table) {
   if (table.patches() == columns && !table.all().empty()) return;
-  frame::allocating(
-      log, [&] { table = frame::PatchTable<T>(static_cast<std::int32_t>(columns), kHours); });
+  frame::allocating(log, "sums of 24 hours", frame::bytes_of<T>(columns, kHours), [&] {
+    table = frame::PatchTable<T>(static_cast<std::int32_t>(columns), kHours);
+  });
 }
 
 void add(double& sum, double value) { sum += value; }
@@ -56,8 +57,12 @@ std::int32_t& count_of(HourCounts& count, std::int32_t row) {
   return count[static_cast<std::size_t>(row)];
 }
 
-void write_patches(frame::Log& log, const Settings& settings, frame::TextOutput& file,
-                   const tsrf_module_patch::Data& patch, Monthly& monthly) {
+/// The end of the hour of row `row`, as the step `iter` writes it.
+When hour_of(std::int32_t row, std::int64_t iter) { return {(row + 1) * kSecondsPerHour, iter}; }
+
+void write_patches(frame::Log& log, const MonthRows& rows, frame::TextOutput& file,
+                   Monthly& monthly) {
+  const tsrf_module_patch::Data& patch = rows.patch;
   TemperatureSums& temperature = monthly.temperature;
   FluxSums& fluxes = monthly.fluxes;
   take(log, patch.PID.size(), temperature.degC);
@@ -74,24 +79,27 @@ void write_patches(frame::Log& log, const Settings& settings, frame::TextOutput&
                        .area = patch.area};
     // The mean area of no steps is 0 as well.
     if (count_of(fluxes.count, row) == 0) means.area = means.latent;
-    write_patchsurftemp(log, file, settings, (row + 1) * kSecondsPerHour, patch, means, start);
+    write_patchsurftemp(log, file, rows.settings, hour_of(row, rows.iter), patch, means, start);
   }
 }
 
-void write_cells(frame::Log& log, const Settings& settings, frame::TextOutput& file,
-                 SurfTemp& surf_temp, CellFieldSums& sums) {
+void write_cells(frame::Log& log, const MonthRows& rows, frame::TextOutput& file,
+                 CellFieldSums& sums) {
+  SurfTemp& surf_temp = rows.surf_temp;
   take(log, surf_temp.cells.size(), sums.tdrg);
   surf_temp.start = {};
   for (std::int32_t row = 0; row < kHours; ++row) {
     const std::span<const CellSums> tdrg = mean(sums.count, row, sums.tdrg);
     const bool none = count_of(sums.count, row) == 0;
-    write_surftemp(log, file, settings, (row + 1) * kSecondsPerHour, tdrg,
+    write_surftemp(log, file, rows.settings, hour_of(row, rows.iter), tdrg,
                    none ? tdrg : std::span<const CellSums>(surf_temp.swlr), surf_temp);
   }
 }
 
-void write_buildings(frame::Log& log, const Settings& settings, const MonthFiles& files,
-                     const BuildingColumns& buildings, BldLoad& bld_load, BuildingSums& sums) {
+void write_buildings(frame::Log& log, const MonthRows& rows, const MonthFiles& files,
+                     BuildingSums& sums) {
+  const BuildingColumns& buildings = *rows.buildings;
+  BldLoad& bld_load = rows.bld_load;
   take(log, buildings.BldID.size(), sums.bldat);
   take(log, buildings.BldID.size(), sums.Tr);
   take(log, buildings.BldID.size(), sums.Tm);
@@ -99,7 +107,7 @@ void write_buildings(frame::Log& log, const Settings& settings, const MonthFiles
   FileStart start;
   bld_load.start = {};
   for (std::int32_t row = 0; row < kHours; ++row) {
-    const std::int32_t sod = (row + 1) * kSecondsPerHour;
+    const When when = hour_of(row, rows.iter);
     BuildingColumns means = buildings;
     means.bldat = mean(sums.count, row, sums.bldat);
     means.Tr = mean(sums.count, row, sums.Tr);
@@ -108,8 +116,8 @@ void write_buildings(frame::Log& log, const Settings& settings, const MonthFiles
       std::ranges::fill(sums.Tr.row(row), kCelsius);
       std::ranges::fill(sums.Tm.row(row), kCelsius);
     }
-    write_heat(log, files.heat, settings, sod, means, start);
-    write_bldload(log, files.bld_load, files.stheat, settings, sod,
+    write_heat(log, files.heat, rows.settings, when, means, start);
+    write_bldload(log, files.bld_load, files.stheat, rows.settings, when,
                   mean(sums.count, row, sums.released), bld_load);
   }
 }
@@ -178,10 +186,10 @@ void clear(BuildingSums& sums) {
 
 void write_month(frame::Log& log, const MonthFiles& files, const MonthRows& rows,
                  Monthly& monthly) {
-  write_cells(log, rows.settings, files.surf_temp, rows.surf_temp, monthly.cells);
-  write_patches(log, rows.settings, files.patch_surf_temp, rows.patch, monthly);
+  write_cells(log, rows, files.surf_temp, monthly.cells);
+  write_patches(log, rows, files.patch_surf_temp, monthly);
   if (rows.buildings != nullptr) {
-    write_buildings(log, rows.settings, files, *rows.buildings, rows.bld_load, monthly.buildings);
+    write_buildings(log, rows, files, monthly.buildings);
   }
   clear(monthly.temperature);
   clear(monthly.fluxes);

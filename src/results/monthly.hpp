@@ -91,6 +91,7 @@ struct MonthRows {
   const BuildingColumns* buildings;  ///< BldID, floor and area; null: the building model is off
   SurfTemp& surf_temp;
   BldLoad& bld_load;
+  std::int64_t iter = 0;  ///< number of the step that closes the month
 };
 
 /// Writes the 24 mean hours, each file from its start, and clears the sums. An hour without a step

@@ -1,14 +1,25 @@
 #include "results/patch_surf_temp.hpp"
 
+#include <array>
+#include <string_view>
+
 #include "results/row.hpp"
 
 namespace tsrf_module_io {
 
+namespace {
+
+constexpr std::array<std::string_view, 6> kTerms{"surface temperature",  "long-wave radiosity",
+                                                 "short-wave radiosity", "latent heat",
+                                                 "conducted heat",       "area"};
+
+}  // namespace
+
 void write_patchsurftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                         std::int32_t sod, const tsrf_module_patch::Data& patch,
+                         When when, const tsrf_module_patch::Data& patch,
                          const PatchColumns& columns, FileStart& start) {
-  if (!is_whole_hour(sod)) return;
-  const std::int32_t hour = hour_slot(sod);
+  if (!is_whole_hour(when.sod)) return;
+  const std::int32_t hour = hour_slot(when.sod);
   start_file(log, file, "# PID, i, j, k, hour, Temp, Rad_L, Rad_S", settings, hour, start);
   Row row;
   for (std::size_t p = 0; p < patch.PID.size(); ++p) {
@@ -23,6 +34,10 @@ void write_patchsurftemp(frame::Log& log, frame::TextOutput& file, const Setting
     row.real(columns.latent[p]);
     row.real(columns.conductive[p]);
     row.real(columns.area[p]);
+    if (!row.finite()) {
+      refuse_result(log, "PatchSurfTemp", when.iter, frame::items("PID =", patch.PID[p]),
+                    kTerms[row.unsound()]);
+    }
     row.end(log, file);
   }
   file.flush(log);

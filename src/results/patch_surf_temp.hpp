@@ -23,9 +23,9 @@ struct PatchColumns {
   std::span<const double> area;        ///< [m2]
 };
 
-/// Writes the rows of `hour`; `sod` is the second of the day.
+/// Writes the rows of `hour`; `when` is the end of the step.
 void write_patchsurftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                         std::int32_t sod, const tsrf_module_patch::Data& patch,
+                         When when, const tsrf_module_patch::Data& patch,
                          const PatchColumns& columns, FileStart& start);
 
 }  // namespace tsrf_module_io

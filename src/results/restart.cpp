@@ -126,6 +126,24 @@ void take_over(std::span<const Bytes> found,
   }
 }
 
+/// Whose a value that is not finite is, and what.
+void check_whole(frame::Log& log, std::int64_t iteration, const State& state) {
+  const auto check = [&](std::span<const double> values, std::span<const std::int32_t> owners,
+                         std::string_view code, std::string_view term) {
+    const auto found =
+        std::ranges::find_if(values, [](double value) { return !std::isfinite(value); });
+    if (found == values.end()) return;
+    const auto n = static_cast<std::size_t>(found - values.begin());
+    tsrf_module_io::refuse_result(log, "the restart file", iteration,
+                                  frame::items(code, owners[n % owners.size()]), term);
+  };
+  check(columns_of(state), state.PID, "PID =", "temperature of the column");
+  check(state.JRl, state.PID, "PID =", "long-wave radiosity");
+  check(state.JRs, state.PID, "PID =", "short-wave radiosity");
+  check(state.Tr, state.BldID, "BldID =", "room temperature");
+  check(state.Tm, state.BldID, "BldID =", "slab temperature");
+}
+
 }  // namespace
 
 Start restore(frame::Log& log, frame::RecordFile& file, std::int64_t requested,
@@ -134,7 +152,9 @@ Start restore(frame::Log& log, frame::RecordFile& file, std::int64_t requested,
   const Start cold{1, 0.0};
   if (requested < 0) return cold;
   bool whole = false;
-  frame::allocating(log, [&] { whole = file.load(); });
+  frame::allocating(log, "records of the restart file",
+                    static_cast<std::int64_t>(state.tlyr.size_bytes()),
+                    [&] { whole = file.load(); });
   const std::span<const Bytes> found = file.records();
   if (!whole) {
     refuse(log, "record cut short or without its length marks",
@@ -154,6 +174,7 @@ Start restore(frame::Log& log, frame::RecordFile& file, std::int64_t requested,
 void save(frame::Log& log, frame::RecordFile& file, std::int64_t iteration, double time,
           const State& state) {
   const frame::Tag tag(log, kTag);
+  check_whole(log, iteration, state);
   const auto head = pack({static_cast<std::int32_t>(iteration), time, state.mpatch, state.mzg});
   std::vector<double> rooms(state.Tr.begin(), state.Tr.end());
   rooms.insert(rooms.end(), state.Tm.begin(), state.Tm.end());

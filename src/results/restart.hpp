@@ -26,6 +26,8 @@ struct State {
   std::span<double> JRs;
   std::span<double> Tr;  ///< per building; empty when the building model is off
   std::span<double> Tm;
+  std::span<const std::int32_t> PID;    ///< of the patches, for messages
+  std::span<const std::int32_t> BldID;  ///< of the buildings, for messages
 };
 
 /// Where a run starts.
@@ -41,7 +43,8 @@ struct Start {
 Start restore(frame::Log& log, frame::RecordFile& file, std::int64_t requested,
               const tsrf_module_io::Settings& settings, const State& state);
 
-/// Saves the state after `iteration` steps, at `time` [s].
+/// Saves the state after `iteration` steps, at `time` [s]. One that is not finite ends the run and
+/// leaves the file as it was.
 void save(frame::Log& log, frame::RecordFile& file, std::int64_t iteration, double time,
           const State& state);
 

@@ -177,6 +177,7 @@ void Row::integer(std::int32_t value, int width) {
   } while (rest != 0);
   if (value < 0) *--first = '-';
   char* to = text_.data() + size_;
+  if (size_ > 0 && last - first >= width) *to++ = ' ';
   for (auto length = last - first; length < width; ++length) *to++ = ' ';
   to = std::copy(first, last, to);
   size_ = static_cast<std::size_t>(to - text_.data());
@@ -185,6 +186,8 @@ void Row::integer(std::int32_t value, int width) {
 void Row::real(double value, int decimals) {
   char* to = text_.data() + size_;
   *to++ = ' ';
+  if (!std::isfinite(value) && unsound_ < 0) unsound_ = reals_;
+  ++reals_;
   size_ = static_cast<std::size_t>((decimals == 4 ? put_e13<4>(to, value) : put_e13<5>(to, value)) -
                                    text_.data());
 }

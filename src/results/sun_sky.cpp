@@ -1,5 +1,6 @@
 #include "results/sun_sky.hpp"
 
+#include <array>
 #include <cmath>
 #include <string_view>
 
@@ -32,6 +33,11 @@ void write_sunskyrad(frame::Log& log, frame::TextOutput& file, const Settings& s
   row.real(sky.direct);
   row.real(sky.scattered);
   row.real(sky.longwave);
+  if (!row.finite()) {
+    constexpr std::array<std::string_view, 3> kTerms{"normal-direct-solar-rad.",
+                                                     "scattered-solar-rad", "atmos.-long-rad"};
+    refuse_result(log, "Sun & Sky", dates.iter, "all patches", kTerms[row.unsound()]);
+  }
   row.end(log, file);
   file.flush(log);
 }

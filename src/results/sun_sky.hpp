@@ -16,6 +16,7 @@ struct StepDates {
   std::int32_t sod1;                 ///< second of the day at the step's end, 1..86400
   tsrf_module_calendar::Date date0;  ///< calendar of the step's start
   tsrf_module_calendar::Date date1;  ///< calendar of the step's end
+  std::int64_t iter = 0;             ///< number of the step
 };
 
 /// Writes the row of a step that ends on a whole hour. A dated run's rows carry month and day, at

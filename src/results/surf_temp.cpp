@@ -1,6 +1,8 @@
 #include "results/surf_temp.hpp"
 
+#include <array>
 #include <cmath>
+#include <string_view>
 
 #include "results/row.hpp"
 
@@ -12,7 +14,10 @@ constexpr double kFlat = 0.001;  // a normal this near to upright is a roof's
 
 enum Kind : std::size_t { kWall, kGround, kRoof };
 
-Kind kind_of(std::int32_t type, double nz) {
+constexpr std::array<std::string_view, 6> kTerms{
+    "tdrg(1)", "tdrg(2)", "tdrg(3)", "area of walls", "area of ground", "area of roofs"};
+
+Kind kind_of(tsrf_module_patch::Type type, double nz) {
   if (type != tsrf_module_patch::kBuilding) return kGround;
   return std::abs(nz - 1.0) < kFlat ? kRoof : kWall;
 }
@@ -21,10 +26,10 @@ Kind kind_of(std::int32_t type, double nz) {
 
 void prep_surftemp(frame::Log& log, const tsrf_module_patch::Data& patch,
                    const tsrf_module_grdindx::Data& grid_index, SurfTemp& data) {
-  frame::allocating(log, [&] {
+  frame::allocating(log, "cells of SurfTemp", frame::bytes_of<CellSums>(patch.type.size(), 2), [&] {
     // Trees, mirrors and the far boundary are no surfaces that heat the air of a cell.
-    data.cells = list_cells(patch, {false, true, false, true, true, true, false, false},
-                            CellOrder::i_fastest);
+    using namespace tsrf_module_patch;
+    data.cells = list_cells(patch, {kBuilding, kLand, kWater, kSolarPanel}, CellOrder::i_fastest);
     data.swlr.assign(data.cells.size(), CellSums{});
     data.tdrg.assign(data.cells.size(), CellSums{});
     data.i = data.cells.i;
@@ -54,11 +59,11 @@ void sum_surftemp(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp
   }
 }
 
-void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                    std::int32_t sod, std::span<const CellSums> tdrg,
-                    std::span<const CellSums> swlr, SurfTemp& data) {
-  if (!is_whole_hour(sod)) return;
-  const std::int32_t hour = hour_slot(sod);
+void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings, When when,
+                    std::span<const CellSums> tdrg, std::span<const CellSums> swlr,
+                    SurfTemp& data) {
+  if (!is_whole_hour(when.sod)) return;
+  const std::int32_t hour = hour_slot(when.sod);
   start_file(log, file, "# i,j,k,hour,tdrg(1:3),swlr(1:3)", settings, hour, data.start);
   Row row;
   for (std::size_t c = 0; c < data.cells.size(); ++c) {
@@ -69,6 +74,10 @@ void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& se
     // The reader of this file keeps single precision.
     for (const double value : tdrg[c]) row.real(static_cast<float>(value));
     for (const double value : swlr[c]) row.real(static_cast<float>(value));
+    if (!row.finite()) {
+      refuse_result(log, "SurfTemp", when.iter, frame::items("PID =", data.cells.PID[c]),
+                    kTerms[row.unsound()]);
+    }
     row.end(log, file);
   }
   file.flush(log);

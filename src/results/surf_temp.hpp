@@ -36,8 +36,7 @@ void prep_surftemp(frame::Log& log, const tsrf_module_patch::Data& patch,
 void sum_surftemp(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Data& srfprp,
                   const tsrf_module_data::Data& state, SurfTemp& data);
 /// Writes the rows of `hour` from sums (or their means) per cell of `data.cells`.
-void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                    std::int32_t sod, std::span<const CellSums> tdrg,
-                    std::span<const CellSums> swlr, SurfTemp& data);
+void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings, When when,
+                    std::span<const CellSums> tdrg, std::span<const CellSums> swlr, SurfTemp& data);
 
 }  // namespace tsrf_module_io

@@ -127,7 +127,10 @@ void tsrf_set_gdata(frame::Log& log, const tsrf_module_patch::Data& patch,
     if (lyrstrct.structure[p] < 0) continue;
     const auto s = static_cast<std::size_t>(lyrstrct.structure[p]);
     if (columns[s].cells.empty()) {
-      frame::allocating(log, [&] { columns[s] = column_of(log, lyrstrct.structures[s], srfprp); });
+      frame::allocating(
+          log, "cells of a column",
+          frame::bytes_of<Cell>(static_cast<std::size_t>(lyrstrct.structures[s].cells())),
+          [&] { columns[s] = column_of(log, lyrstrct.structures[s], srfprp); });
     }
     put_column(p, columns[s], data);
   }

@@ -9,12 +9,12 @@ namespace solid1d {
 namespace {
 
 /// Patches of a block: some 4 kB of temperatures on their way through the layers.
-constexpr std::size_t kLanes = 128;
+constexpr std::size_t kColumnLanes = 128;
 /// Blocks take their patches from a stretch this long, so that all kinds of a stretch find its
 /// temperatures in the second cache.
 constexpr std::size_t kStretch = 4096;
 
-using Lanes = std::array<double, kLanes>;
+using Lanes = std::array<double, kColumnLanes>;
 
 /// Everything that makes a column what it is, as a key that can be compared.
 std::vector<double> signature(const tsrf_module_data::Data& state, std::size_t p, bool heated) {
@@ -70,18 +70,20 @@ void add_blocks(std::size_t begin, std::span<const std::int32_t> kind, Work& wor
   for (std::size_t at = begin; at < work.order.size(); ++at) {
     const auto own = static_cast<std::size_t>(kind[work.order[at]]);
     const bool goes_on =
-        at > begin && work.blocks.back().kind == own && work.blocks.back().count < kLanes;
+        at > begin && work.blocks.back().kind == own && work.blocks.back().count < kColumnLanes;
     if (!goes_on) work.blocks.push_back({at, 0, own});
     ++work.blocks.back().count;
   }
 }
+
+bool needs_implicit(const Kind& kind, double dt) { return kind.stiffness * dt > kExplicitLimit; }
 
 /// The terms of the cells that hang on the step. `lower`, `diagonal` and `upper` are what forward
 /// elimination makes of the rows of the matrix, which are the same in each step.
 void set_step(double dt, Work& work) {
   work.dt = dt;
   for (Kind& kind : work.kinds) {
-    kind.implicit = kind.stiffness * dt > kExplicitLimit;
+    kind.implicit = needs_implicit(kind, dt);
     double before = kind.surface_gcond;
     double upper = 0.0;  // of the row before
     for (std::int32_t k = 1; k <= kind.cells; ++k) {
@@ -99,27 +101,27 @@ void set_step(double dt, Work& work) {
   }
 }
 
-/// Solves the rows of a block's implicit columns; the right sides `rows` (kLanes values a cell)
-/// become the changes of temperature.
+/// Solves the rows of a block's implicit columns; the right sides `rows` (kColumnLanes values a
+/// cell) become the changes of temperature.
 void solve_tridiag(std::span<const Cell> cells, std::size_t count, double* rows) {
   for (std::size_t k = 0; k < cells.size(); ++k) {
-    double* const row = rows + k * kLanes;
-    const double* const before = k == 0 ? row : row - kLanes;
+    double* const row = rows + k * kColumnLanes;
+    const double* const before = k == 0 ? row : row - kColumnLanes;
     const double lower = cells[k].lower;
     const double diagonal = cells[k].diagonal;
     for (std::size_t i = 0; i < count; ++i) row[i] = (row[i] - lower * before[i]) / diagonal;
   }
   for (std::size_t k = cells.size() - 1; k-- > 0;) {
-    double* const row = rows + k * kLanes;
+    double* const row = rows + k * kColumnLanes;
     const double upper = cells[k].upper;
-    for (std::size_t i = 0; i < count; ++i) row[i] -= upper * row[i + kLanes];
+    for (std::size_t i = 0; i < count; ++i) row[i] -= upper * row[i + kColumnLanes];
   }
 }
 
 /// The patches of one block on their way from the surface to the far node.
 class Pass {
  public:
-  Pass(Work& work, const Block& block, const frame::PatchTable<double>& qlayer,
+  Pass(Work& work, const ColumnBlock& block, const frame::PatchTable<double>& qlayer,
        tsrf_module_data::Data& state)
       : kind_(work.kinds[block.kind]),
         cells_(work.cells.data() + kind_.first_cell, static_cast<std::size_t>(kind_.cells)),
@@ -164,7 +166,7 @@ class Pass {
     for (std::size_t i = 0; i < patches_.size(); ++i) flux_[i] = (next_[i] - here_[i]) * gcond;
   }
   [[nodiscard]] double* changes_of(std::int32_t k) const {
-    return rows_ + static_cast<std::size_t>(k - 1) * kLanes;
+    return rows_ + static_cast<std::size_t>(k - 1) * kColumnLanes;
   }
 
   /// Steps on to cell k: `here_` is its temperature, `gain_` what flows into it by volume.
@@ -198,29 +200,54 @@ class Pass {
 void set_columns(frame::Log& log, const tsrf_module_data::Data& state,
                  std::span<const std::int32_t> heated, Work& work) {
   const frame::Tag tag(log, "(solid1d)(set_columns)");
-  frame::allocating(log, [&] {
-    work = {};
-    const std::vector<std::int32_t> kind = find_kinds(state, heated, work);
-    for (std::size_t first = 0; first < kind.size(); first += kStretch) {
-      const std::size_t last = std::min(first + kStretch, kind.size());
-      const std::size_t begin = work.order.size();
-      for (std::size_t p = first; p < last; ++p) {
-        if (kind[p] >= 0) work.order.push_back(static_cast<std::uint32_t>(p));
-      }
-      std::ranges::stable_sort(work.order.begin() + static_cast<std::ptrdiff_t>(begin),
-                               work.order.end(), {}, [&](std::uint32_t p) { return kind[p]; });
-      add_blocks(begin, kind, work);
-    }
-    std::int32_t most = 0;
-    for (const Kind& k : work.kinds) most = std::max(most, k.cells);
-    work.rows.assign(static_cast<std::size_t>(most) * kLanes, 0.0);
-  });
+  frame::allocating(
+      log, "kinds of columns", frame::bytes_of<std::int32_t>(state.lcal.size(), 2), [&] {
+        work = {};
+        const std::vector<std::int32_t> kind = find_kinds(state, heated, work);
+        for (std::size_t first = 0; first < kind.size(); first += kStretch) {
+          const std::size_t last = std::min(first + kStretch, kind.size());
+          const std::size_t begin = work.order.size();
+          for (std::size_t p = first; p < last; ++p) {
+            if (kind[p] >= 0) work.order.push_back(static_cast<std::uint32_t>(p));
+          }
+          std::ranges::stable_sort(work.order.begin() + static_cast<std::ptrdiff_t>(begin),
+                                   work.order.end(), {}, [&](std::uint32_t p) { return kind[p]; });
+          add_blocks(begin, kind, work);
+        }
+        std::int32_t most = 0;
+        for (const Kind& k : work.kinds) most = std::max(most, k.cells);
+        work.rows.assign(static_cast<std::size_t>(most) * kColumnLanes, 0.0);
+      });
+}
+
+void warn_of_implicit(frame::Log& log, double dt, const tsrf_module_patch::Data& patch,
+                      const Work& work) {
+  std::size_t columns = 0;
+  double area = 0.0;
+  const ColumnBlock* worst = nullptr;
+  for (const ColumnBlock& block : work.blocks) {
+    const Kind& kind = work.kinds[block.kind];
+    if (!needs_implicit(kind, dt)) continue;
+    columns += block.count;
+    for (std::size_t n = 0; n < block.count; ++n) area += patch.area[work.order[block.first + n]];
+    const bool more =
+        worst == nullptr || kind.surface_gcond > work.kinds[worst->kind].surface_gcond;
+    if (more) worst = &block;
+  }
+  if (worst == nullptr) return;
+  const Kind& kind = work.kinds[worst->kind];
+  const std::size_t p = work.order[worst->first];
+  log.line("%%% warning :", columns, "columns of", area, "m2 are implicit at dtmax =", dt,
+           "s; their surfaces act as if they had more heat capacity");
+  log.line("%%% the most : PID =", patch.PID[p], "SurfID =", patch.SurfID[p], ":",
+           kind.surface_gcond * dt,
+           "J/m2 K; explicit up to dtmax =", kExplicitLimit / kind.stiffness, "s");
 }
 
 void solid1d(double dt, const frame::PatchTable<double>& qlayer, tsrf_module_data::Data& state,
              Work& work) {
   if (dt != work.dt) set_step(dt, work);
-  for (const Block& block : work.blocks) {
+  for (const ColumnBlock& block : work.blocks) {
     Pass pass(work, block, qlayer, state);
     if (work.kinds[block.kind].implicit) {
       pass.advance_implicit();

@@ -15,6 +15,7 @@
 
 #include "frame/log.hpp"
 #include "frame/patch_table.hpp"
+#include "inputs/patch.hpp"
 #include "surface/surface_state.hpp"
 
 namespace solid1d {
@@ -45,7 +46,7 @@ struct Kind {
 };
 
 /// Patches of one kind that advance together.
-struct Block {
+struct ColumnBlock {
   std::size_t first;  ///< position in Work::order
   std::size_t count;
   std::size_t kind;
@@ -57,7 +58,7 @@ struct Work {
   std::vector<Kind> kinds;
   std::vector<Cell> cells;
   std::vector<std::uint32_t> order;  ///< patches by blocks
-  std::vector<Block> blocks;
+  std::vector<ColumnBlock> blocks;
   std::vector<double> rows;  ///< scratch: the right sides of a block's rows
 };
 
@@ -66,6 +67,13 @@ struct Work {
 /// heat source.
 void set_columns(frame::Log& log, const tsrf_module_data::Data& state,
                  std::span<const std::int32_t> heated, Work& work);
+
+/// Warns of the columns that a step of `dt` [s] takes implicitly. Their surfaces are found from the
+/// first cell's temperature of the step before, which acts as if they had dt times the conductance
+/// from the surface to that cell more heat capacity. Tells number and area of such columns and, of
+/// the patch with the most of it, the material and the step at which its column is explicit.
+void warn_of_implicit(frame::Log& log, double dt, const tsrf_module_patch::Data& patch,
+                      const Work& work);
 
 /// Advances the cells of the columns by `dt` [s]. `qlayer` (row k-1 = cell k) is added to the
 /// divergence of the flux in the cells of heated patches; it may be empty where there are none.

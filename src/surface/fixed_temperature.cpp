@@ -10,7 +10,8 @@ namespace tsrf_module_fixtmp {
 
 namespace {
 
-std::vector<std::int32_t> patches_of_type(const tsrf_module_patch::Data& patch, std::int32_t type) {
+std::vector<std::int32_t> patches_of_type(const tsrf_module_patch::Data& patch,
+                                          tsrf_module_patch::Type type) {
   std::vector<std::int32_t> found;
   for (std::int32_t p = 0; p < patch.mpatch; ++p) {
     if (patch.type[static_cast<std::size_t>(p)] == type) found.push_back(p);
@@ -39,11 +40,12 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
 
 void read_fixtmp(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_fixtmp)(read_fixtmp)");
-  frame::allocating(log, [&] {
-    data.tfix.assign(static_cast<std::size_t>(patch.mpatch), -1.0);
-    data.far_boundary = patches_of_type(patch, tsrf_module_patch::kFarBoundary);
-    data.panels = patches_of_type(patch, tsrf_module_patch::kSolarPanel);
-  });
+  frame::allocating(log, "tfix", frame::bytes_of<double>(static_cast<std::size_t>(patch.mpatch)),
+                    [&] {
+                      data.tfix.assign(static_cast<std::size_t>(patch.mpatch), -1.0);
+                      data.far_boundary = patches_of_type(patch, tsrf_module_patch::kFarBoundary);
+                      data.panels = patches_of_type(patch, tsrf_module_patch::kSolarPanel);
+                    });
 }
 
 void calc_temp_farbd(frame::Log& log, const tsrf_module_patch::Data& patch,
@@ -58,7 +60,10 @@ void calc_temp_farbd(frame::Log& log, const tsrf_module_patch::Data& patch,
     data.tmean += patch.area[p] * surface[p];
   }
   if (!(data.asum > 0.0)) {
-    log.program_error("### program error -1- (tsrf_module_fixtmp)(calc_temp_farbd)");
+    // No patch has a heat balance, or those that have one have no area.
+    log.program_error(
+        "### program error -1- (tsrf_module_fixtmp)(calc_temp_farbd)",
+        frame::items("PID =", patch.PID[static_cast<std::size_t>(data.far_boundary.front())]));
   }
   data.tmean /= data.asum;
   for (const std::int32_t p : data.far_boundary)
@@ -81,6 +86,7 @@ void calc_temp_pv(frame::Log& log, std::int64_t iter, const tsrf_module_patch::D
     const double wind = state.airst(p, 3);
     const double temperature = panel_temperature(data, air, wind, Rs[p]);
     if (!tsrf_therm1d::plausible(temperature)) {
+      tsrf_therm1d::note_air(log, state);
       log.fail("### error : panel temperature out of range", frame::items("iter =", iter),
                frame::items("PID =", patch.PID[p]),
                frame::items("panel temperature =", temperature),

@@ -13,17 +13,17 @@ namespace {
 constexpr int kMostRounds = 100;
 constexpr double kRelativeStep = 1e-10;
 
-/// Patches do not touch each other here, so a block of them is brought to its end while it stays in
+/// Patches do not touch each other here, so a batch of them is brought to its end while it stays in
 /// the nearest cache (some 8 kB).
-constexpr std::size_t kLanes = 64;
-using Lanes = std::array<double, kLanes>;
+constexpr std::size_t kBatch = 64;
+using Lanes = std::array<double, kBatch>;
 
-/// What the balance of a block of patches works on; nothing but the last group changes from round
-/// to round. Dry patches have blocks of their own: their latent terms are 0 throughout, and they
+/// What the balance of a batch of patches works on; nothing but the last group changes from round
+/// to round. Dry patches have batches of their own: their latent terms are 0 throughout, and they
 /// need no humidity.
-struct Block {
+struct Batch {
   std::size_t count = 0;
-  std::array<std::size_t, kLanes> patch;
+  std::array<std::size_t, kBatch> patch;
 
   Lanes absorbed;    ///< short-wave plus long-wave
   Lanes emission;    ///< per T^4
@@ -54,7 +54,7 @@ struct Arrays {
   [[nodiscard]] double longwave(std::size_t p) const { return srfprp.ems[row(p)] * Rl[p]; }
 };
 
-void add(const Arrays& a, std::size_t p, double wetness, Block& b) {
+void add(const Arrays& a, std::size_t p, double wetness, Batch& b) {
   const tsrf_module_data::Data& state = a.state;
   const std::size_t i = b.count++;
   b.patch[i] = p;
@@ -72,7 +72,7 @@ void add(const Arrays& a, std::size_t p, double wetness, Block& b) {
 }
 
 /// Latent heat and its slope of the open patches.
-void set_latent(Block& b) {
+void set_latent(Batch& b) {
   using namespace moist_air;
   for (std::size_t i = 0; i < b.count; ++i) {
     if (b.open[i] == 0.0) continue;
@@ -84,7 +84,7 @@ void set_latent(Block& b) {
 
 /// One Newton step of the open patches. Closed ones run along with a step of nothing, which leaves
 /// the loop without branches.
-void step(Block& b) {
+void step(Batch& b) {
   for (std::size_t i = 0; i < b.count; ++i) {
     const double T = b.T[i];
     const double T2 = T * T;
@@ -99,9 +99,9 @@ void step(Block& b) {
   }
 }
 
-/// Newton's method for a block. False when the last round has not brought every patch to rest.
+/// Newton's method for a batch. False when the last round has not brought every patch to rest.
 template <bool wet>
-bool settle(Block& b) {
+bool settle(Batch& b) {
   const std::span<const double> open(b.open.data(), b.count);
   for (int round = 0; round < kMostRounds; ++round) {
     if constexpr (wet) set_latent(b);
@@ -111,9 +111,15 @@ bool settle(Block& b) {
   return false;
 }
 
+/// The first patch that is still open; they stand in their order.
+std::size_t first_open(const Batch& b) {
+  const std::span<const double> open(b.open.data(), b.count);
+  return b.patch[static_cast<std::size_t>(std::ranges::find(open, 1.0) - open.begin())];
+}
+
 /// Hands temperatures and terms back. Returns the first patch with an implausible temperature, or
 /// the number of all patches.
-std::size_t store(const Arrays& a, const Block& b) {
+std::size_t store(const Arrays& a, const Batch& b) {
   tsrf_module_data::Data& state = a.state;
   std::size_t implausible = state.lcal.size();
   for (std::size_t i = 0; i < b.count; ++i) {
@@ -135,20 +141,21 @@ std::size_t store(const Arrays& a, const Block& b) {
 /// How the patches done so far came out.
 struct Verdict {
   std::size_t implausible;  ///< first patch with an implausible temperature
-  bool settled = true;
+  std::size_t unsettled;    ///< first patch whose search has not come to rest
 };
 
-/// Solves a block and empties it.
+/// Solves a batch and empties it.
 template <bool wet>
-void finish(const Arrays& arrays, Block& block, Verdict& verdict) {
-  verdict.settled = settle<wet>(block) && verdict.settled;
-  verdict.implausible = std::min(verdict.implausible, store(arrays, block));
-  block.count = 0;
+void finish(const Arrays& arrays, Batch& batch, Verdict& verdict) {
+  if (!settle<wet>(batch)) verdict.unsettled = std::min(verdict.unsettled, first_open(batch));
+  verdict.implausible = std::min(verdict.implausible, store(arrays, batch));
+  batch.count = 0;
 }
 
 [[noreturn]] void report(frame::Log& log, std::int64_t iter, const tsrf_module_patch::Data& patch,
                          const tsrf_module_data::Data& state, std::size_t p) {
   const auto term = [&](Term row) { return state.qsurf(p, row); };
+  note_air(log, state);
   log.fail(
       "### error : surface temperature out of range", frame::items("iter =", iter),
       frame::items("PID =", patch.PID[p]), frame::items("surface temperature =", state.tlyr(p, 0)),
@@ -161,6 +168,10 @@ void finish(const Arrays& arrays, Block& block, Verdict& verdict) {
 
 }  // namespace
 
+void note_air(frame::Log& log, const tsrf_module_data::Data& state) {
+  if (const std::string text = state.air_origin.text(); !text.empty()) log.line(text);
+}
+
 void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::Data& patch,
                   const tsrf_module_srfprp::Data& srfprp, std::span<const double> skyvf,
                   std::span<const double> Rl, std::span<const double> Rs,
@@ -168,25 +179,28 @@ void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::D
   const frame::Tag tag(log, "(tsrf_therm1d)");
   const Arrays arrays{srfprp, skyvf, Rl, Rs, state};
   const std::size_t patches = state.lcal.size();
-  Verdict verdict{.implausible = patches};
-  Block dry;
-  Block wet;
+  Verdict verdict{.implausible = patches, .unsettled = patches};
+  Batch dry;
+  Batch wet;
   for (std::size_t p = 0; p < patches; ++p) {
     if (state.lcal[p] < 1) continue;
     const double wetness = srfprp.beta[arrays.row(p)] * moist_air::kLatentHeat * state.hm[p];
     if (wetness == 0.0) {
       add(arrays, p, wetness, dry);
-      if (dry.count == kLanes) finish<false>(arrays, dry, verdict);
+      if (dry.count == kBatch) finish<false>(arrays, dry, verdict);
     } else {
       add(arrays, p, wetness, wet);
-      if (wet.count == kLanes) finish<true>(arrays, wet, verdict);
+      if (wet.count == kBatch) finish<true>(arrays, wet, verdict);
     }
   }
   finish<false>(arrays, dry, verdict);
   finish<true>(arrays, wet, verdict);
   // A search that runs wild says more by its temperature than by its rounds.
   if (verdict.implausible < patches) report(log, iter, patch, state, verdict.implausible);
-  if (!verdict.settled) log.program_error("### program error -2- (tsrf_therm1d)");
+  if (verdict.unsettled == patches) return;
+  log.program_error(state.air_origin.text(), "### program error -2- (tsrf_therm1d)",
+                    frame::items("PID =", patch.PID[verdict.unsettled]),
+                    frame::items("surface temperature =", state.tlyr(verdict.unsettled, 0)));
 }
 
 }  // namespace tsrf_therm1d

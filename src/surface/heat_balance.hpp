@@ -38,6 +38,8 @@ inline constexpr double kHottest = 10000.0;
 [[nodiscard]] inline bool plausible(double temperature) {
   return temperature >= kColdest && temperature <= kHottest;
 }
+/// Tells the log which records of the weather the air was made of.
+void note_air(frame::Log& log, const tsrf_module_data::Data& state);
 /// The rule in words.
 [[nodiscard]] inline std::string plausible_rule() {
   return frame::items("it must be >=", kColdest, "and <=", kHottest);

@@ -1,5 +1,8 @@
 #include "surface/surface_state.hpp"
 
+#include <string_view>
+#include <type_traits>
+
 #include "frame/namelist.hpp"
 
 namespace tsrf_module_data {
@@ -22,47 +25,66 @@ frame::Group group_of(Settings& s) {
            {"LOUTSTR", s.LOUTSTR}}};
 }
 
+/// Takes tables of rows of all patches.
+struct TableTaker {
+  frame::Log& log;
+  std::int32_t mpatch;
+
+  void operator()(std::string_view name, std::int32_t rows, frame::PatchTable<double>& table,
+                  double value = 0.0) const {
+    const std::int64_t bytes =
+        frame::bytes_of<double>(static_cast<std::size_t>(mpatch), static_cast<std::size_t>(rows));
+    frame::allocating(log, name, bytes,
+                      [&] { table = frame::PatchTable<double>(mpatch, rows, value); });
+  }
+};
+
 }  // namespace
 
 void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_data)(inputdata)");
-  group_of(data.settings).read(log, control);
+  frame::Group group = group_of(data.settings);
+  group.read(log, control);
+  data.settings_place = group.place();
 }
 
 void allocdata01(frame::Log& log, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_data)(allocdata01)");
-  frame::allocating(log, [&data] {
-    const auto n = static_cast<std::size_t>(data.mpatch);
-    data.lcal.assign(n, 0);
-    data.isrf.assign(n, 0);
-    data.airst = frame::PatchTable<double>(data.mpatch, 4);
-    data.skyvf0.assign(n, 0.0);
-    data.qsurf = frame::PatchTable<double>(data.mpatch, 6);
-    data.hc.assign(n, 0.0);
-    data.hm.assign(n, 0.0);
-    data.hin.assign(n, 0.0);
-    data.treeax = frame::PatchTable<double>(data.mpatch, 3);
-    data.treemk.assign(n, 0);
-  });
+  const auto n = static_cast<std::size_t>(data.mpatch);
+  const auto take = [&](std::string_view name, auto& list) {
+    using List = std::remove_reference_t<decltype(list)>;
+    frame::allocating(log, name, frame::bytes_of<typename List::value_type>(n),
+                      [&] { list.assign(n, {}); });
+  };
+  const TableTaker take_table{log, data.mpatch};
+  take("lcal", data.lcal);
+  take("isrf", data.isrf);
+  take_table("airst", 4, data.airst);
+  take("skyvf0", data.skyvf0);
+  take_table("qsurf", 6, data.qsurf);
+  take("hc", data.hc);
+  take("hm", data.hm);
+  take("hin", data.hin);
+  take_table("treeax", 3, data.treeax);
+  take("treemk", data.treemk);
 }
 
 void allocdata02(frame::Log& log, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_data)(allocdata02)");
   constexpr double kColdStart = 300.0;  // K; a restart file replaces it
-  frame::allocating(log, [&data] {
-    const std::int32_t patches = data.mpatch;
-    const std::int32_t cells = data.mzg;
-    const std::int32_t nodes = data.mzg + 1;
-    data.nlyr.assign(static_cast<std::size_t>(patches), 0);
-    data.dzl = frame::PatchTable<double>(patches, cells);
-    data.tlyr = frame::PatchTable<double>(patches, nodes, kColdStart);
-    data.tprev = frame::PatchTable<double>(patches, nodes);
-    data.gcond = frame::PatchTable<double>(patches, nodes);
-    data.cond = frame::PatchTable<double>(patches, cells);
-    data.capa = frame::PatchTable<double>(patches, cells);
-    data.extc = frame::PatchTable<double>(patches, cells);
-    data.uval = frame::PatchTable<double>(patches, 2);
-  });
+  const std::int32_t cells = data.mzg;
+  const std::int32_t nodes = data.mzg + 1;
+  const auto n = static_cast<std::size_t>(data.mpatch);
+  frame::allocating(log, "nlyr", frame::bytes_of<std::int32_t>(n), [&] { data.nlyr.assign(n, 0); });
+  const TableTaker take_table{log, data.mpatch};
+  take_table("dzl", cells, data.dzl);
+  take_table("tlyr", nodes, data.tlyr, kColdStart);
+  take_table("tprev", nodes, data.tprev);
+  take_table("gcond", nodes, data.gcond);
+  take_table("cond", cells, data.cond);
+  take_table("capa", cells, data.capa);
+  take_table("extc", cells, data.extc);
+  take_table("uval", 2, data.uval);
 }
 
 }  // namespace tsrf_module_data

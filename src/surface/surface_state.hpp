@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "frame/log.hpp"
@@ -28,6 +29,7 @@ struct Settings {
 
 struct Data {
   Settings settings;
+  std::string settings_place;  ///< where their group stands, for the log
 
   std::int32_t mpatch = 0;  ///< number of patches
   std::int32_t mzg = 2;     ///< one more than the largest number of cells of a column, at least 2
@@ -37,6 +39,7 @@ struct Data {
   std::vector<std::int32_t> isrf;  ///< row of the surface properties, from 0
   frame::PatchTable<double>
       airst;  ///< 4 rows: pressure [Pa], temperature [K], humidity [kg/kg], wind [m/s]
+  frame::Origin air_origin;         ///< the weather that it was made of
   std::vector<double> skyvf0;       ///< sky view factor
   frame::PatchTable<double> qsurf;  ///< 6 rows: the terms of the surface balance [W/m2]
   std::vector<double> hc;           ///< convective coefficient [W/m2 K]

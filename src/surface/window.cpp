@@ -20,7 +20,7 @@ void set_glass(frame::Log& log, const tsrf_module_lyrstrct::Data& lyrstrct,
                const tsrf_module_matprp::Data& matprp, const tsrf_module_data::Data& state,
                Glass& glass) {
   const frame::Tag tag(log, "(window)(set_glass)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "glass", frame::bytes_of<double>(state.nlyr.size()), [&] {
     glass = {};
     for (std::size_t p = 0; p < state.nlyr.size(); ++p) {
       if (!is_glass(p, lyrstrct, matprp)) continue;

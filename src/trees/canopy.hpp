@@ -7,8 +7,8 @@
 // numbered 0 to 5 as -x +x -y +y -z +z, which is one less than the BndC of a tree patch there.
 //
 // Set up once at the start (jmk2_prep_init); the arrays then live to the end of the run, and no
-// step takes memory. Beam: trees/sundir.hpp. Scattered light and long wave: trees/difrad.hpp. Leaf
-// temperatures: trees/leaf_balance.hpp.
+// step takes memory. Beam: trees/beam_sweep.hpp. Scattered light and long wave: trees/difrad.hpp.
+// Leaf temperatures: trees/leaf_balance.hpp.
 #pragma once
 
 #include <array>
@@ -23,8 +23,12 @@
 #include "trees/jmk_data.hpp"
 #include "trees/jumoku_settings.hpp"
 #include "trees/radiat.hpp"
+#include "trees/scattering.hpp"
 
 namespace tsrf_module_jumoku {
+
+/// Indices i, j, k of a cell.
+using Place = std::array<std::int32_t, 3>;
 
 inline constexpr std::size_t kFaces = 6;
 constexpr std::size_t axis_of(std::size_t face) { return face / 2; }
@@ -47,28 +51,27 @@ struct FineGrid {
            static_cast<std::size_t>(j);
   }
   /// Width of a fine cell along an axis [m].
-  [[nodiscard]] double size(const std::array<std::int32_t, 3>& place, std::size_t axis) const {
+  [[nodiscard]] double size(const Place& place, std::size_t axis) const {
     return width[axis][static_cast<std::size_t>(place[axis])];
   }
   /// Area of its faces normal to an axis [m2].
-  [[nodiscard]] double face_area(const std::array<std::int32_t, 3>& place, std::size_t axis) const {
+  [[nodiscard]] double face_area(const Place& place, std::size_t axis) const {
     return size(place, (axis + 1) % 3) * size(place, (axis + 2) % 3);
   }
 };
 
 /// The fine cells of the canopy blocks, in the order k, j, i.
 struct BlockCells {
-  std::vector<std::array<std::int32_t, 3>> at;  ///< fine indices i, j, k from 0
-  std::vector<std::int32_t> row_first;          ///< by row (j, k): its first cell
-  std::vector<std::int32_t> leaf;               ///< position among the leaf cells, or -1
+  std::vector<Place> at;                ///< fine indices i, j, k from 0
+  std::vector<std::int32_t> row_first;  ///< by row (j, k): its first cell
+  std::vector<std::int32_t> leaf;       ///< position among the leaf cells, or -1
   /// By (cell, face): the slot that a flux which leaves the cell there enters next. Behind the
   /// slots of the cells come those of the outer faces.
   std::vector<std::int32_t> next;
 
   [[nodiscard]] std::size_t count() const { return at.size(); }
   /// Position of the fine cell (i, j, k), or -1 where it is in no block.
-  [[nodiscard]] std::int32_t find(const FineGrid& grid,
-                                  const std::array<std::int32_t, 3>& place) const;
+  [[nodiscard]] std::int32_t find(const FineGrid& grid, const Place& place) const;
   /// True where a face of a cell borders free air.
   [[nodiscard]] bool is_outer(std::size_t cell, std::size_t face) const {
     return static_cast<std::size_t>(next[slot(cell, face)]) >= count() * kFaces;
@@ -108,27 +111,20 @@ struct PatchFault {
   std::int32_t patch = 0;
 };
 
-/// What happens to a unit of flux in a cell, in one band (see trees/difrad.hpp).
-struct CellWeights {
-  std::array<double, 3> through{1.0, 1.0, 1.0};  ///< by axis: what passes to the far face
-  std::array<double, 3> share{};  ///< by axis: what of the cell's own light leaves by each face
-};
-
 /// One band of the exchange among block cells. Fluxes are powers [W].
 struct BandFluxes {
-  std::vector<CellWeights> weights;  ///< by cell
-  double scatter = 0.0;              ///< share of the stopped light that is scattered
-  std::vector<double> source;        ///< by cell: light that starts in it
-  std::vector<double> entering;      ///< by slot: into a cell by a face; last, out of the canopy
-  std::vector<double> outside;       ///< by outer face: what comes in from outside
-  double total = 0.0;                ///< all that came in and started when `entering` was found
+  std::vector<jmk::CellWeights> weights;  ///< by kind of cell
+  std::vector<double> source;             ///< by cell: light that starts in it, into all directions
+  std::vector<double> entering;  ///< by slot: into a cell by a face; last, out of the canopy
+  std::vector<double> outside;   ///< by outer face: what comes in from outside
+  double total = 0.0;            ///< all that came in and started when `entering` was found
 };
 
 /// A patch of another type whose beam the leaves may thin: where on the face stores it lies.
 struct BeamProbe {
   std::int32_t patch;
   std::int32_t axis;
-  std::array<std::int32_t, 3> at;  ///< coarse cell; along `axis`, the coarse face
+  Place at;  ///< coarse cell; along `axis`, the coarse face
 };
 
 /// The direct beam (trees/sundir.hpp).
@@ -143,6 +139,7 @@ struct Beam {
   std::vector<BeamProbe> probes;          ///< by the layer that they lie in
   std::vector<std::int32_t> probe_first;  ///< by layer: its first probe
 
+  bool swept = false;  ///< in this run
   // Results of the last sweep.
   std::vector<SolarPair> canopy;  ///< by slot: what is left of the beam in the canopy
   std::vector<SolarPair> lost;    ///< by leaf cell: what leaves took out of it [W]
@@ -157,11 +154,12 @@ struct Leaves {
   std::vector<double> volume;           ///< [m3]
   std::vector<double> T;                ///< leaf temperature [K], kept from step to step
   std::vector<double> p, Ta, q, U;      ///< air: pressure, temperature, humidity, wind
+  bool calm_told = false;               ///< the log has warned of calm air
   std::vector<double> PAR;              ///< absorbed visible light per leaf area [W/m2]
   std::vector<double> Sabs, Labs;       ///< absorbed short and net long wave [W]
   std::vector<double> h, e, qs, dqsdT;  ///< transfer coefficients
   std::vector<double> E, dEdT;          ///< emission per volume and sense, and its slope
-  std::vector<double> emitting;         ///< volume that emits: sum over axes of A d u [m3]
+  std::vector<double> escaping;         ///< of what starts in the cell as long wave: leaves it
 
   [[nodiscard]] std::size_t count() const { return cell.size(); }
 };
@@ -169,33 +167,48 @@ struct Leaves {
 struct Data {
   Settings settings;
   FineGrid grid;
-  std::int32_t layers = 0;  ///< of the surfaces' grid; the fine grid ends where leaves do
   BlockCells cells;
   std::vector<OuterFace> outer;
   std::vector<TreePatch> trees;
   std::vector<FaceGroup> groups;
   std::vector<std::int32_t> group_trees;  ///< tree patches, those of a coarse face together
   PatchFault fault;
+  std::vector<std::int32_t> kind;  ///< by cell: cells of one size and density are of one kind
   std::array<BandFluxes, jmk_module_radiat::kBands> bands;
   Beam beam;
   Leaves leaves;
+
+  [[nodiscard]] const jmk::CellWeights& weights(const BandFluxes& band, std::size_t cell) const {
+    return band.weights[static_cast<std::size_t>(kind[cell])];
+  }
 };
 
-/// Lays the fine grid over the grid of the surfaces and makes the lists of block cells, leaf cells
-/// and outer faces. Needs the coordinates of the grid.
-void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
-              const jmk_module_data::Data& cells, Data& data);
+/// The order of cells: k, j, i.
+bool in_order(const Place& a, const Place& b);
 
-/// Finds the faces that the tree patches cover and the places of the other patches in the beam. A
-/// tree patch that does not fit is noted and told by the first step.
+/// Lays the fine grid over the grid of the surfaces and makes the lists of block cells, leaf cells
+/// and outer faces. Needs the coordinates of the grid. A tree patch that does not fit the blocks is
+/// noted and told by the first step; the lists then stay empty.
+void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
+              const jmk_module_data::Data& cells, const tsrf_module_patch::Data& patch, Data& data);
+
+/// The first of the tree patches that covers no outer face of its own. `layers` are those of the
+/// surfaces' grid, `blocks` the coarse cells with leaves, in order.
+PatchFault fault_of(const tsrf_module_patch::Data& patch, const FineGrid& grid, std::int32_t layers,
+                    const std::vector<Place>& blocks);
+
+/// Finds the faces that the tree patches cover and the places of the other patches in the beam.
 void place_patches(const tsrf_module_patch::Data& patch, Data& data);
 
+/// Warns of outer faces that no tree patch joins to the exchange of the district.
+void warn_of_bare_faces(frame::Log& log, const Data& data);
+
 /// Takes the arrays of the steps.
-void allocdata(std::size_t mpatch, const jmk_module_radiat::Optics& optics, Data& data);
+void allocdata(std::size_t mpatch, Data& data);
 
 /// Takes the leaf area density of each leaf cell [m2/m3] and all that follows from it; also after
 /// each month's reading.
-void set_lad(std::span<const double> lad, const jmk_module_radiat::Optics& optics, Data& data);
+void set_lad(std::span<const double> lad, const jmk_module_radiat::Data& radiat, Data& data);
 
 /// The air that all leaves stand in during the coming step.
 void storetqair(double p, double T, double q, double U, Data& data);

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 #include "trees/canopy.hpp"
 
@@ -9,28 +10,26 @@ namespace tsrf_module_jumoku {
 
 namespace {
 
-using Place = std::array<std::int32_t, 3>;  // i, j, k
-
 [[noreturn]] void fault_of_grid(frame::Log& log, std::string_view what) {
   log.line("### error : data error");
   log.line(what);
   log.program_error("### program error -1- (tsrf_module_jumoku)", "(set_grid)");
 }
 
-FineGrid fine_grid(frame::Log& log, const tsrf_main01::Grid& surfaces, std::int32_t NDIV,
+FineGrid fine_grid(frame::Log& log, const tsrf_main01::Axes& surfaces, std::int32_t NDIV,
                    std::int32_t layers) {
   FineGrid grid;
   grid.NDIV = NDIV;
   for (std::size_t a = 0; a < 3; ++a) {
     const std::int32_t parts = a < 2 ? NDIV : 1;
-    const std::int64_t cells = a < 2 ? std::int64_t{surfaces.cells[a]} * NDIV : layers;
+    const std::int64_t cells = a < 2 ? std::int64_t{surfaces[a].cells} * NDIV : layers;
     if (cells >= std::numeric_limits<std::int32_t>::max()) {
       fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
     }
     grid.cells[a] = static_cast<std::int32_t>(cells);
     grid.width[a].reserve(static_cast<std::size_t>(cells));
     for (std::int32_t i = 0; i < grid.cells[a]; ++i) {
-      grid.width[a].push_back(surfaces.axes[a].dx(i / parts + 1) / parts);
+      grid.width[a].push_back(surfaces[a].dx(i / parts + 1) / parts);
     }
   }
   return grid;
@@ -42,10 +41,7 @@ std::vector<Place> blocks_of(const jmk_module_data::Data& leaves, std::int32_t N
   for (const jmk_module_data::LeafCell& leaf : leaves.cells) {
     blocks.push_back({(leaf.i - 1) / NDIV, (leaf.j - 1) / NDIV, leaf.k - 1});
   }
-  const auto order = [](const Place& a, const Place& b) {
-    return std::tie(a[2], a[1], a[0]) < std::tie(b[2], b[1], b[0]);
-  };
-  std::sort(blocks.begin(), blocks.end(), order);
+  std::sort(blocks.begin(), blocks.end(), in_order);
   blocks.erase(std::unique(blocks.begin(), blocks.end()), blocks.end());
   return blocks;
 }
@@ -119,19 +115,30 @@ std::int32_t BlockCells::find(const FineGrid& grid, const Place& place) const {
   return static_cast<std::int32_t>(found - at.begin());
 }
 
+bool in_order(const Place& a, const Place& b) {
+  return std::tie(a[2], a[1], a[0]) < std::tie(b[2], b[1], b[0]);
+}
+
 void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
-              const jmk_module_data::Data& cells, Data& data) {
-  if (!surfaces.given) fault_of_grid(log, "lack of Grid data");
-  frame::allocating(log, [&] {
-    data.layers = surfaces.cells[2];
-    data.grid = fine_grid(log, surfaces, data.settings.NDIV, cells.highest_layer);
-    const std::vector<Place> blocks = blocks_of(cells, data.settings.NDIV);
+              const jmk_module_data::Data& cells, const tsrf_module_patch::Data& patch,
+              Data& data) {
+  const auto* const axes = std::get_if<tsrf_main01::Axes>(&surfaces);
+  if (axes == nullptr) fault_of_grid(log, "lack of Grid data");
+  const std::int32_t NDIV = data.settings.NDIV;
+  const auto parts = static_cast<std::size_t>(NDIV) * static_cast<std::size_t>(NDIV);
+  const std::size_t bytes = frame::bytes_of<Place>(cells.cells.size(), parts);
+  frame::allocating(log, "grid of the canopy", bytes, [&] {
+    const std::vector<Place> blocks = blocks_of(cells, NDIV);
     // Slots, the outer faces' included, are numbered in 32 bits.
-    const double slots =
-        12.0 * data.settings.NDIV * data.settings.NDIV * static_cast<double>(blocks.size());
+    const double slots = 12.0 * NDIV * NDIV * std::max(1.0, static_cast<double>(blocks.size()));
     if (slots > std::numeric_limits<std::int32_t>::max()) {
       fault_of_grid(log, "ndiv in TSRF_JUMOKU is too large");
     }
+    FineGrid grid = fine_grid(log, *axes, NDIV, cells.highest_layer);
+    // Before a grid that is too fine takes memory that the patches do not ask for.
+    data.fault = fault_of(patch, grid, (*axes)[2].cells, blocks);
+    if (data.fault.kind != PatchFault::none) return;
+    data.grid = std::move(grid);
     list_cells(data.grid, blocks, data.cells);
     list_leaves(data.grid, cells, data.cells, data.leaves);
     join_cells(data.grid, data.cells, data.outer);

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 #include <utility>
 
+#include "trees/beam_probes.hpp"
 #include "trees/canopy.hpp"
 
 namespace tsrf_module_jumoku {
@@ -11,62 +13,44 @@ namespace tsrf_module_jumoku {
 namespace {
 
 using frame::items;
-using Place = std::array<std::int32_t, 3>;
 
 constexpr double kAreaTolerance = 0.01;  // the files round areas
 
-Place shifted_cell(const tsrf_module_patch::Data& patch, std::size_t p) {
-  return {patch.si[p], patch.sj[p], patch.sk[p]};
+/// Face of the canopy's cell that a tree patch covers.
+std::size_t face_of(const tsrf_module_patch::Data& patch, std::size_t p) {
+  return static_cast<std::size_t>(patch.SurfID[p] - 1);
 }
 
 /// The canopy's cell behind a tree patch, from 0. The patch's own cell lies outside.
 Place leaf_side(const tsrf_module_patch::Data& patch, std::size_t p) {
-  Place place = shifted_cell(patch, p);
-  const auto face = static_cast<std::size_t>(patch.SurfID[p] - 1);
+  Place place{patch.si[p], patch.sj[p], patch.sk[p]};
+  const std::size_t face = face_of(patch, p);
   place[axis_of(face)] -= outward(face);
   for (std::int32_t& index : place) --index;
   return place;
 }
 
-/// The outer face that a tree patch covers, or -1.
-std::int32_t covered_face(const tsrf_module_patch::Data& patch, std::size_t p, const Data& data) {
-  const auto face = static_cast<std::size_t>(patch.SurfID[p] - 1);
-  const std::int32_t cell = data.cells.find(data.grid, leaf_side(patch, p));
-  if (cell < 0) return -1;
-  const auto next =
-      static_cast<std::size_t>(data.cells.next[slot(static_cast<std::size_t>(cell), face)]);
-  const std::size_t slots = data.cells.count() * kFaces;
-  if (next < slots) return -1;
-  const OuterFace& outer = data.outer[next - slots];
-  if (outer.tree >= 0 || std::fabs(patch.area[p] - outer.area) > kAreaTolerance * outer.area) {
-    return -1;
-  }
-  return static_cast<std::int32_t>(next - slots);
+bool in_grid(const Place& place, const FineGrid& grid, std::int32_t layers) {
+  return place[0] >= 0 && place[0] < grid.cells[0] && place[1] >= 0 && place[1] < grid.cells[1] &&
+         place[2] >= 0 && place[2] < layers;
 }
 
-bool in_grid(const tsrf_module_patch::Data& patch, std::size_t p, const FineGrid& grid,
-             std::int32_t layers) {
-  const Place place = leaf_side(patch, p);
-  return patch.SurfID[p] >= 1 && patch.SurfID[p] <= 6 && place[0] >= 0 &&
-         place[0] < grid.cells[0] && place[1] >= 0 && place[1] < grid.cells[1] && place[2] >= 0 &&
-         place[2] < layers;
+/// Whether a fine cell lies in one of the blocks.
+bool in_blocks(const Place& place, const FineGrid& grid, const std::vector<Place>& blocks) {
+  if (!in_grid(place, grid, grid.cells[2])) return false;
+  return std::binary_search(blocks.begin(), blocks.end(),
+                            Place{place[0] / grid.NDIV, place[1] / grid.NDIV, place[2]}, in_order);
 }
 
 void place_tree_patches(const tsrf_module_patch::Data& patch, Data& data) {
   for (std::size_t p = 0; p < patch.type.size(); ++p) {
     if (patch.type[p] != tsrf_module_patch::kTree) continue;
-    const auto position = static_cast<std::int32_t>(p);
-    if (!in_grid(patch, p, data.grid, data.layers)) {
-      data.fault = {PatchFault::out_of_range, position};
-      return;
-    }
-    const std::int32_t outer = covered_face(patch, p, data);
-    if (outer < 0) {
-      data.fault = {PatchFault::no_outer_face, position};
-      return;
-    }
-    data.outer[static_cast<std::size_t>(outer)].tree = static_cast<std::int32_t>(data.trees.size());
-    data.trees.push_back({position, outer});
+    const auto cell = static_cast<std::size_t>(data.cells.find(data.grid, leaf_side(patch, p)));
+    const std::size_t next =
+        static_cast<std::size_t>(data.cells.next[slot(cell, face_of(patch, p))]);
+    const std::size_t outer = next - data.cells.count() * kFaces;
+    data.outer[outer].tree = static_cast<std::int32_t>(data.trees.size());
+    data.trees.push_back({static_cast<std::int32_t>(p), static_cast<std::int32_t>(outer)});
   }
 }
 
@@ -102,45 +86,51 @@ void group_by_coarse_face(const tsrf_module_patch::Data& patch, Data& data) {
   }
 }
 
-/// Where a patch lies on the faces of its cell: across the largest component of its normal, on the
-/// side away from it.
-BeamProbe probe_of(const tsrf_module_patch::Data& patch, std::size_t p) {
-  const std::array<double, 3> normal{patch.nx[p], patch.ny[p], patch.nz[p]};
-  std::size_t axis = 0;
-  for (std::size_t a = 1; a < 3; ++a) {
-    if (std::fabs(normal[a]) > std::fabs(normal[axis])) axis = a;
-  }
-  Place at = shifted_cell(patch, p);
-  for (std::int32_t& index : at) --index;
-  if (normal[axis] < 0.0) ++at[axis];
-  return {static_cast<std::int32_t>(p), static_cast<std::int32_t>(axis), at};
-}
-
-void place_probes(const tsrf_module_patch::Data& patch, Data& data) {
-  Beam& beam = data.beam;
-  const std::int32_t layers = data.grid.cells[2];
-  for (std::size_t p = 0; p < patch.type.size(); ++p) {
-    if (patch.type[p] == tsrf_module_patch::kTree) continue;
-    const BeamProbe probe = probe_of(patch, p);
-    // Nothing above the leaves is thinned.
-    if (probe.at[2] < layers) beam.probes.push_back(probe);
-  }
-  std::stable_sort(beam.probes.begin(), beam.probes.end(),
-                   [](const BeamProbe& a, const BeamProbe& b) { return a.at[2] < b.at[2]; });
-  for (std::int32_t k = 0; k <= layers; ++k) {
-    const auto first = std::lower_bound(
-        beam.probes.begin(), beam.probes.end(), k,
-        [](const BeamProbe& probe, std::int32_t layer) { return probe.at[2] < layer; });
-    beam.probe_first.push_back(static_cast<std::int32_t>(first - beam.probes.begin()));
-  }
-}
-
 }  // namespace
 
+PatchFault fault_of(const tsrf_module_patch::Data& patch, const FineGrid& grid, std::int32_t layers,
+                    const std::vector<Place>& blocks) {
+  std::set<std::pair<Place, std::int32_t>> covered;
+  for (std::size_t p = 0; p < patch.type.size(); ++p) {
+    if (patch.type[p] != tsrf_module_patch::kTree) continue;
+    const auto position = static_cast<std::int32_t>(p);
+    if (patch.SurfID[p] < 1 || patch.SurfID[p] > static_cast<std::int32_t>(kFaces)) {
+      return {PatchFault::out_of_range, position};
+    }
+    const Place cell = leaf_side(patch, p);
+    if (!in_grid(cell, grid, layers)) return {PatchFault::out_of_range, position};
+    Place air = cell;
+    air[axis_of(face_of(patch, p))] += outward(face_of(patch, p));
+    const bool is_outer = in_blocks(cell, grid, blocks) && !in_blocks(air, grid, blocks);
+    if (!is_outer || !covered.emplace(cell, patch.SurfID[p]).second) {
+      return {PatchFault::no_outer_face, position};
+    }
+    const double area = grid.face_area(cell, axis_of(face_of(patch, p)));
+    if (std::fabs(patch.area[p] - area) > kAreaTolerance * area) {
+      return {PatchFault::no_outer_face, position};
+    }
+  }
+  return {};
+}
+
 void place_patches(const tsrf_module_patch::Data& patch, Data& data) {
+  if (data.fault.kind != PatchFault::none) return;
   place_tree_patches(patch, data);
   group_by_coarse_face(patch, data);
-  place_probes(patch, data);
+  jmk::place_probes(patch, data);
+}
+
+void warn_of_bare_faces(frame::Log& log, const Data& data) {
+  std::int64_t count = 0;
+  double area = 0.0;
+  for (const OuterFace& outer : data.outer) {
+    if (outer.tree >= 0 || outer.group >= 0) continue;
+    ++count;
+    area += outer.area;
+  }
+  if (count == 0) return;
+  log.line("%%% warning :", count, "outer faces of tree cells,", area,
+           "m2, carry no tree patch; they see the sky alone, no ground and no walls");
 }
 
 void check02(frame::Log& log, const tsrf_module_patch::Data& patch, const Data& data) {
@@ -148,11 +138,11 @@ void check02(frame::Log& log, const tsrf_module_patch::Data& patch, const Data& 
   const auto p = static_cast<std::size_t>(data.fault.patch);
   if (data.fault.kind == PatchFault::out_of_range) {
     log.data_error("TreePatch data is out of range",
-                   items("i,j,k,bcd=", patch.i[p], patch.j[p], patch.k[p], patch.SurfID[p]));
+                   items("i,j,k,bcd=", patch.si[p], patch.sj[p], patch.sk[p], patch.SurfID[p]));
   }
   const frame::Tag tag(log, "(check02)");
   log.data_error("TreePatch data is invalid -2-",
-                 items("i,j,k,dir=", patch.i[p], patch.j[p], patch.k[p], patch.SurfID[p]));
+                 items("i,j,k,dir=", patch.si[p], patch.sj[p], patch.sk[p], patch.SurfID[p]));
 }
 
 }  // namespace tsrf_module_jumoku

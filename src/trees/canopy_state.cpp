@@ -1,5 +1,6 @@
 // The arrays of the canopy that steps work on.
-#include <cmath>
+#include <algorithm>
+#include <map>
 
 #include "trees/canopy.hpp"
 
@@ -7,38 +8,36 @@ namespace tsrf_module_jumoku {
 
 namespace {
 
-using jmk_module_radiat::BandOptics;
-
-/// The directional terms of a cell, and what follows from them (see trees/difrad.hpp).
-struct Terms {
-  Terms(const FineGrid& grid, const std::array<std::int32_t, 3>& place, double k) {
-    double sum = 0.0;
-    for (std::size_t a = 0; a < 3; ++a) {
-      const double stop = -std::expm1(-k * grid.size(place, a));
-      c[a] = grid.face_area(place, a) * stop;
-      weights.through[a] = 1.0 - stop;
-      sum += c[a];
+/// Numbers the kinds of cells: those of one density and one size.
+class Kinds {
+ public:
+  using Key = std::array<double, 4>;  ///< density, widths
+  std::int32_t number(const Key& key) {
+    if (key != last_) {
+      last_ = key;
+      last_number_ =
+          numbers_.emplace(key, static_cast<std::int32_t>(numbers_.size())).first->second;
     }
-    if (!(sum > 0.0)) return;
-    for (std::size_t a = 0; a < 3; ++a) weights.share[a] = c[a] / (2.0 * sum);
-    emitting = sum / k;
+    return last_number_;
   }
-  std::array<double, 3> c{};
-  CellWeights weights;
-  double emitting = 0.0;  ///< A d u, summed over the axes [m3]
+  [[nodiscard]] const std::map<Key, std::int32_t>& numbers() const { return numbers_; }
+
+ private:
+  std::map<Key, std::int32_t> numbers_;
+  Key last_{-1.0};
+  std::int32_t last_number_ = 0;
 };
 
 }  // namespace
 
-void allocdata(std::size_t mpatch, const jmk_module_radiat::Optics& optics, Data& data) {
+void allocdata(std::size_t mpatch, Data& data) {
   const std::size_t cells = data.cells.count();
   const std::size_t slots = cells * kFaces + data.outer.size();
-  for (std::size_t b = 0; b < data.bands.size(); ++b) {
-    data.bands[b].weights.resize(cells);
-    data.bands[b].scatter = optics[b].scatter();
-    data.bands[b].source.assign(cells, 0.0);
-    data.bands[b].entering.assign(slots, 0.0);
-    data.bands[b].outside.assign(data.outer.size(), 0.0);
+  data.kind.assign(cells, 0);
+  for (BandFluxes& band : data.bands) {
+    band.source.assign(cells, 0.0);
+    band.entering.assign(slots, 0.0);
+    band.outside.assign(data.outer.size(), 0.0);
   }
   Beam& beam = data.beam;
   const auto nx = static_cast<std::size_t>(data.grid.cells[0]);
@@ -59,21 +58,34 @@ void allocdata(std::size_t mpatch, const jmk_module_radiat::Optics& optics, Data
   for (std::vector<double>* values :
        {&leaves.lad, &leaves.p, &leaves.Ta, &leaves.q, &leaves.U, &leaves.PAR, &leaves.Sabs,
         &leaves.Labs, &leaves.h, &leaves.e, &leaves.qs, &leaves.dqsdT, &leaves.E, &leaves.dEdT,
-        &leaves.emitting}) {
+        &leaves.escaping}) {
     values->assign(leaves.count(), 0.0);
   }
 }
 
-void set_lad(std::span<const double> lad, const jmk_module_radiat::Optics& optics, Data& data) {
+void set_lad(std::span<const double> lad, const jmk_module_radiat::Data& radiat, Data& data) {
+  if (data.fault.kind != PatchFault::none) return;  // there are no leaves then
   Leaves& leaves = data.leaves;
-  for (std::size_t n = 0; n < leaves.count(); ++n) {
-    leaves.lad[n] = lad[n];
-    const auto c = static_cast<std::size_t>(leaves.cell[n]);
-    for (std::size_t b = 0; b < data.bands.size(); ++b) {
-      const Terms terms(data.grid, data.cells.at[c], optics[b].extinction(lad[n]));
-      data.bands[b].weights[c] = terms.weights;
-      if (b == jmk_module_radiat::kLongWave) leaves.emitting[n] = terms.emitting;
+  std::ranges::copy(lad, leaves.lad.begin());
+  Kinds kinds;
+  for (std::size_t c = 0; c < data.cells.count(); ++c) {
+    const auto& at = data.cells.at[c];
+    const std::int32_t leaf = data.cells.leaf[c];
+    data.kind[c] =
+        kinds.number({leaf < 0 ? 0.0 : lad[static_cast<std::size_t>(leaf)], data.grid.size(at, 0),
+                      data.grid.size(at, 1), data.grid.size(at, 2)});
+  }
+  for (std::size_t b = 0; b < data.bands.size(); ++b) {
+    data.bands[b].weights.resize(kinds.numbers().size());
+    for (const auto& [key, number] : kinds.numbers()) {
+      data.bands[b].weights[static_cast<std::size_t>(number)] = jmk::cell_weights(
+          radiat.settings.MDLSCT, radiat.optics[b], key[0], {key[1], key[2], key[3]});
     }
+  }
+  const BandFluxes& longwave = data.bands[jmk_module_radiat::kLongWave];
+  for (std::size_t n = 0; n < leaves.count(); ++n) {
+    leaves.escaping[n] =
+        1.0 - data.weights(longwave, static_cast<std::size_t>(leaves.cell[n])).emit_kept;
   }
 }
 

@@ -2,38 +2,30 @@
 
 #include <array>
 #include <cmath>
-#include <cstddef>
 
 namespace jmk {
 
 namespace {
 
 using tsrf_module_jumoku::BandFluxes;
-using tsrf_module_jumoku::CellWeights;
 using tsrf_module_jumoku::kFaces;
-
-/// The part of `in`, six fluxes by face, that a cell stops.
-inline double stopped_of(const CellWeights& w, const double* in) {
-  double sum = 0.0;
-  for (std::size_t a = 0; a < 3; ++a) {
-    const double both = in[2 * a] + in[2 * a + 1];
-    sum += both - w.through[a] * both;
-  }
-  return sum;
-}
 
 /// Passes the fluxes of one cell on; true when one of them changes beyond the tolerance.
 inline bool visit(std::size_t c, const std::int32_t* next, const Tolerance& tolerance,
-                  const CellWeights& w, double source, double scatter, double* entering) {
+                  const CellWeights& w, double source, double* entering) {
   const double* in = entering + c * kFaces;
   const std::int32_t* to = next + c * kFaces;
-  const double own = scatter * stopped_of(w, in) + source;
+  std::array<double, 3> stopped{};
+  for (std::size_t a = 0; a < 3; ++a) stopped[a] = w.stop[a] * (in[2 * a] + in[2 * a + 1]);
   bool changed = false;
   for (std::size_t a = 0; a < 3; ++a) {
-    const double given = w.share[a] * own;
-    // What enters by one face leaves by the other.
-    const std::array<double, 2> out{w.through[a] * in[2 * a + 1] + given,
-                                    w.through[a] * in[2 * a] + given};
+    const double own =
+        w.aside[a] * (stopped[(a + 1) % 3] + stopped[(a + 2) % 3]) + w.emit[a] * source;
+    // What enters by one face leaves by the other, or comes back.
+    const double low = in[2 * a];
+    const double high = in[2 * a + 1];
+    const std::array<double, 2> out{w.ahead[a] * high + w.back[a] * low + own,
+                                    w.ahead[a] * low + w.back[a] * high + own};
     for (std::size_t side = 0; side < 2; ++side) {
       double& place = entering[to[2 * a + side]];
       const double change = std::fabs(out[side] - place);
@@ -46,8 +38,12 @@ inline bool visit(std::size_t c, const std::int32_t* next, const Tolerance& tole
 
 }  // namespace
 
-double stopped(const BandFluxes& band, std::size_t c) {
-  return stopped_of(band.weights[c], band.entering.data() + c * kFaces);
+double kept(const tsrf_module_jumoku::Data& data, const BandFluxes& band, std::size_t c) {
+  const CellWeights& w = data.weights(band, c);
+  const double* in = band.entering.data() + c * kFaces;
+  double sum = w.emit_kept * band.source[c];
+  for (std::size_t a = 0; a < 3; ++a) sum += w.kept[a] * (in[2 * a] + in[2 * a + 1]);
+  return sum;
 }
 
 std::int32_t jmk_difrad_flux(frame::Log& log, const tsrf_module_jumoku::Data& data,
@@ -57,8 +53,8 @@ std::int32_t jmk_difrad_flux(frame::Log& log, const tsrf_module_jumoku::Data& da
     band.entering[data.outer[o].entry()] = band.outside[o];
   }
   const auto cell = [&](std::size_t c) {
-    return visit(c, data.cells.next.data(), tolerance, band.weights[c], band.source[c],
-                 band.scatter, band.entering.data());
+    return visit(c, data.cells.next.data(), tolerance, data.weights(band, c), band.source[c],
+                 band.entering.data());
   };
   for (std::int32_t sweep = 1; sweep <= LOPRAD; ++sweep) {
     bool changed = false;

@@ -1,32 +1,14 @@
 // jmk_difrad_flux: scattered light and long-wave radiation among the cells of the canopy.
 //
-// Six fluxes cross each cell, one inwards by each face. In a band whose light the leaves stop with
-// extinction k, of the flux that enters by a face across the width d
-//
-//     exp(-k d)      passes to the far face,
-//     1 - exp(-k d)  is stopped; of all that a cell stops, the share r is scattered and 1 - r
-//     stays.
-//
-// What a cell scatters or emits leaves by its six faces in proportion to their directional term
-//
-//     c = A (1 - exp(-k d)),     share of one face of axis a:  c_a / (2 (c_x + c_y + c_z)).
-//
-// This is the one set of shares, used for every way in and for emission alike, with which three
-// things hold at once. The shares add up to 1, so a cell gives away what it takes. The exchange
-// from face to face, r c_a c_b / S, is the same both ways. And in a field of one temperature every
-// face gives back exactly what it receives: a canopy as warm as all around it exchanges nothing.
-// Shares that leave the forward direction out, or that weight reflection back along the path with
-// (1 + exp(-k d))/2 and let the rest of the scattered light fade within the cell, do not close: the
-// light that fades is neither absorbed nor passed on. A cell without leaves passes all on as it
-// is; a homogeneous layer of any number of cells passes exp(-k H); a thick cell radiates its
-// emissivity times a black body.
-//
-// Emission follows from the same terms: leaves of temperature T emit E = L sigma/2 epsilon T^4 per
-// volume into each sense of an axis, of which A d u E reaches the face, u = (1 - exp(-k d))/(k d).
+// Six fluxes cross each cell, one inwards by each face, and leave it by the weights of
+// trees/scattering.hpp: straight on, back, aside, and as parts of what starts in the cell - the
+// beam's scattered light or the emission of its leaves. Leaves of temperature T emit
+// E = L sigma/2 epsilon T^4 per volume into each of the six senses (trees/radiat.hpp), so that 6 V
+// E starts in a cell of volume V. What enters a cell and does not leave it stays in its leaves.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <span>
 
 #include "frame/log.hpp"
 #include "trees/canopy.hpp"
@@ -47,7 +29,8 @@ std::int32_t jmk_difrad_flux(frame::Log& log, const tsrf_module_jumoku::Data& da
                              std::int32_t LOPRAD, const Tolerance& tolerance,
                              tsrf_module_jumoku::BandFluxes& band);
 
-/// What cell `c` stops of the fluxes that enter it [W].
-double stopped(const tsrf_module_jumoku::BandFluxes& band, std::size_t c);
+/// What stays in the leaves of cell `c`, of what enters it and of what starts in it [W].
+double kept(const tsrf_module_jumoku::Data& data, const tsrf_module_jumoku::BandFluxes& band,
+            std::size_t c);
 
 }  // namespace jmk

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "frame/namelist.hpp"
@@ -30,6 +31,17 @@ frame::Check above(std::string_view words, const double& value, const double& bo
   return [words, &value, &bound, rule]() -> std::vector<std::string> {
     if (value > bound) return {};
     return {frame::items(words, value), std::string(rule)};
+  };
+}
+
+/// Refuses what no leaf has, once another rule holds.
+frame::Check of_leaves(std::string_view words, const double& value, frame::Check first = {}) {
+  return [words, &value, first = std::move(first)]() -> std::vector<std::string> {
+    std::vector<std::string> broken = first ? first() : std::vector<std::string>{};
+    if (broken.empty() && !(value <= jmk::kMostOfLeaves)) {
+      broken = {frame::items(words, value), std::string(jmk::kMostOfLeavesRule)};
+    }
+    return broken;
   };
 }
 
@@ -102,17 +114,19 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
                               {"REPSHB", h.REPSHB, frame::positive("repshb =", h.REPSHB)}})
       .read(log, control, jmk::kReader);
   Stomata& s = data.stomata;
-  frame::Group("JMK_STOMATAL", {{"UNITGS", s.UNITGS},
-                                {"MDLVPD", s.MDLVPD},
-                                {"GSMAX", s.GSMAX, frame::positive("gsmax =", s.GSMAX)},
-                                {"APAR", s.APAR, frame::positive("apar =", s.APAR)},
-                                {"TL", s.TL, frame::positive("tl =", s.TL)},
-                                {"TO", s.TO, above("to =", s.TO, s.TL, "it must be > tl")},
-                                {"TH", s.TH, above("th =", s.TH, s.TO, "it must be > to")},
-                                {"B1", s.B1, frame::positive("b1 =", s.B1)},
-                                {"B2", s.B2, frame::positive("b2 =", s.B2)},
-                                {"BETA", s.BETA},
-                                {"LE", s.LE, frame::positive("le =", s.LE)}})
+  frame::Group(
+      "JMK_STOMATAL",
+      {{"UNITGS", s.UNITGS},
+       {"MDLVPD", s.MDLVPD},
+       {"GSMAX", s.GSMAX, of_leaves("gsmax =", s.GSMAX, frame::positive("gsmax =", s.GSMAX))},
+       {"APAR", s.APAR, frame::positive("apar =", s.APAR)},
+       {"TL", s.TL, frame::positive("tl =", s.TL)},
+       {"TO", s.TO, above("to =", s.TO, s.TL, "it must be > tl")},
+       {"TH", s.TH, above("th =", s.TH, s.TO, "it must be > to")},
+       {"B1", s.B1, frame::positive("b1 =", s.B1)},
+       {"B2", s.B2, frame::positive("b2 =", s.B2)},
+       {"BETA", s.BETA, of_leaves("beta =", s.BETA)},
+       {"LE", s.LE, frame::positive("le =", s.LE)}})
       .read(log, control, jmk::kReader);
 }
 
@@ -124,7 +138,7 @@ void set_constants(frame::Log& log, const Constants& constants, Data& data) {
   data.constants = constants;
 }
 
-void htrnscoef(frame::Log& log, const Data& data, double cp, const Leaves& leaves,
+void htrnscoef(frame::Log& log, const Data& data, double cp, const LeavesInAir& leaves,
                const Transfer& out) {
   check_selectors(log, data.stomata);
   const Fixed fixed(data);

@@ -58,7 +58,7 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
 void set_constants(frame::Log& log, const Constants& constants, Data& data);
 
 /// Leaves and the air round them, arrays of one length.
-struct Leaves {
+struct LeavesInAir {
   std::span<const double> U;    ///< wind speed [m/s]
   std::span<const double> Ta;   ///< air temperature [K]
   std::span<const double> p;    ///< air pressure [Pa]
@@ -76,7 +76,7 @@ struct Transfer {
 
 /// Transfer coefficients of leaves; `cp` is the specific heat of air [J/kg K]. A selector UNITGS or
 /// MDLVPD that is none of the known ones stops the run.
-void htrnscoef(frame::Log& log, const Data& data, double cp, const Leaves& leaves,
+void htrnscoef(frame::Log& log, const Data& data, double cp, const LeavesInAir& leaves,
                const Transfer& out);
 
 }  // namespace jmk_module_htrans

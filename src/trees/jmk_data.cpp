@@ -61,7 +61,7 @@ void read_lad(frame::Log& log, frame::TextInput& file, const std::array<std::int
               const tsrf_module_grdindx::Data& grid_index, std::int32_t NDIV, Data& data) {
   const frame::Tag tag(log, "(jmk2_prep_init)(read_lad)");
   const jmk::ModelArea area(grid[0], grid[1], grid_index, NDIV);
-  frame::allocating(log, [&] {
+  frame::allocating(log, "LAD", frame::bytes_of<char>(file.content().size()), [&] {
     data.cells = read_lines(log, file, area, grid[2]);
     if (data.cells.empty()) log.data_error("lack of LAD data");
     put_in_order(log, data.cells);

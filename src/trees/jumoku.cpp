@@ -35,7 +35,7 @@ struct Passage {
 /// length in and, once scattered, out again.
 Passage pass(double flux, double k, double s, double path, double detour) {
   const double through = std::exp(-k * path);
-  const double turned = expfn1(-detour * k) * path * s;
+  const double turned = jmk_utl_expfnx(-detour * k) * path * s;
   Passage p;
   p.entering = flux;
   p.at_ground = through * flux;
@@ -88,14 +88,14 @@ struct LongWave {
   LongWave(const BandOptics& band, double atmosphere, const Ground& ground, const SimpleTree& tree)
       : k(band.extinction(tree.LAD)),
         transmitted(std::exp(-k * tree.H)),
-        turned(expfn1(-2.0 * tree.H * k) * tree.H * scattering(band, tree.LAD)),
+        turned(jmk_utl_expfnx(-2.0 * tree.H * k) * tree.H * scattering(band, tree.LAD)),
         from_sky(transmitted * atmosphere),
         from_ground(turned * ground.emission),
         absorbed(atmosphere - from_sky - turned * atmosphere + ground.emission -
                  ground.emission * transmitted - from_ground),
         caught((1.0 - transmitted - turned) * (1.0 - ground.emissivity)),
         emission_factor(0.5 * tree.LAD * (band.emissivity * moist_air::kStefanBoltzmann)) {
-    const double u = expfn1(-k * tree.H);
+    const double u = jmk_utl_expfnx(-k * tree.H);
     path = (u + band.scatter() * 0.5 * (1.0 - transmitted) * u) * tree.H;
   }
   /// Emission per temperature and path [W/m3 K].

@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "trees/jmk_group.hpp"
 #include "trees/model_area.hpp"
 
 namespace tsrf_module_data {
@@ -35,6 +36,10 @@ Plan read_plan(frame::Log& log, frame::TextInput& file, const jmk::ModelArea& ar
       log.data_error(items("lad,h of simple-LAD data=", tree.LAD, tree.H), "they must be >= 0",
                      items("i,j =", i, j));
     }
+    if (tree.LAD > jmk::kMostOfLeaves) {
+      log.data_error(items("lad of simple-LAD data=", tree.LAD), jmk::kMostOfLeavesRule,
+                     items("i,j =", i, j));
+    }
     if (!plan.emplace(std::pair(area.grid_i(i), area.grid_j(j)), tree).second) {
       log.data_error(items("duplicated i,j of simple-LAD data=", i, j));
     }
@@ -51,7 +56,7 @@ void read_lai_simpl(frame::Log& log, frame::TextInput& file, const tsrf_module_p
                     const tsrf_module_grdindx::Data& grid_index, std::int32_t mx, std::int32_t my,
                     Data& data) {
   const frame::Tag tag(log, "(tsrf_module_data)(read_lai_simpl)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "trees over patches", frame::bytes_of<char>(file.content().size()), [&] {
     const Plan plan = read_plan(log, file, jmk::ModelArea(mx, my, grid_index, 1));
     for (std::size_t p = 0; p < patch.type.size(); ++p) {
       if (patch.type[p] != tsrf_module_patch::kLand) continue;

@@ -1,8 +1,8 @@
 #include "trees/leaf_balance.hpp"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "inputs/moist_air.hpp"
 #include "trees/difrad.hpp"
@@ -15,7 +15,9 @@ using tsrf_module_jumoku::BandFluxes;
 using tsrf_module_jumoku::Data;
 using tsrf_module_jumoku::Leaves;
 
-constexpr double kLeastTemperature = 1.0;         // [K]
+constexpr double kSenses = 6.0;            // two along each axis: leaves emit into all of them
+constexpr double kCalm = 0.1;              // wind below which there is all but no convection [m/s]
+constexpr double kLeastTemperature = 1.0;  // [K]
 constexpr double kGreatestTemperature = 10000.0;  // [K]
 
 /// Emission by the present temperatures, and what of all long wave stays in each cell.
@@ -25,13 +27,14 @@ void exchange_longwave(frame::Log& log, const jmk_module_radiat::Data& radiat, D
   leaf_emission(radiat.optics[jmk_module_radiat::kLongWave], leaves.lad, leaves.T, leaves.E,
                 leaves.dEdT);
   for (std::size_t n = 0; n < leaves.count(); ++n) {
-    band.source[static_cast<std::size_t>(leaves.cell[n])] = 2.0 * leaves.emitting[n] * leaves.E[n];
+    band.source[static_cast<std::size_t>(leaves.cell[n])] =
+        kSenses * leaves.volume[n] * leaves.E[n];
   }
   const jmk_module_radiat::Settings& s = radiat.settings;
   jmk_difrad_flux(log, data, s.LOPRAD, {s.AEPSRD2, s.REPSRD2}, band);
   for (std::size_t n = 0; n < leaves.count(); ++n) {
     const auto c = static_cast<std::size_t>(leaves.cell[n]);
-    leaves.Labs[n] = (1.0 - band.scatter) * stopped(band, c) - band.source[c];
+    leaves.Labs[n] = kept(data, band, c) - band.source[c];
   }
 }
 
@@ -43,8 +46,17 @@ double change_of(const Leaves& leaves, std::size_t n, double latent_heat) {
   const double R = (H + latent_heat * V) * leaves.volume[n] + leaves.Sabs[n] + leaves.Labs[n];
   const double D = (latent_heat * leaves.e[n] * sides * leaves.dqsdT[n] + leaves.h[n] * sides) *
                        leaves.volume[n] +
-                   2.0 * leaves.emitting[n] * leaves.dEdT[n];
+                   kSenses * leaves.escaping[n] * leaves.volume[n] * leaves.dEdT[n];
   return R / D;
+}
+
+/// The bulk form gives no convection in calm air; leaves in the sun then grow far too warm.
+void warn_of_calm(frame::Log& log, const jmk_module_htrans::Settings& s, Leaves& leaves) {
+  const bool linear = s.UNITH == 1;
+  if (linear || leaves.calm_told || leaves.count() == 0 || leaves.U[0] >= kCalm) return;
+  leaves.calm_told = true;
+  log.line("%%% warning : wind of", leaves.U[0], "m/s: with unith =", s.UNITH,
+           "calm air takes no heat from leaves; told once");
 }
 
 void check_temperatures(frame::Log& log, const Data& data) {
@@ -61,31 +73,27 @@ void check_temperatures(frame::Log& log, const Data& data) {
 
 }  // namespace
 
-LeafLoop jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
-                         const jmk_module_radiat::Data& radiat, Data& data) {
+void jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
+                     const jmk_module_radiat::Data& radiat, Data& data) {
   const frame::Tag tag(log, "(jmk2_cal_canopy)");
   Leaves& leaves = data.leaves;
   const jmk_module_htrans::Settings& s = htrans.settings;
-  LeafLoop loop;
-  while (!loop.converged && loop.passes < s.LOPHBL) {
-    ++loop.passes;
+  warn_of_calm(log, s, leaves);
+  bool converged = false;
+  for (std::int32_t pass = 1; pass <= s.LOPHBL && !converged; ++pass) {
     htrnscoef(log, htrans, moist_air::kAirHeat,
               {leaves.U, leaves.Ta, leaves.p, leaves.q, leaves.PAR, leaves.T},
               {leaves.h, leaves.e, leaves.qs, leaves.dqsdT});
     exchange_longwave(log, radiat, data);
-    loop.converged = true;
-    loop.greatest_change = 0.0;
+    converged = true;
     for (std::size_t n = 0; n < leaves.count(); ++n) {
       const double change = change_of(leaves, n, htrans.constants.latent_heat);
-      const double size = std::fabs(change);
-      if (!(size <= s.REPSHB * leaves.T[n] + s.AEPSHB)) loop.converged = false;
-      loop.greatest_change = std::max(loop.greatest_change, size);
+      if (!(std::fabs(change) <= s.REPSHB * leaves.T[n] + s.AEPSHB)) converged = false;
       leaves.T[n] += change;
     }
   }
-  if (!loop.converged) log.line("%%% warning -1- (jmk2_cal_canopy)");
+  if (!converged) log.line("%%% warning -1- (jmk2_cal_canopy)");
   check_temperatures(log, data);
-  return loop;
 }
 
 }  // namespace jmk

@@ -6,8 +6,6 @@
 // tsrf_trcanopy.
 #pragma once
 
-#include <cstdint>
-
 #include "frame/log.hpp"
 #include "trees/canopy.hpp"
 #include "trees/htrans.hpp"
@@ -15,17 +13,10 @@
 
 namespace jmk {
 
-/// How the loop of leaf temperatures ended.
-struct LeafLoop {
-  std::int32_t passes = 0;
-  double greatest_change = 0.0;  ///< in the last pass [K]
-  bool converged = false;
-};
-
 /// Finds the leaf temperatures from data.leaves (air, PAR, Sabs) and what long wave enters the
 /// canopy by its outer faces, and leaves the long-wave fluxes in data.bands. Not to converge within
 /// LOPHBL passes is a warning on the log; a temperature that is none ends the run.
-LeafLoop jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
-                         const jmk_module_radiat::Data& radiat, tsrf_module_jumoku::Data& data);
+void jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
+                     const jmk_module_radiat::Data& radiat, tsrf_module_jumoku::Data& data);
 
 }  // namespace jmk

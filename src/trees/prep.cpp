@@ -8,13 +8,14 @@ namespace jmk {
 namespace {
 
 void pass_densities(frame::Log& log, Trees& trees) {
-  frame::allocating(log, [&] {
-    std::vector<double> lad;
-    for (const jmk_module_data::LeafCell& cell : trees.cells.cells) {
-      lad.push_back(trees.treedat.lad[static_cast<std::size_t>(cell.row)]);
-    }
-    set_lad(lad, trees.radiat.optics, trees.canopy);
-  });
+  frame::allocating(log, "leaf area densities", frame::bytes_of<double>(trees.cells.cells.size()),
+                    [&] {
+                      std::vector<double> lad;
+                      for (const jmk_module_data::LeafCell& cell : trees.cells.cells) {
+                        lad.push_back(trees.treedat.lad[static_cast<std::size_t>(cell.row)]);
+                      }
+                      set_lad(lad, trees.radiat, trees.canopy);
+                    });
 }
 
 }  // namespace
@@ -28,15 +29,18 @@ void jmk2_prep_init(frame::Log& log, frame::TextInput& control, frame::TextInput
   if (!trees.cells.CALJMK) return;
   jmk_module_radiat::inputdata(log, control, trees.radiat);
   jmk_module_htrans::inputdata(log, control, trees.htrans);
-  read_lad(log, lad_file, grid.cells, grid_index, trees.canopy.settings.NDIV, trees.cells);
+  read_lad(log, lad_file, tsrf_main01::sizes_of(grid), grid_index, trees.canopy.settings.NDIV,
+           trees.cells);
   read_treedat(log, treedat_file, trees.treedat);
   set_meshid(log, trees.treedat, trees.cells);
-  set_grid(log, grid, trees.cells, trees.canopy);
+  set_grid(log, grid, trees.cells, patch, trees.canopy);
   const frame::Tag constructor(log, "(jmk_module_data)(cnstrctr)");
-  frame::allocating(log, [&] {
-    place_patches(patch, trees.canopy);
-    allocdata(patch.type.size(), trees.radiat.optics, trees.canopy);
-  });
+  frame::allocating(log, "leaves and faces of the canopy",
+                    frame::bytes_of<double>(trees.canopy.cells.at.size(), 15), [&] {
+                      place_patches(patch, trees.canopy);
+                      allocdata(patch.type.size(), trees.canopy);
+                    });
+  warn_of_bare_faces(log, trees.canopy);
   pass_densities(log, trees);
 }
 

@@ -6,8 +6,16 @@
 namespace jmk_module_radiat {
 
 namespace {
+
 constexpr double kHalfStefanBoltzmann = 2.8352e-8;  // [W/m2 K4]
+
+frame::Check known_scattering(const std::int32_t& form) {
+  return frame::holds<std::int32_t>(
+      "mdlsct =", form, [](std::int32_t value) { return value == 0 || value == 1; },
+      "it must be 0 or 1");
 }
+
+}  // namespace
 
 void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
   const frame::Tag tag(log, "(jmk_module_radiat)(inputdata)");
@@ -17,7 +25,8 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
                               {"AEPSRD", s.AEPSRD, frame::positive("aepsrd =", s.AEPSRD)},
                               {"REPSRD", s.REPSRD, frame::positive("repsrd =", s.REPSRD)},
                               {"AEPSRD2", s.AEPSRD2},
-                              {"REPSRD2", s.REPSRD2}})
+                              {"REPSRD2", s.REPSRD2},
+                              {"MDLSCT", s.MDLSCT, known_scattering(s.MDLSCT)}})
       .read(log, control, jmk::kReader);
 }
 

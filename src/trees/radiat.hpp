@@ -45,6 +45,7 @@ struct Settings {
   double REPSRD = 1e-10;      ///< its relative tolerance
   double AEPSRD2 = 1e-12;     ///< the same within the loop of leaf temperatures
   double REPSRD2 = 0.0001;
+  std::int32_t MDLSCT = 0;  ///< scattering in a cell: 0 once, 1 closed (trees/scattering.hpp)
 };
 
 struct Data {

@@ -1,26 +1,8 @@
-// tsrf_sundir: the direct beam through the canopy.
+// tsrf_sundir: the direct beam through the canopy, step by step.
 //
 // Shadows of buildings come with the sunlit fractions of the patches; here only leaves dim the
-// beam. It is not traced ray by ray but swept as a flux through the faces of the fine grid, from
-// the sun's side to the far side and from the highest leaves to the ground. What is carried is the
-// fraction f of the free beam on each face, 1 where no leaf stood in its way.
-//
-// In a cell of widths d the longest way of a ray is t = 1/max(|s|/d); across it the beam shifts by
-// the parts l = |s| t/d of the cell's widths. Of what enters by the face of axis a, the part
-// l_b (1 - l_c/2) goes over to the face of axis b, l_c (1 - l_b/2) to that of axis c, and the rest
-// straight on. Leaves let exp(-k t) of it pass. Divided by the free beam on the leaving face this
-// is a mean of the three entering fractions with the weights
-//
-//     face of axis a:  1 - w_b - w_c from a,  w_b = l_b (1 - l_c/2) from b,  w_c likewise from c,
-//
-// taken as f_a + w_b (f_b - f_a) + w_c (f_c - f_a), so that the free beam stays 1 to the bit and
-// rows that no leaf dims need no visit.
-//
-// Two beams go through the canopy. One is dimmed by leaves only and tells what reaches the patches
-// beyond. The other runs inside the blocks: it starts on their outer faces, where a building's
-// shadow on the tree patch there takes its part, and is what the leaves receive.
-//
-// One sweep serves all eight octants: it runs along each axis in the sense of the beam.
+// beam. When it is swept through the canopy (trees/beam_sweep.hpp), and what of it the patches and
+// the leaves receive until the next sweep. Called by rad_admin.
 #pragma once
 
 #include <span>
@@ -41,12 +23,16 @@ void sweep_beam(const tsrf_module_phydat::SunVector& sun, double Jdn,
 
 /// Lets the leaves dim the direct flux of the patches: `Jdir` [W/m2] of a tree patch becomes what
 /// passes its face in the canopy, that of every other patch loses what leaves took out of its beam.
-/// `second` is the run time and `dt` the step [s]; the beam is swept only when `second` is a
-/// multiple of NSKIP_SUNDIR steps, and the last sweep holds in between. Without sun nothing passes.
+/// `second` is the run time and `dt` the step [s]; the beam is swept at the run's first step with
+/// sun and then only when `second` is a multiple of NSKIP_SUNDIR steps of whole seconds, and the
+/// last sweep holds in between. Without sun nothing passes.
 void tsrf_sundir(frame::Log& log, double dt, double second,
                  const tsrf_module_phydat::SunVector& sun, const tsrf_module_phydat::SkyFluxes& sky,
                  const tsrf_module_patch::Data& patch, std::span<const double> fsun,
                  const jmk_module_data::Data& cells, const jmk_module_radiat::Data& radiat,
                  tsrf_module_jumoku::Data& data, std::span<double> Jdir);
+
+/// Warns of a step that is not of whole seconds: its times are all but never such a multiple.
+void warn_of_step(frame::Log& log, double dt, const tsrf_module_jumoku::Settings& settings);
 
 }  // namespace jmk

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <numeric>
 
@@ -21,6 +22,8 @@ using tsrf_module_jumoku::OuterFace;
 
 /// How much of the sky a face without tree patches sees, by its direction alone.
 constexpr std::array<double, kFaces> kSkySeen{0.5, 0.5, 0.5, 0.5, 0.0, 1.0};
+
+constexpr double kLeastGuess = 1e-6;  // all that came into the canopy and started in it [W]
 
 /// Flux density that enters by an outer face: `R` by patch, or `sky` where no patch stands.
 double incident(const OuterFace& outer, const Data& data, const tsrf_module_patch::Data& patch,
@@ -49,12 +52,17 @@ void storeflux(const tsrf_module_patch::Data& patch, std::span<const double> R, 
 }
 
 /// Scales the light of the last step to the light of this one, as a first guess: at dusk the
-/// iteration would else chase its own past down to the tolerance.
+/// iteration would else chase its own past down to the tolerance. What a night has left of the
+/// light is no guess: it lies below the tolerance, and the day's first light many powers above.
 void scale_guess(BandFluxes& band) {
   const double total = std::accumulate(band.source.begin(), band.source.end(), 0.0) +
                        std::accumulate(band.outside.begin(), band.outside.end(), 0.0);
-  const double factor = band.total > 0.0 ? total / band.total : 0.0;
-  for (double& flux : band.entering) flux *= factor;
+  const double factor = total / band.total;
+  if (band.total > kLeastGuess && std::isfinite(factor)) {
+    for (double& flux : band.entering) flux *= factor;
+  } else {
+    std::fill(band.entering.begin(), band.entering.end(), 0.0);
+  }
   band.total = total;
 }
 
@@ -67,15 +75,16 @@ void exchange_shortwave(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sk
   const jmk_module_radiat::Settings& s = radiat.settings;
   for (std::size_t b = 0; b < kSolarBands; ++b) {
     BandFluxes& band = data.bands[b];
+    const double scatter = radiat.optics[b].scatter();
     for (std::size_t n = 0; n < leaves.count(); ++n) {
-      band.source[static_cast<std::size_t>(leaves.cell[n])] = band.scatter * data.beam.lost[n][b];
+      band.source[static_cast<std::size_t>(leaves.cell[n])] = scatter * data.beam.lost[n][b];
     }
     storeflux(patch, Rs, sky.scattered, radiat.optics[b].scattered, data, band);
     scale_guess(band);
     jmk_difrad_flux(log, data, s.LOPRAD, {s.AEPSRD, s.REPSRD}, band);
     for (std::size_t n = 0; n < leaves.count(); ++n) {
       const auto c = static_cast<std::size_t>(leaves.cell[n]);
-      const double absorbed = (1.0 - band.scatter) * (data.beam.lost[n][b] + stopped(band, c));
+      const double absorbed = (1.0 - scatter) * data.beam.lost[n][b] + kept(data, band, c);
       leaves.Sabs[n] += absorbed;
       if (b == kVisible) leaves.PAR[n] = absorbed / (leaves.lad[n] * leaves.volume[n]);
     }
@@ -91,24 +100,23 @@ double setflux(const Data& data, const BandFluxes& band,
 
 }  // namespace
 
-LeafLoop tsrf_trcanopy(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sky,
-                       const tsrf_module_patch::Data& patch, const jmk_module_data::Data& cells,
-                       const jmk_module_htrans::Data& htrans, const jmk_module_radiat::Data& radiat,
-                       Data& data, std::span<const double> Rl, std::span<const double> Rs,
-                       std::span<double> JRl, std::span<double> JRs) {
-  if (!cells.CALJMK) return {};
+void tsrf_trcanopy(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sky,
+                   const tsrf_module_patch::Data& patch, const jmk_module_data::Data& cells,
+                   const jmk_module_htrans::Data& htrans, const jmk_module_radiat::Data& radiat,
+                   Data& data, std::span<const double> Rl, std::span<const double> Rs,
+                   std::span<double> JRl, std::span<double> JRs) {
+  if (!cells.CALJMK) return;
   const frame::Tag tag(log, "(tsrf_trcanopy)");
   check02(log, patch, data);
   exchange_shortwave(log, sky, patch, radiat, Rs, data);
   storeflux(patch, Rl, sky.longwave, 1.0, data, data.bands[kLongWave]);
-  const LeafLoop loop = jmk2_cal_canopy(log, htrans, radiat, data);
+  jmk2_cal_canopy(log, htrans, radiat, data);
   for (const tsrf_module_jumoku::TreePatch& tree : data.trees) {
     const auto p = static_cast<std::size_t>(tree.patch);
     JRl[p] = setflux(data, data.bands[kLongWave], tree);
     JRs[p] = 0.0;
     for (std::size_t b = 0; b < kSolarBands; ++b) JRs[p] += setflux(data, data.bands[b], tree);
   }
-  return loop;
 }
 
 }  // namespace jmk

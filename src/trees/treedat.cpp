@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "frame/code_index.hpp"
+#include "trees/jmk_group.hpp"
 
 namespace tsrf_module_treedat {
 
@@ -17,8 +18,9 @@ Data read_lines(frame::Log& log, frame::TextInput& file) {
   file.pass_title(log, 2);
   frame::ReadStatus status{};
   while ((status = file.read(TreeID, lad)) == frame::ReadStatus::ok) {
-    if (!(lad > 0.0)) {
-      log.data_error(items("lad in SurfProp data =", lad), "it must be > 0",
+    if (!(lad > 0.0) || lad > jmk::kMostOfLeaves) {
+      log.data_error(items("lad in SurfProp data =", lad),
+                     lad > 0.0 ? jmk::kMostOfLeavesRule : "it must be > 0",
                      items("treeid =", TreeID));
     }
     table.TreeID.push_back(TreeID);
@@ -43,7 +45,7 @@ void check_unique(frame::Log& log, const std::vector<std::int32_t>& codes) {
 
 void read_treedat(frame::Log& log, frame::TextInput& file, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_treedat)(read_treedat)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "TreeID,LAD", frame::bytes_of<char>(file.content().size()), [&] {
     Data table = read_lines(log, file);
     check_unique(log, table.TreeID);
     const bool first = data.TreeID.empty();
@@ -54,7 +56,7 @@ void read_treedat(frame::Log& log, frame::TextInput& file, Data& data) {
 
 void set_meshid(frame::Log& log, const Data& data, jmk_module_data::Data& cells) {
   const frame::Tag tag(log, "(tsrf_module_treedat)(set_meshid)");
-  frame::allocating(log, [&] {
+  frame::allocating(log, "TreeID", frame::bytes_of<std::int32_t>(data.TreeID.size(), 2), [&] {
     const frame::CodeIndex index(data.TreeID);
     for (jmk_module_data::LeafCell& cell : cells.cells) {
       cell.row = index.find(cell.TreeID);

@@ -1,0 +1,23 @@
+// Halos: the cells beyond the ends of the box.
+//
+// With one process only the ends of the domain have them: a periodic end repeats the other one, a
+// symmetric end mirrors, and all others, which have a condition on their faces, copy the last cell
+// so that an operator may form differences there before the condition replaces them. Called after
+// each change of a field.
+#pragma once
+
+#include "flow/boundary.hpp"
+#include "flow/box.hpp"
+
+namespace flow {
+
+using Ends = std::array<std::array<End, 2>, 3>;
+
+/// Fills both halo layers of a cell field. A component along `odd_axis` changes its sign in the
+/// mirror of that axis; -1: none does.
+void fill_halos(Field& field, const Ends& ends, int odd_axis = -1);
+/// Fills the halos of the face field of `axis`, whose own faces are 0..n along it. At a symmetric
+/// end the face of the end itself is set to 0.
+void fill_face_halos(Field& field, int axis, const Ends& ends);
+
+}  // namespace flow

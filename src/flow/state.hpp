@@ -1,0 +1,40 @@
+// The state of the flow: what a step advances, and the open fractions of cells and faces.
+//
+// Owned by the run; each operator's header tells which fields it reads and which it writes.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "flow/box.hpp"
+
+namespace flow {
+
+/// Open fractions; without obstacles all are 1 and every cell is fluid.
+struct Openings {
+  Flags fluid;              ///< > 0: a cell of fluid
+  Field gmc;                ///< volume
+  std::array<Field, 3> gm;  ///< faces x, y, z (gmx, gmy, gmz); below 1e-20 a face is closed
+
+  Openings() = default;
+  explicit Openings(const Box& box)
+      : fluid(box, 1), gmc(box, 1.0), gm{Field(box, 1.0), Field(box, 1.0), Field(box, 1.0)} {}
+};
+
+struct State {
+  std::array<Field, 3> r;     ///< density, levels 1 to 3 [kg/m3]
+  Field p;                    ///< pressure above the thermodynamic one [Pa]
+  Field t;                    ///< [K]
+  std::vector<Field> ys;      ///< mass fractions
+  std::array<Field, 3> ru;    ///< mass flux density on the faces of each axis [kg/m2 s]
+  std::array<Field, 2> ak;    ///< k [m2/s2] and epsilon [m2/s3]; empty without k-epsilon
+  Field mu;                   ///< molecular viscosity [Pa s]
+  Field mut;                  ///< eddy viscosity [Pa s]
+  double pt = 0.0;            ///< thermodynamic pressure [Pa]
+  double reference_mass = 0;  ///< that a closed domain keeps [kg]; 0: not known yet
+  std::int32_t iter = 0;
+  double time = 0.0;  ///< [s]
+  double dt = 0.0;    ///< [s]
+};
+
+}  // namespace flow
