@@ -156,7 +156,7 @@ TEST_F(Results, NothingIsWrittenThatIsNotFinite) {
 
 TEST_F(Results, CellsAreThoseOfThePatchesThatTakePart) {
   tsrf_module_patch::Data patch;
-  patch.si = {0, 1, 2, 3, 4, 5, 6, 7, 8};  // a cell for each type
+  patch.PID = patch.si = {0, 1, 2, 3, 4, 5, 6, 7, 8};  // a cell for each type
   for (const std::int32_t type : patch.si) patch.type.push_back(tsrf_module_patch::Type(type));
   patch.i = patch.j = patch.sj = patch.sk = std::vector<std::int32_t>(9, 1);
   patch.area = Reals(9, 2.0);
@@ -175,7 +175,8 @@ TEST_F(Results, CellsAreThoseOfThePatchesThatTakePart) {
 
 TEST_F(Results, BldLoadTakesItsHeadingFromTheFile) {
   tsrf_module_patch::Data patch;
-  patch.i = patch.j = patch.si = patch.sj = patch.sk = {2};
+  patch.PID = patch.i = patch.j = patch.si = patch.sj = patch.sk = {2};
+  patch.area = {1.0};
   patch.type = {tsrf_module_patch::kBuilding};
   const std::string row =
       "   2    2   2  1    0.0000E+00    0.0000E+00    8.0000E+00   -1.0000E+00\n";

@@ -74,12 +74,6 @@ FileNames read_names(Log& log, TextInput& file) {
     name = line;
   }
   for (std::size_t i = 0; i < kFiles; ++i) log.line(kFileTable[i].label, names[i]);
-  for (std::size_t i = 0; i < kFiles; ++i) {
-    if (!names[i].empty() || kFileTable[i].form == input_if_any) continue;
-    log.error_and_log(
-        items("### no name in " + file.name() + ", line", i + 1, ":", title(kFileTable[i])));
-    throw Stop{kStatusOpenError};
-  }
   return names;
 }
 
@@ -101,6 +95,16 @@ void open_row(Log& log, UnitTable& units, int unit, const FileNames& names) {
   }
 }
 
+/// A row that is always opened must have a name.
+void check_names(Log& log, const FileNames& names) {
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    if (!names[i].empty() || kFileTable[i].form == input_if_any) continue;
+    log.error_and_log("### cannot open " + title(kFileTable[i]) + " : line " +
+                      std::to_string(i + 1) + " of file_name is blank");
+    throw Stop{kStatusOpenError};
+  }
+}
+
 }  // namespace
 
 std::string title(const FileRow& row) {
@@ -111,6 +115,7 @@ void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam
   const Tag tag(log, "(read_file_table)");
   TextInput& file = units.input(kUnitFileName);
   const FileNames names = read_names(log, file);
+  check_names(log, names);
   for (const int unit : kOpenedAtStart) open_row(log, units, unit, names);
   ubx_module_filnam::inputdata(log, file, units.input(kUnitControl), filnam);
   for (std::size_t i = 0; i < kRegistry.size(); ++i) {

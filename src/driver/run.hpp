@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "buildings/aircon.hpp"
@@ -141,6 +142,8 @@ struct Results {
 
 /// One part a floor.
 struct Run {
+  explicit Run(Desk run_desk) : desk(std::move(run_desk)) {}
+
   Desk desk;
   Inputs inputs;
   Surface surface;

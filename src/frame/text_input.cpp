@@ -285,6 +285,19 @@ std::int64_t TextInput::fault_line() const {
   return 1 + std::count(first_, place, '\n');
 }
 
+/// The first character of the record read last.
+const char* TextInput::record_begin() const {
+  const char* begin = record_;
+  while (begin < at_ && is_space(*begin)) ++begin;
+  return begin;
+}
+
+bool TextInput::ran_on() const { return behind_line(record_begin(), at_) < at_; }
+
+std::int64_t TextInput::record_line() const {
+  return line_at(static_cast<std::size_t>(record_ - first_));
+}
+
 std::int64_t TextInput::line_at(std::size_t place) const {
   const char* p = first_ + place;
   while (p < last_ && is_space(*p)) ++p;
@@ -302,17 +315,6 @@ std::string Origin::text() const {
   return "%%% file " + file->name() + ", lines " + std::to_string(lines[0]) + " and " +
          std::to_string(lines[1]);
 }
-
-/// The first character of the record read last.
-const char* TextInput::record_begin() const {
-  const char* begin = record_;
-  while (begin < at_ && is_space(*begin)) ++begin;
-  return begin;
-}
-
-bool TextInput::ran_on() const { return behind_line(record_begin(), at_) < at_; }
-
-std::int64_t TextInput::record_line() const { return 1 + std::count(first_, record_begin(), '\n'); }
 
 std::int64_t count_fields(std::string_view line) {
   std::int64_t count = 0;

@@ -91,7 +91,8 @@ void reset(Series& series);
 
 /// Number of date elements on a record.
 inline std::size_t elements(const Settings& settings) {
-  return static_cast<std::size_t>(settings.LDATE[1] - settings.LDATE[0] + 1);
+  return static_cast<std::size_t>(settings.LDATE[1]) - static_cast<std::size_t>(settings.LDATE[0]) +
+         1;
 }
 /// The elements of `date` that a record holds, in the order of the record.
 inline std::span<std::int32_t> on_record(const Settings& settings, IntDate& date) {
