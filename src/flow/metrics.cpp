@@ -1,5 +1,7 @@
 #include "flow/metrics.hpp"
 
+#include <algorithm>
+
 namespace flow {
 
 namespace {
@@ -8,8 +10,8 @@ AxisMetric metric_of(const AxisTable& table) {
   const std::int32_t last = table.cells + kHalo;
   const auto size = static_cast<std::size_t>(table.cells + 2 * kHalo);
   AxisMetric metric;
-  for (auto* row : {&metric.inv_width, &metric.inv_gap, &metric.inv_span, &metric.lower,
-                    &metric.upper}) {
+  for (auto* row : {&metric.inv_width, &metric.inv_gap, &metric.inv_span, &metric.narrow,
+                    &metric.lower, &metric.upper}) {
     row->assign(size, 0.0);
   }
   for (std::int32_t i = -1; i <= last; ++i) {
@@ -20,7 +22,9 @@ AxisMetric metric_of(const AxisTable& table) {
     metric.inv_gap[place] = 1.0 / table.dxc(i);
     metric.lower[place] = table.dx(i + 1) / both;
     metric.upper[place] = table.dx(i) / both;
-    if (i > -1) metric.inv_span[place] = 1.0 / (table.xc(i + 1) - table.xc(i - 1));
+    if (i == -1) continue;
+    metric.inv_span[place] = 1.0 / (table.xc(i + 1) - table.xc(i - 1));
+    metric.narrow[place] = std::min({table.dx(i - 1), table.dx(i), table.dx(i + 1)});
   }
   return metric;
 }

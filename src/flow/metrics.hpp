@@ -15,6 +15,7 @@ struct AxisMetric {
   std::vector<double> inv_width;  ///< of cell i [1/m]
   std::vector<double> inv_gap;    ///< of the distance of the centres of i and i+1 [1/m]
   std::vector<double> inv_span;   ///< of the distance of the centres of i-1 and i+1 [1/m]
+  std::vector<double> narrow;     ///< the least width of cells i-1, i, i+1 [m]
   std::vector<double> lower;      ///< weight of cell i in the mean on face i
   std::vector<double> upper;      ///< weight of cell i+1
 
