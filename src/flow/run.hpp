@@ -8,6 +8,7 @@
 #include "flow/grid_tables.hpp"
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
+#include "flow/step_work.hpp"
 
 namespace flow {
 
@@ -18,6 +19,7 @@ struct Run {
   BoundaryFaces faces;
   Openings openings;
   State state;
+  StepWork work;
 };
 
 }  // namespace flow

@@ -1,7 +1,7 @@
 // One step of the flow: what stands between two outputs.
 //
-// The driver calls prepare once, when grid, boundary, openings and first fields are there, and
-// advance once a step; it writes nothing of its own into the fields in between.
+// The driver calls prepare once, when grid, boundary, openings and the first p, t, ys, ru and pt are
+// there, and advance once a step; it writes nothing of its own into the fields in between.
 #pragma once
 
 #include "flow/run.hpp"
@@ -10,11 +10,12 @@
 
 namespace flow {
 
-/// Work arrays and lists of the step. Called once, behind the start-up.
+/// Lists and work arrays of the step; halos, the first density and the first properties. The run
+/// must stay where it is from here on. Errors: those of make_pressure_step.
 void prepare(frame::Log& log, Run& run);
 
 /// Puts the normal mass fluxes of walls, inlets, symmetric ends and closed faces on their
-/// conditions. Called for a uniform start, when the first density is there.
+/// conditions. Called for a uniform start, behind prepare.
 void put_normal_fluxes(Run& run);
 
 /// One step, from the density to the non-fluid cells: `time` and `iter` move on by one, and the
