@@ -110,10 +110,15 @@ class Log {
   /// Stops on the spot: the given lines ("### program error ...") go to standard output.
   template <class... Lines>
   [[noreturn]] void program_error(const Lines&... lines) {
+    stop(kStatusProgramError, lines...);
+  }
+  /// Stops on the spot with a status of its own: the given lines go to standard output.
+  template <class... Lines>
+  [[noreturn]] void stop(int status, const Lines&... lines) {
     (write_screen(lines), ...);
     failing_ = false;  // a fault kept for later gives way
     flush();
-    throw Stop{kStatusProgramError};
+    throw Stop{status};
   }
 
   /// True from the call of fail on: what unwinds is a reported fault.
