@@ -1,12 +1,9 @@
 #include "driver/file_table.hpp"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <optional>
-#include <utility>
 #include <vector>
+
+#include "frame/file_names.hpp"
 
 namespace frame {
 
@@ -99,28 +96,10 @@ void open_row(Log& log, UnitTable& units, int unit, const FileNames& names) {
   }
 }
 
-/// What a file is called on the log, without the padding.
-std::string_view title(std::string_view label) {
-  return label.substr(0, label.find_last_not_of(" :") + 1);
-}
-
-/// Whether two paths lead, or would lead, to the same file. Devices may serve several times.
-bool same_file(const std::string& a, const std::string& b) {
-  struct stat x {};
-  struct stat y {};
-  const bool has_a = ::stat(a.c_str(), &x) == 0;
-  const bool has_b = ::stat(b.c_str(), &y) == 0;
-  if (has_a != has_b) return false;
-  if (has_a) return x.st_dev == y.st_dev && x.st_ino == y.st_ino && S_ISREG(x.st_mode);
-  std::error_code ignored;
-  const auto path_a = std::filesystem::weakly_canonical(a, ignored);
-  return path_a == std::filesystem::weakly_canonical(b, ignored);
-}
-
 /// No result may be written over an input, another result, the log or the table of names itself.
-void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
-                   const ubx_module_filnam::Data& filnam) {
-  std::vector<std::pair<std::string, std::string>> files;  // what it is, and its path
+void check_names(Log& log, const UnitTable& units, const FileNames& names,
+                 const ubx_module_filnam::Data& filnam) {
+  std::vector<NamedFile> files;
   for (std::size_t i = 0; i < kFiles; ++i) {
     std::string name = names[i];
     const auto place = std::find(kRegistry.begin(), kRegistry.end(), kFileTable[i].unit);
@@ -128,18 +107,10 @@ void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
       const auto index = static_cast<std::int32_t>(place - kRegistry.begin()) + 1;
       name = ubx_module_filnam::make_month_name(filnam, index, filnam.MONTHS[0]);
     }
-    files.emplace_back(title(kFileTable[i].label), units.path_of(name));
+    const bool output = kFileTable[i].form != input && kFileTable[i].form != input_if_any;
+    files.push_back({title_of(kFileTable[i].label), names[i], units.path_of(name), output});
   }
-  files.emplace_back("log", units.path_of("log0000"));
-  files.emplace_back("file_name", units.path_of("file_name"));
-  for (std::size_t i = 0; i < kFiles; ++i) {
-    if (kFileTable[i].form == input || kFileTable[i].form == input_if_any) continue;
-    for (std::size_t other = 0; other < files.size(); ++other) {
-      if (other == i || !same_file(files[i].second, files[other].second)) continue;
-      log.data_error(items(files[i].first, "=", names[i]),
-                     items("it must not be the name of another file :", files[other].first));
-    }
-  }
+  check_outputs(log, units, "file_name", files);
 }
 
 }  // namespace
@@ -155,7 +126,7 @@ void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam
     ubx_module_filnam::set_file(filnam, static_cast<std::int32_t>(i) + 1, unit,
                                 names[row_of(unit)]);
   }
-  check_outputs(log, units, names, filnam);
+  check_names(log, units, names, filnam);
   if (filnam.dated) {
     ubx_module_filnam::open_first_month(log, units, filnam);
     return;

@@ -39,8 +39,8 @@ inline constexpr double kNoResidual = 1e-100;
 
 /// Ends the run on the spot: "### interface error -`number`- (`routine`)" on standard output.
 [[noreturn]] inline void interface_error(frame::Log& log, int number, std::string_view routine) {
-  log.stop(frame::kStatusAbnormal,
-           "### interface error -" + std::to_string(number) + "- (" + std::string(routine) + ")");
+  log.stop_with(frame::kStatusAbnormal, "### interface error -" + std::to_string(number) + "- (" +
+                                            std::string(routine) + ")");
 }
 
 /// The checks of flw_iccg and flw_bcgstb: 1 the layers fit the vectors, 2 the rows fit a layer, 3 a

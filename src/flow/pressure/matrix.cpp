@@ -1,6 +1,7 @@
 #include "flow/pressure/matrix.hpp"
 
 #include <algorithm>
+#include <tuple>
 
 #include "flow/pressure/fix_points.hpp"
 
@@ -72,10 +73,12 @@ void fix(const Box& box, const Triple& cell, FiveBlocks& blocks) {
 /// Tells the fix points: the one that stands for a closed domain, and the number of the others.
 void tell_fix_points(frame::Log& log, bool closed, const std::vector<FixPoint>& points) {
   if (closed) {
-    const FixPoint& point =
-        *std::max_element(points.begin(), points.end(), [](const auto& one, const auto& other) {
-          return one.volume < other.volume;
-        });
+    const auto before = [](const FixPoint& point) {
+      return std::tuple(-point.volume, point.cell[2], point.cell[1], point.cell[0]);
+    };
+    const FixPoint& point = *std::min_element(
+        points.begin(), points.end(),
+        [&](const auto& one, const auto& other) { return before(one) < before(other); });
     log.line("pressure fix point ; (i,j,k)=", point.cell[0], point.cell[1], point.cell[2]);
   }
   const std::size_t pockets = points.size() - (closed ? 1 : 0);

@@ -1,0 +1,41 @@
+#include "frame/file_names.hpp"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <vector>
+
+namespace frame {
+
+std::string title_of(std::string_view label) {
+  return std::string(label.substr(0, label.find_last_not_of(" :") + 1));
+}
+
+bool same_file(const std::string& a, const std::string& b) {
+  struct stat x {};
+  struct stat y {};
+  const bool has_a = ::stat(a.c_str(), &x) == 0;
+  const bool has_b = ::stat(b.c_str(), &y) == 0;
+  if (has_a != has_b) return false;
+  if (has_a) return x.st_dev == y.st_dev && x.st_ino == y.st_ino && S_ISREG(x.st_mode);
+  std::error_code ignored;
+  const auto path_a = std::filesystem::weakly_canonical(a, ignored);
+  return path_a == std::filesystem::weakly_canonical(b, ignored);
+}
+
+void check_outputs(Log& log, const UnitTable& units, const std::string& table,
+                   std::span<const NamedFile> files) {
+  std::vector<NamedFile> all(files.begin(), files.end());
+  all.push_back({"log", "log0000", units.path_of("log0000")});
+  all.push_back({table, table, units.path_of(table)});
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (!all[i].output) continue;
+    for (std::size_t other = 0; other < all.size(); ++other) {
+      if (other == i || !same_file(all[i].path, all[other].path)) continue;
+      log.data_error(items(all[i].title, "=", all[i].name),
+                     items("it must not be the name of another file :", all[other].title));
+    }
+  }
+}
+
+}  // namespace frame
