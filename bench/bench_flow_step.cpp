@@ -101,7 +101,7 @@ void advection(benchmark::State& state) {
   std::array<flow::Advected, 3> all{};
   for (std::size_t b = 0; b < 3; ++b) all[b] = {&m.velocities.cell[b], &m.dqdt[b], b};
   for ([[maybe_unused]] auto turn : state) {
-    flow::flw_cladv0(x.log, x.run.work.metrics, x.run.work.rim, m.velocities.mass, x.run.state.ru,
+    flow::flw_cladv0(x.log, x.run.work.metrics, x.run.work.rim, x.run.state.ru,
                      flow::Variable::momentum, all, 1.0 / 3.0, m.rows);
   }
 }
@@ -120,7 +120,7 @@ BENCHMARK(diffusion)->Unit(benchmark::kMillisecond);
 void velocities(benchmark::State& state) {
   Swirls& x = swirls();
   for ([[maybe_unused]] auto turn : state) {
-    flow::set_velocities(x.run.work.metrics, x.run.boundary.ends, x.run.work.rim, x.run.state,
+    flow::set_velocities(x.run.work.metrics, x.run.boundary.ends, x.run.state,
                          x.run.work.momentum.velocities);
   }
 }

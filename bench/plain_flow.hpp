@@ -45,7 +45,8 @@ void take_divergence(const Metrics& metrics, int axis, Field& dqdt, Flux&& flux)
 }
 
 /// The sweep of flw_cladv0 for one variable, as the scheme is written down.
-inline void advect(const Metrics& metrics, const std::array<Field, 3>& mass, const Field& q,
+inline void advect(const Metrics& metrics, const flow::Rim& rim,
+                   const std::array<Field, 3>& ru, const Field& q,
                    double acrk, Field& dqdt) {
   const double kappa = std::fmin(std::fmax(acrk, -1.0), 1.0);
   const double c1 = (1.0 + kappa) / 4.0;
@@ -63,7 +64,8 @@ inline void advect(const Metrics& metrics, const std::array<Field, 3>& mass, con
         left = q[f] + (c1 * mm(d1, b * d0) + c2 * mm(d0, b * d1));
         right = q[f + s] - (c1 * mm(d1, b * d2) + c2 * mm(d2, b * d1));
       }
-      const double m = mass[static_cast<std::size_t>(axis)][f];
+      const auto a = static_cast<std::size_t>(axis);
+      const double m = rim.inner[a][f] * ru[a][f];
       return std::fmax(0.0, m) * left + std::fmin(0.0, m) * right;
     });
   }

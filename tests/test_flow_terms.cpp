@@ -30,7 +30,7 @@ struct RandomBox {
     metrics = flow::make_metrics(grid);
     rows = flow::SweepRows(grid.box);
     velocities = flow::Velocities(grid.box);
-    for (auto* set : {&velocities.cell, &velocities.face, &velocities.mass, &rim.inner}) {
+    for (auto* set : {&velocities.cell, &velocities.face, &state.ru, &rim.inner}) {
       for (Field& field : *set) field = filled(-1.0, 1.0);
     }
     for (Field& inner : rim.inner) {
@@ -66,10 +66,9 @@ TEST(FlowTerms, HaveTheBitsOfThePlainForms) {
       std::array<flow::Advected, 3> all{};
       for (std::size_t b = 0; b < 3; ++b) {
         all[b] = {&x.velocities.cell[b], &fast[b], b};
-        plain::advect(x.metrics, x.velocities.mass, x.velocities.cell[b], acrk, plain[b]);
+        plain::advect(x.metrics, x.rim, x.state.ru, x.velocities.cell[b], acrk, plain[b]);
       }
-      flow::flw_cladv0(log, x.metrics, x.rim, x.velocities.mass, x.velocities.mass,
-                       flow::Variable::momentum, all, acrk, x.rows);
+      flow::flw_cladv0(log, x.metrics, x.rim, x.state.ru, flow::Variable::momentum, all, acrk, x.rows);
       flow::flw_cldifv(x.metrics, x.rim, x.state, x.velocities, {}, x.rows, fast);
       for (int b = 0; b < 3; ++b) {
         if (!x.grid.box.computed(b)) continue;

@@ -25,6 +25,12 @@ FLOW_INLINE double upwind_of(double m, double left, double right) {
   return (0.0 < m ? m : 0.0) * left + (m < 0.0 ? m : 0.0) * right;
 }
 
+/// Mass flux through inner faces; 0 on the rim.
+FLOW_CLONES void mass_row(std::size_t count, const double* inner, const double* ru,
+                          double* __restrict m) {
+  for (std::size_t i = 0; i < count; ++i) m[i] = inner[i] * ru[i];
+}
+
 /// `q` points to the cells on the lower side of the faces, `s` is the distance to the upper ones.
 FLOW_CLONES void muscl_row(std::size_t count, double c1, double c2, double b, const double* m,
                            const double* q, std::size_t s, double* __restrict out) {
@@ -61,16 +67,18 @@ double limited_slope(const Muscl& muscl, double ahead, double behind) {
 }
 
 void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& mass, const std::array<Field, 3>& ru, Variable variable,
+                const std::array<Field, 3>& ru, Variable variable,
                 std::span<const Advected> advected, double acrk, SweepRows& rows) {
-  const Box& box = mass[0].box();
+  const Box& box = ru[0].box();
   const Muscl muscl(acrk);
   std::array<Field*, kSweepWidth> dqdt{};
   for (std::size_t v = 0; v < advected.size(); ++v) dqdt[v] = advected[v].dqdt;
   subtract_divergence(
       box, metrics, std::span(dqdt).first(advected.size()), rows,
       [&](const FaceRow& row, const FluxRows& out) {
-        const double* const m = mass[static_cast<std::size_t>(row.axis)].data() + row.place;
+        const auto a = static_cast<std::size_t>(row.axis);
+        double* const m = rows.scratch.data();
+        mass_row(row.count, rim.inner[a].data() + row.place, ru[a].data() + row.place, m);
         const std::size_t stride = box.stride(row.axis);
         for (std::size_t v = 0; v < advected.size(); ++v) {
           const double* const q = advected[v].q->data() + row.place;
@@ -84,7 +92,7 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
     for (const Advected& one : advected) {
-      advect_rim(log, metrics, rim, mass, ru, variable, one, muscl, axis);
+      advect_rim(log, metrics, rim, ru, variable, one, muscl, axis);
     }
   }
 }

@@ -11,7 +11,6 @@
 
 #include "flow/rim.hpp"
 #include "flow/terms/face_sweep.hpp"
-#include "flow/terms/velocities.hpp"
 #include "frame/log.hpp"
 
 namespace flow {
@@ -36,18 +35,17 @@ struct Muscl {
 /// across that face, `behind` that across the opposite one, both along the way.
 double limited_slope(const Muscl& muscl, double ahead, double behind);
 
-/// At most kSweepWidth variables go through together. Reads mass fluxes of inner faces (`mass`) and
-/// of the rim (`ru`), the values q; adds to dqdt the mass that comes in times its value, per volume.
+/// At most kSweepWidth variables go through together. Reads the mass fluxes ru and the values q; adds to dqdt the mass that comes in times its value, per volume.
 /// Inflow through the rim carries the given value, outflow that of the cell.
 /// Errors: "### program error -1- (flw_cladv0)" (-2-, -3- in y and z) for a class unknown.
 void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& mass, const std::array<Field, 3>& ru, Variable variable,
+                const std::array<Field, 3>& ru, Variable variable,
                 std::span<const Advected> advected, double acrk, SweepRows& rows);
 
 /// What the rim changes: the sweep carries nothing through its faces, and takes the values beyond
 /// them as they stand. Same arguments; `axis` is the normal.
 void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& mass, const std::array<Field, 3>& ru, Variable variable,
-                const Advected& advected, const Muscl& muscl, int axis);
+                const std::array<Field, 3>& ru, Variable variable, const Advected& advected,
+                const Muscl& muscl, int axis);
 
 }  // namespace flow

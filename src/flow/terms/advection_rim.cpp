@@ -65,8 +65,8 @@ Neighbour cell_onward(const Box& box, int axis, const BoundaryFace& at) {
 }  // namespace
 
 void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& mass, const std::array<Field, 3>& ru, Variable variable,
-                const Advected& advected, const Muscl& muscl, int axis) {
+                const std::array<Field, 3>& ru, Variable variable, const Advected& advected,
+                const Muscl& muscl, int axis) {
   check(log, variable, axis);
   const auto a = static_cast<std::size_t>(axis);
   const Field& q = *advected.q;
@@ -88,7 +88,7 @@ void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
     // Through the opposite face, if the cell is upwind of it: the slope that the sweep took had the
     // value beyond the rim in it.
     const std::size_t opposite = at.side < 0 ? at.cell : at.cell - stride;
-    const double onward = -at.side * mass[a][opposite];
+    const double onward = -at.side * rim.inner[a][opposite] * ru[a][opposite];
     if (!(onward > 0.0)) continue;
     const std::size_t next = at.side < 0 ? at.cell + stride : at.cell - stride;
     const std::size_t beyond = at.side < 0 ? at.cell - stride : at.cell + stride;

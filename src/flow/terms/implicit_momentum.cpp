@@ -48,7 +48,7 @@ void add_coupling(const RowsOf& of, int across, const Coupling& face, std::int32
   }
 }
 
-void add_inner_faces(const RowsOf& of, const Velocities& velocities, int across) {
+void add_inner_faces(const RowsOf& of, int across) {
   const auto a = static_cast<std::size_t>(across);
   const AxisMetric& metric = of.domain.metrics[a];
   const State& state = of.state;
@@ -65,7 +65,7 @@ void add_inner_faces(const RowsOf& of, const Velocities& velocities, int across)
       // The transposed part doubles the normal stress.
       const double part = !of.domain.settings.control.ivisc ? 0.0 : across == of.axis ? 2.0 : 1.0;
       add_coupling(of, across,
-                   {c, c + s, f, velocities.mass[a][c],
+                   {c, c + s, f, inner * state.ru[a][c],
                     part * inner * mean * AxisMetric::at(metric.inv_gap, f)},
                    f + 1);
     }
@@ -84,14 +84,14 @@ void add_rim(const RowsOf& of, const ShearCoefficients& shear, int across) {
   }
 }
 
-void set_rows(const RowsOf& of, const Velocities& velocities, const ShearCoefficients& shear) {
+void set_rows(const RowsOf& of, const ShearCoefficients& shear) {
   std::fill(of.rows.diagonal.all().begin(), of.rows.diagonal.all().end(), 1.0);
   for (int across = 0; across < 3; ++across) {
     if (!of.domain.grid.box.computed(across)) continue;
     const auto a = static_cast<std::size_t>(across);
     std::fill(of.rows.lower[a].all().begin(), of.rows.lower[a].all().end(), 0.0);
     std::fill(of.rows.upper[a].all().begin(), of.rows.upper[a].all().end(), 0.0);
-    add_inner_faces(of, velocities, across);
+    add_inner_faces(of, across);
     add_rim(of, shear, across);
   }
 }
@@ -136,14 +136,13 @@ ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain) {
           Field(domain.grid.box)};
 }
 
-void advance_implicitly(frame::Log& log, const Domain& domain, const Velocities& velocities,
-                        const ShearCoefficients& shear, int axis, double dt,
-                        std::span<double> scratch, ImplicitMomentum& work, Field& dqdt,
-                        State& state) {
+void advance_implicitly(frame::Log& log, const Domain& domain, const ShearCoefficients& shear,
+                        int axis, double dt, std::span<double> scratch, ImplicitMomentum& work,
+                        Field& dqdt, State& state) {
   std::fill(work.rate.all().begin(), work.rate.all().end(), 0.0);
   set_face_rates(domain, dqdt, axis, state, scratch, work.rate);
   set_right_side(domain, axis, dt, work.rate, dqdt);
-  set_rows({domain, state, dt, axis, work.rows}, velocities, shear);
+  set_rows({domain, state, dt, axis, work.rows}, shear);
   const auto& control = domain.settings.control;
   flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
   fill_halos(dqdt, domain.boundary.ends);

@@ -8,7 +8,6 @@
 
 #include "flow/linear/imdqdt.hpp"
 #include "flow/terms/domain.hpp"
-#include "flow/terms/velocities.hpp"
 #include "flow/terms/wall_shear.hpp"
 #include "frame/log.hpp"
 
@@ -23,12 +22,10 @@ struct ImplicitMomentum {
 
 ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain);
 
-/// Reads what advance_faces reads, and the velocities, mass fluxes and shear coefficients; brings
-/// ru of `axis` forward by dt [s]. `dqdt` is used up. First order in time and, on the way to a
+/// Reads what advance_faces reads, the mass fluxes and the shear coefficients; brings ru of `axis` forward by dt [s]. `dqdt` is used up. First order in time and, on the way to a
 /// steady state, in space. Errors: those of flw_imdqdt.
-void advance_implicitly(frame::Log& log, const Domain& domain, const Velocities& velocities,
-                        const ShearCoefficients& shear, int axis, double dt,
-                        std::span<double> scratch, ImplicitMomentum& work, Field& dqdt,
-                        State& state);
+void advance_implicitly(frame::Log& log, const Domain& domain, const ShearCoefficients& shear,
+                        int axis, double dt, std::span<double> scratch, ImplicitMomentum& work,
+                        Field& dqdt, State& state);
 
 }  // namespace flow

@@ -26,7 +26,7 @@ void add_advection(frame::Log& log, const Domain& domain, Momentum& work, const 
     if (!domain.grid.box.computed(static_cast<int>(b))) continue;
     components[count++] = {&work.velocities.cell[b], &work.dqdt[b], b};
   }
-  flw_cladv0(log, domain.metrics, domain.rim, work.velocities.mass, state.ru, Variable::momentum,
+  flw_cladv0(log, domain.metrics, domain.rim, state.ru, Variable::momentum,
              std::span(components).first(count), domain.settings.control.acrkv, work.rows);
 }
 
@@ -37,8 +37,8 @@ void advance_axis(frame::Log& log, const Domain& domain, int axis, double dt, Mo
   Field& dqdt = work.dqdt[a];
   if (domain.boundary.ends[a][0] == End::periodic) fill_halos(dqdt, domain.boundary.ends);
   if (domain.settings.control.implicit()) {
-    advance_implicitly(log, domain, work.velocities, work.shear, axis, dt, work.rows.scratch,
-                       work.implicit, dqdt, state);
+    advance_implicitly(log, domain, work.shear, axis, dt, work.rows.scratch, work.implicit, dqdt,
+                       state);
   } else {
     advance_faces(domain, dqdt, axis, dt, work.rows.scratch, state);
   }
@@ -54,7 +54,7 @@ Momentum make_momentum(frame::Log& log, const Domain& domain) {
 
 void flw_cldvdt(frame::Log& log, const Domain& domain, double dt, Momentum& work, State& state) {
   const frame::Tag tag(log, "(flw_cldvdt)");
-  set_velocities(domain.metrics, domain.boundary.ends, domain.rim, state, work.velocities);
+  set_velocities(domain.metrics, domain.boundary.ends, state, work.velocities);
   for (int axis = 0; axis < 3; ++axis) {
     if (!domain.grid.box.computed(axis)) continue;
     auto all = work.dqdt[static_cast<std::size_t>(axis)].all();

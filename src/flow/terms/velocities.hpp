@@ -7,7 +7,6 @@
 
 #include "flow/halo.hpp"
 #include "flow/metrics.hpp"
-#include "flow/rim.hpp"
 #include "flow/state.hpp"
 
 namespace flow {
@@ -15,15 +14,13 @@ namespace flow {
 struct Velocities {
   std::array<Field, 3> cell;  ///< at the centres, halos filled [m/s]
   std::array<Field, 3> face;  ///< on the faces of their axis, halos filled [m/s]
-  std::array<Field, 3> mass;  ///< mass flux through inner faces, by open fraction; 0 on the rim
 
   Velocities() = default;
   explicit Velocities(const Box& box);
 };
 
-/// Reads r level 1 and ru, halos filled, and the rim; writes all of `velocities` along the
-/// computed axes.
-void set_velocities(const Metrics& metrics, const Ends& ends, const Rim& rim, const State& state,
+/// Reads r level 1 and ru, halos filled; writes all of `velocities` along the computed axes.
+void set_velocities(const Metrics& metrics, const Ends& ends, const State& state,
                     Velocities& velocities);
 
 }  // namespace flow
