@@ -113,7 +113,6 @@ Outputs start_up(Desk& desk, Run& run) {
   prepare_companions();
   outputs.kept = flw_prep_init(desk.log, run, outputs.restart, initial);
   chkmginit();
-  if (run.settings.records.iamg >= 1) desk.log.fail("### error : amg solver not available");
   jmk_prep_radsky();
   return outputs;
 }

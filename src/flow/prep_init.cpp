@@ -60,23 +60,32 @@ FlowSet read_initial(frame::Log& log, const SetFile& file, const Triple& cells, 
   return set;
 }
 
-/// k and epsilon above their lower limits; halos, first density and lists of the step.
-void complete(frame::Log& log, Run& run) {
-  if (!run.state.ak[0].empty()) {
-    raise(run.state.ak[0], run.settings.ambient.aklw);
-    raise(run.state.ak[1], run.settings.ambient.aelw);
+/// Values of all fields but the fluxes of a uniform start, which need the density; returns the
+/// bytes of the restart file that are kept.
+std::uint64_t first_values(frame::Log& log, Run& run, const SetFile& restart,
+                           const SetFile& initial) {
+  const frame::Tag tag(log, "(flw_prep_init)");
+  const Control& control = run.settings.control;
+  State& state = run.state;
+  const std::size_t ns = state.ys.size();
+  std::uint64_t kept = 0;
+  state.pt = control.pp0;
+  set_uniform_turbulence(control, state);
+  if (control.iters < 0) {
+    set_uniform_scalars(control, state);
+  } else if (control.iters == 0) {
+    spread(read_initial(log, initial, run.grid.box.n, ns), run.grid, state);
+  } else {
+    const bool closed = !holds_pressure(run.boundary, run.faces);
+    const Restored found = restore(log, restart, control.iters, run.grid.box.n, ns);
+    take_over(log, found.set, closed, run.grid, state);
+    kept = found.kept;
   }
-  prepare(log, run);
-}
-
-void start_uniform(frame::Log& log, Run& run) {
-  complete(log, run);
-  set_uniform_flow(run.settings.control, run.state);
-  put_normal_fluxes(run);
-  for (int axis = 0; axis < 3; ++axis) {
-    if (!run.grid.box.computed(axis)) continue;
-    fill_face_halos(run.state.ru[static_cast<std::size_t>(axis)], axis, run.boundary.ends);
+  if (!state.ak[0].empty()) {
+    raise(state.ak[0], run.settings.ambient.aklw);
+    raise(state.ak[1], run.settings.ambient.aelw);
   }
+  return kept;
 }
 
 }  // namespace
@@ -96,26 +105,15 @@ State make_state(frame::Log& log, const Box& box, const Control& control, std::s
 
 std::uint64_t flw_prep_init(frame::Log& log, Run& run, const SetFile& restart,
                             const SetFile& initial) {
-  const frame::Tag tag(log, "(flw_prep_init)");
-  const Control& control = run.settings.control;
-  State& state = run.state;
-  std::uint64_t kept = 0;
-  state.pt = control.pp0;
-  set_uniform_scalars(control, state);
-  set_uniform_turbulence(control, state);
-  if (control.iters < 0) {
-    start_uniform(log, run);
-    return kept;
+  const std::uint64_t kept = first_values(log, run, restart, initial);
+  prepare(log, run);
+  if (run.settings.control.iters >= 0) return kept;
+  set_uniform_flow(run.settings.control, run.state);
+  put_normal_fluxes(run);
+  for (int axis = 0; axis < 3; ++axis) {
+    if (!run.grid.box.computed(axis)) continue;
+    fill_face_halos(run.state.ru[static_cast<std::size_t>(axis)], axis, run.boundary.ends);
   }
-  if (control.iters == 0) {
-    spread(read_initial(log, initial, run.grid.box.n, state.ys.size()), run.grid, state);
-  } else {
-    const bool closed = !holds_pressure(run.boundary, run.faces);
-    const Restored found = restore(log, restart, control.iters, run.grid.box.n, state.ys.size());
-    take_over(log, found.set, closed, run.grid, state);
-    kept = found.kept;
-  }
-  complete(log, run);
   return kept;
 }
 

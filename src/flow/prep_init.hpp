@@ -21,9 +21,9 @@ struct SetFile {
 };
 
 /// Fills the fields of `run.state`, halos included, its clock and its thermodynamic pressure; k
-/// and epsilon are held above their lower limits. A uniform start also puts the normal fluxes on
-/// their conditions. Returns the bytes of the restart file that the run keeps: 0 unless it goes on
-/// from a set in it.
+/// and epsilon are held above their lower limits. Prepares the step in between, as the fluxes of a
+/// uniform start need the density; they are put on their conditions at once. Returns the bytes of
+/// the restart file that the run keeps: 0 unless it goes on from a set in it.
 std::uint64_t flw_prep_init(frame::Log& log, Run& run, const SetFile& restart,
                             const SetFile& initial);
 
