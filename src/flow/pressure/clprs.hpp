@@ -12,7 +12,7 @@
 #include "flow/box.hpp"
 #include "flow/grid_tables.hpp"
 #include "flow/pressure/clslvp.hpp"
-#include "flow/pressure/matrix.hpp"
+#include "flow/pressure/open_faces.hpp"
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
 #include "frame/function_ref.hpp"
@@ -28,6 +28,7 @@ struct PressureStep {
   const Boundary* boundary = nullptr;
   const BoundaryFaces* faces = nullptr;
   bool closed = false;  ///< no pressure is held anywhere
+  OpenFaces open;
   PressureSolver solver;
   Field div;  ///< right side, then `phi`
 };
