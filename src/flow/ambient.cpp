@@ -38,7 +38,7 @@ Ambient ambient_state(frame::Log& log, Control& control, const Species& species)
 void chk_bc_exnr(frame::Log& log, const ShortRecords& records, Ambient& ambient) {
   if (records.idrdp == 2) ambient.ramb = 0.0;
   if (records.idrdp == 1 && records.itmpt == 2) {
-    log.stop(frame::kStatusAbnormal, "### program error -1-", "(flw_module_exner)",
+    log.stop_with(frame::kStatusAbnormal, "### program error -1-", "(flw_module_exner)",
                   "(chk_bc_exnr)");
   }
 }

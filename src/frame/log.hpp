@@ -110,11 +110,11 @@ class Log {
   /// Stops on the spot: the given lines ("### program error ...") go to standard output.
   template <class... Lines>
   [[noreturn]] void program_error(const Lines&... lines) {
-    stop(kStatusProgramError, lines...);
+    stop_with(kStatusProgramError, lines...);
   }
-  /// Stops on the spot with a status of its own: the given lines go to standard output.
+  /// The same with another process status.
   template <class... Lines>
-  [[noreturn]] void stop(int status, const Lines&... lines) {
+  [[noreturn]] void stop_with(int status, const Lines&... lines) {
     (write_screen(lines), ...);
     failing_ = false;  // a fault kept for later gives way
     flush();

@@ -44,7 +44,7 @@ void unst_chk_deltt(frame::Log& log, frame::TextInput& control, double dtmax1, d
   const frame::Tag tag(log, "(ubx_module_unstdy)(unst_chk_deltt)");
   const Unsteady data = inputdata(log, control);
   if (data.LUNSTDY < 0) {
-    log.stop(frame::kStatusAbnormal, "### program error -1- (ubx_module_unstdy)",
+    log.stop_with(frame::kStatusAbnormal, "### program error -1- (ubx_module_unstdy)",
                   "(unst_chk_deltt)");
   }
   if (data.LUNSTDY == 0) return;
