@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "buildings/aircon.hpp"
@@ -136,6 +137,8 @@ struct Results {
 
 /// One part a floor.
 struct Run {
+  explicit Run(Desk at) : desk(std::move(at)) {}
+
   Desk desk;
   Inputs inputs;
   Surface surface;
