@@ -122,7 +122,7 @@ struct FlowCase {
     c.acrkv = 1.0 / 3.0;
     c.itercg = c.itrbcg = 10000;
     c.epscg = c.epsbcg = 1e-8;
-    c.gsfcg = 0.95;
+    c.gsfcg = 0.9;
     c.pp0 = 1e5;
     run.settings.species.wm = {flow::kGasConstant * 300.0 / c.pp0};
     run.settings.species.acpk = {{1000.0, 0.0, 0.0, 0.0, 0.0}};

@@ -1,5 +1,6 @@
 #include "flow/monitors.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -10,8 +11,12 @@ namespace flow {
 namespace {
 
 constexpr double kNone = -std::numeric_limits<double>::infinity();
+constexpr std::size_t kBlock = 64;  ///< cells that are looked at together
 
-/// The square of the speed at the centres of a row.
+/// Values of a block; those of cells that are not fluid are kNone.
+using Block = double[kBlock];
+
+/// square += the square of the velocity at the centres; `s` to the lower faces.
 FLOW_CLONES void add_square(std::size_t count, const double* ru, std::size_t s, const double* r,
                             double* square) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -20,74 +25,86 @@ FLOW_CLONES void add_square(std::size_t count, const double* ru, std::size_t s, 
   }
 }
 
-/// The largest value of the fluid cells of a row, by eight running ones.
-FLOW_CLONES double largest(std::size_t count, const std::int32_t* fluid, const double* value) {
-  constexpr std::size_t kLanes = 8;
-  double best[kLanes];
-  for (double& lane : best) lane = kNone;
-  std::size_t i = 0;
-  for (; i + kLanes <= count; i += kLanes) {
-    for (std::size_t l = 0; l < kLanes; ++l) {
-      const double here = fluid[i + l] > 0 ? value[i + l] : kNone;
-      best[l] = best[l] < here ? here : best[l];
-    }
-  }
-  double all = kNone;
-  for (; i < count; ++i) {
-    if (fluid[i] > 0 && all < value[i]) all = value[i];
-  }
-  for (const double lane : best) all = all < lane ? lane : all;
+/// out = sign * value in fluid cells; the sum of 0 * value, which is 0 if all are finite.
+FLOW_CLONES double take(std::size_t count, const std::int32_t* fluid, double sign,
+                        const double* value, double* out) {
+  double lost[8] = {};
+  for (std::size_t i = 0; i < kBlock; ++i) out[i] = kNone;
+  for (std::size_t i = 0; i < count; ++i) out[i] = fluid[i] > 0 ? sign * value[i] : kNone;
+  for (std::size_t i = 0; i < count; ++i) lost[i % 8] += fluid[i] > 0 ? 0.0 * value[i] : 0.0;
+  double all = 0.0;
+  for (const double lane : lost) all += lane;
   return all;
 }
 
-/// The largest of `row(place, j, k)`'s values over the fluid cells, and its cell.
-template <class Row>
-Extreme search(const Flags& fluid, Row&& row) {
+FLOW_CLONES double largest(const double* value) {
+  double best[8];
+  for (std::size_t l = 0; l < 8; ++l) best[l] = value[l];
+  for (std::size_t i = 8; i < kBlock; i += 8) {
+    for (std::size_t l = 0; l < 8; ++l) best[l] = best[l] < value[i + l] ? value[i + l] : best[l];
+  }
+  return *std::max_element(best, best + 8);
+}
+
+/// Keeps the largest value and its first cell.
+void keep(const double* value, const Triple& first, Extreme& best) {
+  const double here = largest(value);
+  if (!(here > best.value)) return;
+  const auto at = static_cast<std::int32_t>(std::find(value, value + kBlock, here) - value);
+  best = {here, {first[0] + at, first[1], first[2]}};
+}
+
+/// What a block is taken from.
+struct Cells {
+  std::size_t place, count;
+  Triple first;
+};
+
+void take_block(const Flags& fluid, const State& state, bool turbulent, const Cells& cells,
+                Monitors& found) {
   const Box& box = fluid.box();
-  const auto n = static_cast<std::size_t>(box.n[0]);
-  Extreme best{kNone, {}};
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
-    const double* const value = row(place);
-    const double here = largest(n, fluid.data() + place, value);
-    if (!(here > best.value)) return;
-    std::int32_t i = 1;
-    while (fluid[place + static_cast<std::size_t>(i - 1)] <= 0 || value[i - 1] != here) ++i;
-    best = {here, {i, j, k}};
-  });
-  if (best.value == kNone) best.value = 0.0;  // no cell of fluid
-  return best;
+  const std::int32_t* const flags = fluid.data() + cells.place;
+  Block square{};
+  Block value;
+  for (int axis = 0; axis < 3; ++axis) {
+    if (!box.computed(axis)) continue;
+    add_square(cells.count, state.ru[static_cast<std::size_t>(axis)].data() + cells.place,
+               box.stride(axis), state.r[0].data() + cells.place, square);
+  }
+  double lost = take(cells.count, flags, 1.0, square, value);
+  keep(value, cells.first, found.velocity);
+  const double* const t = state.t.data() + cells.place;
+  lost += take(cells.count, flags, 1.0, t, value);
+  keep(value, cells.first, found.warmest);
+  take(cells.count, flags, -1.0, t, value);
+  keep(value, cells.first, found.coldest);
+  lost += take(cells.count, flags, 1.0, state.p.data() + cells.place, value);
+  if (turbulent) {
+    take(cells.count, flags, 1.0, state.mut.data() + cells.place, value);
+    keep(value, cells.first, found.mut);
+  }
+  found.finite = found.finite && lost == 0.0;
 }
 
 }  // namespace
 
-Monitors take_monitors(const Flags& fluid, const State& state, std::span<double> scratch) {
+Monitors take_monitors(const Flags& fluid, const State& state, bool turbulent) {
   const Box& box = fluid.box();
-  const auto n = static_cast<std::size_t>(box.n[0]);
-  double* const row = scratch.data();
-  Monitors monitors;
-  monitors.velocity = search(fluid, [&](std::size_t place) {
-    for (std::size_t i = 0; i < n; ++i) row[i] = 0.0;
-    for (int axis = 0; axis < 3; ++axis) {
-      if (!box.computed(axis)) continue;
-      add_square(n, state.ru[static_cast<std::size_t>(axis)].data() + place, box.stride(axis),
-                 state.r[0].data() + place, row);
-    }
-    return row;
-  });
-  monitors.velocity.value = std::sqrt(monitors.velocity.value);
-  monitors.warmest = search(fluid, [&](std::size_t place) { return state.t.data() + place; });
-  monitors.coldest = search(fluid, [&](std::size_t place) {
-    for (std::size_t i = 0; i < n; ++i) row[i] = -state.t[place + i];
-    return row;
-  });
-  monitors.coldest.value = -monitors.coldest.value;
-  monitors.mut = search(fluid, [&](std::size_t place) { return state.mut.data() + place; });
-  if (!state.ak[0].empty()) {
-    const Triple& c = monitors.mut.cell;
-    monitors.k = state.ak[0](c[0], c[1], c[2]);
-    monitors.eps = state.ak[1](c[0], c[1], c[2]);
+  Monitors found;
+  for (Extreme* extreme : {&found.velocity, &found.warmest, &found.coldest, &found.mut}) {
+    extreme->value = kNone;
   }
-  return monitors;
+  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+    const auto n = static_cast<std::size_t>(box.n[0]);
+    for (std::size_t i = 0; i < n; i += kBlock) {
+      const Cells cells{place + i, std::min(kBlock, n - i), {static_cast<std::int32_t>(i) + 1, j, k}};
+      take_block(fluid, state, turbulent, cells, found);
+    }
+  });
+  found.any = found.warmest.cell[0] > 0;
+  found.velocity.value = std::sqrt(std::max(found.velocity.value, 0.0));
+  found.coldest.value = -found.coldest.value;
+  return found;
 }
 
 }  // namespace flow

@@ -1,6 +1,6 @@
 // Monitors: the extremes of the fields, told once a step.
 //
-// Called behind a step by whoever writes its lines.
+// Called behind a step by the writer of its lines (output/monitor.hpp).
 #pragma once
 
 #include "flow/box.hpp"
@@ -18,10 +18,11 @@ struct Monitors {
   Extreme velocity;  ///< speed at the centre [m/s]
   Extreme warmest, coldest;  ///< [K]
   Extreme mut;               ///< [Pa s]
-  double k = 0.0, eps = 0.0;  ///< at the cell of the largest mut; without k-epsilon 0
+  bool finite = true;        ///< speed, t and p of all fluid cells are finite
+  bool any = false;          ///< there is a cell of fluid
 };
 
-/// Over the fluid cells. Reads ru, r level 1, t, mut, ak. `scratch` holds a row of cells.
-Monitors take_monitors(const Flags& fluid, const State& state, std::span<double> scratch);
+/// One pass over the fluid cells. Reads ru, r level 1, p, t and, when `turbulent`, mut.
+Monitors take_monitors(const Flags& fluid, const State& state, bool turbulent);
 
 }  // namespace flow

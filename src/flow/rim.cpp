@@ -59,6 +59,34 @@ void list_symmetric_end(const Openings& openings, int axis, std::int32_t side, R
   });
 }
 
+/// Numbers of the faces of the rim at one side of the cells, -1 where there is none.
+Flags numbers_of(const Box& box, const std::vector<BoundaryFace>& faces, std::int32_t side) {
+  Flags numbers(box, -1);
+  for (std::size_t f = 0; f < faces.size(); ++f) {
+    if (faces[f].side == side) numbers[faces[f].cell] = static_cast<std::int32_t>(f);
+  }
+  return numbers;
+}
+
+void list_free(const Box& box, Rim& rim) {
+  for (std::size_t a = 0; a < 3; ++a) {
+    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+      const Group& group = rim.groups[static_cast<std::size_t>(rim.faces[a][f].group)];
+      if (group.iv == VelocityAt::free) rim.free[a].push_back({f});
+    }
+  }
+  for (std::size_t t = 0; t < 3; ++t) {
+    for (std::size_t end = 0; end < 2; ++end) {
+      const Flags numbers = numbers_of(box, rim.faces[t], end == 0 ? -1 : 1);
+      for (std::size_t a = 0; a < 3; ++a) {
+        for (FreeFace& one : rim.free[a]) {
+          one.edge[t][end] = numbers[rim.faces[a][one.number].cell];
+        }
+      }
+    }
+  }
+}
+
 void list_closed(const Openings& openings, Rim& rim) {
   const Box& box = openings.fluid.box();
   for_rows(box, [&](std::size_t place, auto, auto) {
@@ -98,6 +126,7 @@ Rim make_rim(const Boundary& boundary, const BoundaryFaces& faces, const Opening
     }
     for (const auto& face : rim.faces[a]) rim.open[a].push_back(openings.gm[a][face.face]);
   }
+  list_free(box, rim);
   list_closed(openings, rim);
   return rim;
 }

@@ -16,11 +16,19 @@
 
 namespace flow {
 
+/// A face of the rim where the air is free to pass, and the faces of the rim that meet its edges.
+struct FreeFace {
+  std::size_t number = 0;  ///< in the list of its axis
+  /// [axis][lower, upper side of the cell]: number in the list of that axis; -1: none meets it.
+  std::array<std::array<std::int32_t, 2>, 3> edge{};
+};
+
 struct Rim {
   std::array<Field, 3> inner;  ///< open fraction of a face between two cells of fluid, else 0
   std::vector<Group> groups;   ///< those of the boundary, and a slip wall behind them
   std::array<std::vector<BoundaryFace>, 3> faces;  ///< by axis; `group` points into `groups`
   std::array<std::vector<double>, 3> open;  ///< open fraction of each of these faces
+  std::array<std::vector<FreeFace>, 3> free;
   std::vector<std::size_t> closed_cells;           ///< not fluid
   std::array<std::vector<std::size_t>, 3> closed_faces;  ///< neither inner nor with a condition
 };

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <vector>
 
@@ -9,6 +10,19 @@ namespace frame {
 
 std::string title_of(std::string_view label) {
   return std::string(label.substr(0, label.find_last_not_of(" :") + 1));
+}
+
+std::string link_target(const std::string& name) {
+  char* path = ::realpath(name.c_str(), nullptr);
+  if (path == nullptr) return name;
+  std::string result = path;
+  std::free(path);
+  return result;
+}
+
+bool is_device(const std::string& path) {
+  struct stat info {};
+  return ::stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);
 }
 
 bool same_file(const std::string& a, const std::string& b) {

@@ -1,6 +1,7 @@
 // Names of a run's files: no result may be written over another file of the run.
 //
-// Called by the programs when the table of files is read, before anything is written.
+// Called by the programs when the table of files is read, before anything is written, and by the
+// writers of record files.
 #pragma once
 
 #include <span>
@@ -21,6 +22,12 @@ struct NamedFile {
 
 /// What a file is called on the log, from its label: without the colon and the padding.
 std::string title_of(std::string_view label);
+
+/// The file that a name stands for, links followed.
+std::string link_target(const std::string& name);
+
+/// True for what is there and no plain file (/dev/null): it is written to, never replaced.
+bool is_device(const std::string& path);
 
 /// Whether two paths lead, or would lead, to the same file. Devices may serve several times.
 bool same_file(const std::string& a, const std::string& b);

@@ -107,9 +107,30 @@ void set_right_side(const Domain& domain, int axis, double dt, const Field& rate
   });
 }
 
-/// Adds the changes of the cells to the fluxes of the faces.
-void add_changes(const Domain& domain, int axis, const Field& change, Field& ru) {
+}  // namespace
+
+ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain) {
+  if (!domain.settings.control.implicit()) return {};
+  return {SevenPoint(domain.grid.box),
+          make_implicit_work(log, domain.openings.fluid, domain.boundary.periodic_y()),
+          Field(domain.grid.box)};
+}
+
+void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear, int axis,
+                  double dt, std::span<double> scratch, ImplicitMomentum& work, const State& state,
+                  Field& dqdt) {
+  std::fill(work.rate.all().begin(), work.rate.all().end(), 0.0);
+  set_face_rates(domain, dqdt, axis, state, scratch, work.rate);
+  set_right_side(domain, axis, dt, work.rate, dqdt);
+  set_rows({domain, state, dt, axis, work.rows}, shear);
+  const auto& control = domain.settings.control;
+  flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
+  fill_halos(dqdt, domain.boundary.ends);
+}
+
+void add_change(const Domain& domain, int axis, const Field& change, State& state) {
   const auto a = static_cast<std::size_t>(axis);
+  Field& ru = state.ru[a];
   const AxisMetric& metric = domain.metrics[a];
   const std::size_t s = ru.box().stride(axis);
   for_face_rows(ru.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j,
@@ -125,28 +146,6 @@ void add_changes(const Domain& domain, int axis, const Field& change, Field& ru)
     const Group& group = domain.rim.groups[static_cast<std::size_t>(at.group)];
     if (group.iv == VelocityAt::free) ru[at.face] += change[at.cell];
   }
-}
-
-}  // namespace
-
-ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain) {
-  if (!domain.settings.control.implicit()) return {};
-  return {SevenPoint(domain.grid.box),
-          make_implicit_work(log, domain.openings.fluid, domain.boundary.periodic_y()),
-          Field(domain.grid.box)};
-}
-
-void advance_implicitly(frame::Log& log, const Domain& domain, const ShearCoefficients& shear,
-                        int axis, double dt, std::span<double> scratch, ImplicitMomentum& work,
-                        Field& dqdt, State& state) {
-  std::fill(work.rate.all().begin(), work.rate.all().end(), 0.0);
-  set_face_rates(domain, dqdt, axis, state, scratch, work.rate);
-  set_right_side(domain, axis, dt, work.rate, dqdt);
-  set_rows({domain, state, dt, axis, work.rows}, shear);
-  const auto& control = domain.settings.control;
-  flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
-  fill_halos(dqdt, domain.boundary.ends);
-  add_changes(domain, axis, dqdt, state.ru[static_cast<std::size_t>(axis)]);
 }
 
 }  // namespace flow

@@ -22,10 +22,16 @@ struct ImplicitMomentum {
 
 ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain);
 
-/// Reads what advance_faces reads, the mass fluxes and the shear coefficients; brings ru of `axis` forward by dt [s]. `dqdt` is used up. First order in time and, on the way to a
-/// steady state, in space. Errors: those of flw_imdqdt.
-void advance_implicitly(frame::Log& log, const Domain& domain, const ShearCoefficients& shear,
-                        int axis, double dt, std::span<double> scratch, ImplicitMomentum& work,
-                        Field& dqdt, State& state);
+/// Turns the tendency `dqdt` of one component into the change of its momentum over dt [s], halos
+/// along a periodic axis included. Reads what advance_faces reads, ru of all axes and the shear
+/// coefficients. First order in time and, on the way to a steady state, in space.
+/// Errors: those of flw_imdqdt.
+void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear, int axis,
+                  double dt, std::span<double> scratch, ImplicitMomentum& work, const State& state,
+                  Field& dqdt);
+
+/// Adds the changes of the cells to ru of `axis`; when all components are solved, so that none of
+/// them sees another's new fluxes.
+void add_change(const Domain& domain, int axis, const Field& change, State& state);
 
 }  // namespace flow

@@ -10,6 +10,13 @@ namespace flow {
 
 namespace {
 
+template <class Use>
+void for_components(const Domain& domain, Use&& use) {
+  for (int axis = 0; axis < 3; ++axis) {
+    if (domain.grid.box.computed(axis)) use(axis, static_cast<std::size_t>(axis));
+  }
+}
+
 /// Stages 1 and 2: shear of the rim, then diffusion. The drag of leaves will stand before them.
 void add_stresses(const Domain& domain, Momentum& work, const State& state) {
   if (!domain.settings.control.ivisc) return;
@@ -22,26 +29,30 @@ void add_stresses(const Domain& domain, Momentum& work, const State& state) {
 void add_advection(frame::Log& log, const Domain& domain, Momentum& work, const State& state) {
   std::array<Advected, 3> components{};
   std::size_t count = 0;
-  for (std::size_t b = 0; b < 3; ++b) {
-    if (!domain.grid.box.computed(static_cast<int>(b))) continue;
+  for_components(domain, [&](int, std::size_t b) {
     components[count++] = {&work.velocities.cell[b], &work.dqdt[b], b};
-  }
+  });
   flw_cladv0(log, domain.metrics, domain.rim, state.ru, Variable::momentum,
              std::span(components).first(count), domain.settings.control.acrkv, work.rows);
 }
 
-/// Stage 4 and the final assembly of one direction.
-void advance_axis(frame::Log& log, const Domain& domain, int axis, double dt, Momentum& work,
-                  State& state) {
-  const auto a = static_cast<std::size_t>(axis);
-  Field& dqdt = work.dqdt[a];
-  if (domain.boundary.ends[a][0] == End::periodic) fill_halos(dqdt, domain.boundary.ends);
-  if (domain.settings.control.implicit()) {
-    advance_implicitly(log, domain, work.shear, axis, dt, work.rows.scratch, work.implicit, dqdt,
-                       state);
-  } else {
-    advance_faces(domain, dqdt, axis, dt, work.rows.scratch, state);
-  }
+/// Stage 4 and the final assembly.
+void advance_fluxes(frame::Log& log, const Domain& domain, double dt, Momentum& work,
+                    State& state) {
+  for_components(domain, [&](int axis, std::size_t a) {
+    const bool wraps = domain.boundary.ends[a][0] == End::periodic;
+    if (wraps) fill_halos(work.dqdt[a], domain.boundary.ends);
+    if (domain.settings.control.implicit()) {
+      solve_change(log, domain, work.shear, axis, dt, work.rows.scratch, work.implicit, state,
+                   work.dqdt[a]);
+    } else {
+      advance_faces(domain, work.dqdt[a], axis, dt, work.rows.scratch, state);
+    }
+  });
+  if (!domain.settings.control.implicit()) return;
+  for_components(domain, [&](int axis, std::size_t a) {
+    add_change(domain, axis, work.dqdt[a], state);
+  });
 }
 
 }  // namespace
@@ -55,16 +66,12 @@ Momentum make_momentum(frame::Log& log, const Domain& domain) {
 void flw_cldvdt(frame::Log& log, const Domain& domain, double dt, Momentum& work, State& state) {
   const frame::Tag tag(log, "(flw_cldvdt)");
   set_velocities(domain.metrics, domain.boundary.ends, state, work.velocities);
-  for (int axis = 0; axis < 3; ++axis) {
-    if (!domain.grid.box.computed(axis)) continue;
-    auto all = work.dqdt[static_cast<std::size_t>(axis)].all();
-    std::fill(all.begin(), all.end(), 0.0);
-  }
+  for_components(domain, [&](int, std::size_t a) {
+    std::fill(work.dqdt[a].all().begin(), work.dqdt[a].all().end(), 0.0);
+  });
   add_stresses(domain, work, state);
   add_advection(log, domain, work, state);
-  for (int axis = 0; axis < 3; ++axis) {
-    if (domain.grid.box.computed(axis)) advance_axis(log, domain, axis, dt, work, state);
-  }
+  advance_fluxes(log, domain, dt, work, state);
   set_normal_fluxes(domain.settings, domain.grid, domain.boundary, domain.rim, state);
 }
 

@@ -139,7 +139,8 @@ void flw_cldifv(const Metrics& metrics, const Rim& rim, const State& state,
                           }
                         }
                       });
-  correct_viscous_rim(metrics, rim, state, velocities, shear, dqdt);
+  correct_standing_faces(metrics, rim, state, velocities, shear, dqdt);
+  add_rim_stress(metrics, rim, state, velocities, shear, dqdt);
 }
 
 }  // namespace flow

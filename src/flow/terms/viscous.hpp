@@ -22,9 +22,15 @@ void flw_cldifv(const Metrics& metrics, const Rim& rim, const State& state,
                 const Velocities& velocities, const ShearCoefficients& shear, SweepRows& rows,
                 std::array<Field, 3>& dqdt);
 
-/// The transposed part at the faces beside the rim: the sweep takes velocities from beyond it.
-void correct_viscous_rim(const Metrics& metrics, const Rim& rim, const State& state,
-                         const Velocities& velocities, const ShearCoefficients& shear,
-                         std::array<Field, 3>& dqdt);
+/// The transposed part beside the rim. On the faces that stand on the rim: the sweep took velocities
+/// from beyond it for their gradient across it.
+void correct_standing_faces(const Metrics& metrics, const Rim& rim, const State& state,
+                            const Velocities& velocities, const ShearCoefficients& shear,
+                            std::array<Field, 3>& dqdt);
+/// On the rim itself, where the sweep takes nothing: at slip walls the normal part, as a mirror
+/// gives it; at free faces all, so that a flow that is the same along the axis is not disturbed.
+void add_rim_stress(const Metrics& metrics, const Rim& rim, const State& state,
+                    const Velocities& velocities, const ShearCoefficients& shear,
+                    std::array<Field, 3>& dqdt);
 
 }  // namespace flow

@@ -55,16 +55,6 @@ ShearCoefficient coefficient_of(const Group& group, int axis, const BoundaryFace
   return {linear, linear};
 }
 
-/// The transposed part of the normal stress at a slip wall, as a mirror gives it.
-double mirrored_stress(const Metrics& metrics, int axis, const BoundaryFace& at,
-                       const State& state, const Velocities& velocities) {
-  const auto a = static_cast<std::size_t>(axis);
-  const Field& face = velocities.face[a];
-  const double stretching = (face[at.cell] - face[at.cell - face.box().stride(axis)]) *
-                            AxisMetric::at(metrics[a].inv_width, at.index[a]);
-  return at.side * (state.mu[at.cell] + state.mut[at.cell]) * stretching;
-}
-
 }  // namespace
 
 double friction_velocity(double speed, double y, double nu) {
@@ -102,10 +92,9 @@ void add_wall_shear(const GridTables& grid, const Metrics& metrics, const Rim& r
       const double inv_width = AxisMetric::at(metrics[a].inv_width, at.index[a]);
       for (std::size_t b = 0; b < 3; ++b) {
         if (!grid.box.computed(static_cast<int>(b))) continue;
-        const bool slip = group.iv == VelocityAt::slip;
-        const double wall = slip ? 0.0 : group.velocity[b];
-        double stress = (a == b ? h.normal : h.along) * (wall - velocities.cell[b][at.cell]);
-        if (slip && a == b) stress += mirrored_stress(metrics, axis, at, state, velocities);
+        const double wall = group.iv == VelocityAt::slip ? 0.0 : group.velocity[b];
+        const double stress =
+            (a == b ? h.normal : h.along) * (wall - velocities.cell[b][at.cell]);
         dqdt[b][at.cell] += stress * inv_width;
       }
     }

@@ -1,4 +1,4 @@
-// Shear that the rim exerts on the air beside it.
+// Shear that the walls exert on the air beside them.
 //
 // A wall holds the air back by its shear stress: by the molecular viscosity over the half cell, or
 // by the law of the wall, which stands for the steep profile that a cell cannot resolve. Faces

@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-#include "flow/record.hpp"
+#include "flow/input/record.hpp"
 #include "flow/settings.hpp"
 
 namespace flow {

@@ -1,12 +1,12 @@
-#include "flow/control.hpp"
+#include "flow/input/control.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
-#include "flow/record.hpp"
-#include "flow/schedule.hpp"
-#include "flow/unsteady.hpp"
+#include "flow/input/record.hpp"
+#include "flow/input/schedule.hpp"
+#include "flow/input/unsteady.hpp"
 #include "frame/whole_run.hpp"
 
 namespace flow {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "flow/record.hpp"
+#include "flow/input/record.hpp"
 
 namespace flow {
 

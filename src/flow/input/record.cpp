@@ -1,4 +1,4 @@
-#include "flow/record.hpp"
+#include "flow/input/record.hpp"
 
 #include <algorithm>
 

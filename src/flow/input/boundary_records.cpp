@@ -1,10 +1,9 @@
-#include "flow/boundary.hpp"
-
 #include <algorithm>
 #include <numeric>
 #include <string>
 
-#include "flow/record.hpp"
+#include "flow/boundary.hpp"
+#include "flow/input/record.hpp"
 
 namespace flow {
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "flow/control.hpp"
-#include "flow/record.hpp"
-#include "flow/schedule.hpp"
+#include "flow/input/control.hpp"
+#include "flow/input/record.hpp"
+#include "flow/input/schedule.hpp"
 
 namespace flow {
 

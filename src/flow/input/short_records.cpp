@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "flow/control.hpp"
-#include "flow/record.hpp"
+#include "flow/input/control.hpp"
+#include "flow/input/record.hpp"
 
 namespace flow {
 

@@ -1,5 +1,5 @@
-#include "flow/control.hpp"
-#include "flow/record.hpp"
+#include "flow/input/control.hpp"
+#include "flow/input/record.hpp"
 
 namespace flow {
 

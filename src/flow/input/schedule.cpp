@@ -1,4 +1,4 @@
-#include "flow/schedule.hpp"
+#include "flow/input/schedule.hpp"
 
 #include <algorithm>
 #include <cmath>

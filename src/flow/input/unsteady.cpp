@@ -1,4 +1,4 @@
-#include "flow/unsteady.hpp"
+#include "flow/input/unsteady.hpp"
 
 #include <cmath>
 #include <cstdint>
