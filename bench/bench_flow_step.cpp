@@ -46,8 +46,7 @@ void step(Swirls& x) {
   flow::flw_clprop(run.settings.species, run.state);
   run.state.dt = flow::flw_cldelt(run.settings.control, run.work.metrics, run.openings, run.state,
                                   run.work.scratch);
-  std::copy(run.state.r[0].all().begin(), run.state.r[0].all().end(),
-            run.state.r[2].all().begin());
+  std::copy(run.state.r[0].all().begin(), run.state.r[0].all().end(), run.state.r[2].all().begin());
   std::fill(run.state.p.all().begin(), run.state.p.all().end(), 0.0);
   flow::flw_cldvdt(x.log, x.domain(), 1e-3 * run.state.dt, run.work.momentum, run.state);
   flow::flw_clsolid(run.work.rim, run.state);
@@ -141,8 +140,7 @@ BENCHMARK(density_and_limit)->Unit(benchmark::kMillisecond);
 void monitors(benchmark::State& state) {
   Swirls& x = swirls();
   for ([[maybe_unused]] auto turn : state) {
-    benchmark::DoNotOptimize(
-        flow::take_monitors(x.run.openings.fluid, x.run.state, false));
+    benchmark::DoNotOptimize(flow::take_monitors(x.run.openings.fluid, x.run.state, false));
   }
 }
 BENCHMARK(monitors)->Unit(benchmark::kMillisecond);

@@ -45,9 +45,8 @@ void take_divergence(const Metrics& metrics, int axis, Field& dqdt, Flux&& flux)
 }
 
 /// The sweep of flw_cladv0 for one variable, as the scheme is written down.
-inline void advect(const Metrics& metrics, const flow::Rim& rim,
-                   const std::array<Field, 3>& ru, const Field& q,
-                   double acrk, Field& dqdt) {
+inline void advect(const Metrics& metrics, const flow::Rim& rim, const std::array<Field, 3>& ru,
+                   const Field& q, double acrk, Field& dqdt) {
   const double kappa = std::fmin(std::fmax(acrk, -1.0), 1.0);
   const double c1 = (1.0 + kappa) / 4.0;
   const double c2 = (1.0 - kappa) / 4.0;

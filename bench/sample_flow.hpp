@@ -25,7 +25,8 @@ inline std::vector<double> equal(std::int32_t cells, double length = 1.0) {
 inline std::vector<double> clustered(std::int32_t cells, double strength = 1.5) {
   std::vector<double> nodes;
   for (std::int32_t i = 0; i <= cells; ++i) {
-    nodes.push_back(0.5 + 0.5 * std::tanh(strength * (2.0 * i / cells - 1.0)) / std::tanh(strength));
+    nodes.push_back(0.5 +
+                    0.5 * std::tanh(strength * (2.0 * i / cells - 1.0)) / std::tanh(strength));
   }
   return nodes;
 }
@@ -67,7 +68,8 @@ struct FlowCase {
     end(axis, 1, iv);
   }
   void symmetric(int axis) {
-    run.boundary.ends[static_cast<std::size_t>(axis)] = {flow::End::symmetric, flow::End::symmetric};
+    run.boundary.ends[static_cast<std::size_t>(axis)] = {flow::End::symmetric,
+                                                         flow::End::symmetric};
   }
 
   /// Velocity on all faces by `velocity(axis, x)`, then all that stands before the first step.

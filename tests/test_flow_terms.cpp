@@ -56,7 +56,8 @@ struct RandomBox {
 
 TEST(FlowTerms, HaveTheBitsOfThePlainForms) {
   std::uint32_t seed = 0;
-  for (const Triple& cells : {Triple{13, 7, 5}, Triple{34, 6, 1}, Triple{1, 9, 8}, Triple{2, 1, 3}}) {
+  for (const Triple& cells :
+       {Triple{13, 7, 5}, Triple{34, 6, 1}, Triple{1, 9, 8}, Triple{2, 1, 3}}) {
     for (const double acrk : {1.0 / 3.0, -1.0, 1.0, 1.005, 1.01, 2.0}) {
       RandomBox x(cells, ++seed);
       std::ostringstream out;
@@ -68,7 +69,8 @@ TEST(FlowTerms, HaveTheBitsOfThePlainForms) {
         all[b] = {&x.velocities.cell[b], &fast[b], b};
         plain::advect(x.metrics, x.rim, x.state.ru, x.velocities.cell[b], acrk, plain[b]);
       }
-      flow::flw_cladv0(log, x.metrics, x.rim, x.state.ru, flow::Variable::momentum, all, acrk, x.rows);
+      flow::flw_cladv0(log, x.metrics, x.rim, x.state.ru, flow::Variable::momentum, all, acrk,
+                       x.rows);
       flow::flw_cldifv(x.metrics, x.rim, x.state, x.velocities, {}, x.rows, fast);
       for (int b = 0; b < 3; ++b) {
         if (!x.grid.box.computed(b)) continue;

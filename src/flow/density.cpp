@@ -46,8 +46,7 @@ void set_density(const Settings& settings, const GridTables& grid, State& state)
     for (std::size_t s = 0; s < state.ys.size(); ++s) {
       add_moles(count, state.ys[s].data() + place, settings.species.wm[s], r);
     }
-    const double base =
-        state.pt + column.at({0.0, grid.axis[1].xc(j), grid.axis[2].xc(k)});
+    const double base = state.pt + column.at({0.0, grid.axis[1].xc(j), grid.axis[2].xc(k)});
     divide_row(count, base, column.slope[0], centre, state.t.data() + place, r);
   });
 }

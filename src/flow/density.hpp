@@ -15,7 +15,7 @@ namespace flow {
 /// What the pressure of the equation of state adds to the thermodynamic one at a place: with
 /// `idrdp` 2 the column of ambient air above or below the first node, else nothing.
 struct AirColumn {
-  Vector slope{};  ///< rate along each axis [Pa/m]
+  Vector slope{};   ///< rate along each axis [Pa/m]
   Vector origin{};  ///< the first node [m]
 
   [[nodiscard]] double at(const Vector& x) const {

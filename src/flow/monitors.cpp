@@ -97,7 +97,8 @@ Monitors take_monitors(const Flags& fluid, const State& state, bool turbulent) {
   for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     const auto n = static_cast<std::size_t>(box.n[0]);
     for (std::size_t i = 0; i < n; i += kBlock) {
-      const Cells cells{place + i, std::min(kBlock, n - i), {static_cast<std::int32_t>(i) + 1, j, k}};
+      const Cells cells{
+          place + i, std::min(kBlock, n - i), {static_cast<std::int32_t>(i) + 1, j, k}};
       take_block(fluid, state, turbulent, cells, found);
     }
   });

@@ -15,7 +15,7 @@ struct Extreme {
 };
 
 struct Monitors {
-  Extreme velocity;  ///< speed at the centre [m/s]
+  Extreme velocity;          ///< speed at the centre [m/s]
   Extreme warmest, coldest;  ///< [K]
   Extreme mut;               ///< [Pa s]
   bool finite = true;        ///< speed, t and p of all fluid cells are finite

@@ -156,8 +156,7 @@ void set_normal_fluxes(const Settings& settings, const GridTables& grid, const B
     for (const auto& at : rim.faces[a]) {
       const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
       if (group.iv == VelocityAt::free) continue;
-      state.ru[a][at.face] =
-          given_flux(group, axis, column, face_centre(grid, axis, at), state.pt);
+      state.ru[a][at.face] = given_flux(group, axis, column, face_centre(grid, axis, at), state.pt);
     }
     for (const std::size_t face : rim.closed_faces[a]) state.ru[a][face] = 0.0;
     fill_face_halos(state.ru[a], axis, boundary.ends);

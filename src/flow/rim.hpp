@@ -27,9 +27,9 @@ struct Rim {
   std::array<Field, 3> inner;  ///< open fraction of a face between two cells of fluid, else 0
   std::vector<Group> groups;   ///< those of the boundary, and a slip wall behind them
   std::array<std::vector<BoundaryFace>, 3> faces;  ///< by axis; `group` points into `groups`
-  std::array<std::vector<double>, 3> open;  ///< open fraction of each of these faces
+  std::array<std::vector<double>, 3> open;         ///< open fraction of each of these faces
   std::array<std::vector<FreeFace>, 3> free;
-  std::vector<std::size_t> closed_cells;           ///< not fluid
+  std::vector<std::size_t> closed_cells;                 ///< not fluid
   std::array<std::vector<std::size_t>, 3> closed_faces;  ///< neither inner nor with a condition
 };
 

@@ -73,8 +73,8 @@ void prepare(frame::Log& log, Run& run) {
     work.momentum = make_momentum(log, domain_of(run));
     work.scratch.assign(3 * static_cast<std::size_t>(box.n[0]), 0.0);
   });
-  work.pressure = make_pressure_step(log, run.settings, run.grid, run.openings, run.boundary,
-                                     run.faces);
+  work.pressure =
+      make_pressure_step(log, run.settings, run.grid, run.openings, run.boundary, run.faces);
   fill_first_halos(run);
   set_density(run.settings, run.grid, run.state);
   flw_clprop(run.settings.species, run.state);

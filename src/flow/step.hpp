@@ -1,7 +1,7 @@
 // One step of the flow: what stands between two outputs.
 //
-// The driver calls prepare once, when grid, boundary, openings and the first p, t, ys, ru and pt are
-// there, and advance once a step; it writes nothing of its own into the fields in between.
+// The driver calls prepare once, when grid, boundary, openings and the first p, t, ys, ru and pt
+// are there, and advance once a step; it writes nothing of its own into the fields in between.
 #pragma once
 
 #include "flow/run.hpp"

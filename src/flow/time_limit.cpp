@@ -26,8 +26,8 @@ FLOW_INLINE void add_rate(std::size_t count, const Faces& at, const double* diff
     const double below = std::fabs(at.ru[i - at.s] * at.open[i - at.s]);
     const double above = std::fabs(at.ru[i] * at.open[i]);
     const double open = larger(at.open[i - at.s], at.open[i]);
-    rate[i] += larger(below, above) * inv_width[i] +
-               diffusion[i] * (open / (narrow[i] * narrow[i]));
+    rate[i] +=
+        larger(below, above) * inv_width[i] + diffusion[i] * (open / (narrow[i] * narrow[i]));
   }
 }
 

@@ -73,22 +73,22 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
   const Muscl muscl(acrk);
   std::array<Field*, kSweepWidth> dqdt{};
   for (std::size_t v = 0; v < advected.size(); ++v) dqdt[v] = advected[v].dqdt;
-  subtract_divergence(
-      box, metrics, std::span(dqdt).first(advected.size()), rows,
-      [&](const FaceRow& row, const FluxRows& out) {
-        const auto a = static_cast<std::size_t>(row.axis);
-        double* const m = rows.scratch.data();
-        mass_row(row.count, rim.inner[a].data() + row.place, ru[a].data() + row.place, m);
-        const std::size_t stride = box.stride(row.axis);
-        for (std::size_t v = 0; v < advected.size(); ++v) {
-          const double* const q = advected[v].q->data() + row.place;
-          if (muscl.upwind) {
-            upwind_row(row.count, m, q, stride, out[v]);
-          } else {
-            muscl_row(row.count, muscl.c1, muscl.c2, muscl.b, m, q, stride, out[v]);
-          }
-        }
-      });
+  subtract_divergence(box, metrics, std::span(dqdt).first(advected.size()), rows,
+                      [&](const FaceRow& row, const FluxRows& out) {
+                        const auto a = static_cast<std::size_t>(row.axis);
+                        double* const m = rows.scratch.data();
+                        mass_row(row.count, rim.inner[a].data() + row.place,
+                                 ru[a].data() + row.place, m);
+                        const std::size_t stride = box.stride(row.axis);
+                        for (std::size_t v = 0; v < advected.size(); ++v) {
+                          const double* const q = advected[v].q->data() + row.place;
+                          if (muscl.upwind) {
+                            upwind_row(row.count, m, q, stride, out[v]);
+                          } else {
+                            muscl_row(row.count, muscl.c1, muscl.c2, muscl.b, m, q, stride, out[v]);
+                          }
+                        }
+                      });
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
     for (const Advected& one : advected) {

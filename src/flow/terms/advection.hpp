@@ -35,9 +35,10 @@ struct Muscl {
 /// across that face, `behind` that across the opposite one, both along the way.
 double limited_slope(const Muscl& muscl, double ahead, double behind);
 
-/// At most kSweepWidth variables go through together. Reads the mass fluxes ru and the values q; adds to dqdt the mass that comes in times its value, per volume.
-/// Inflow through the rim carries the given value, outflow that of the cell.
-/// Errors: "### program error -1- (flw_cladv0)" (-2-, -3- in y and z) for a class unknown.
+/// At most kSweepWidth variables go through together. Reads the mass fluxes ru and the values q;
+/// adds to dqdt the mass that comes in times its value, per volume. Inflow through the rim carries
+/// the given value, outflow that of the cell. Errors: "### program error -1- (flw_cladv0)" (-2-,
+/// -3- in y and z) for a class unknown.
 void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
                 const std::array<Field, 3>& ru, Variable variable,
                 std::span<const Advected> advected, double acrk, SweepRows& rows);

@@ -54,19 +54,19 @@ void for_rates(const Domain& domain, const Field& dqdt, int axis, const State& s
                std::span<double> scratch, Use&& use) {
   const auto a = static_cast<std::size_t>(axis);
   const auto& control = domain.settings.control;
-  for_face_rows(dqdt.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j,
-                                      std::int32_t k) {
-    const Rows at{dqdt.data() + place,         domain.openings.gmc.data() + place,
-                  state.p.data() + place,      state.r[0].data() + place,
-                  domain.rim.inner[a].data() + place, dqdt.box().stride(axis),
-                  control.gravity[a],          domain.settings.ambient.ramb};
-    if (axis == 0) {
-      rates_along(count, at, domain.metrics[0], scratch.data());
-    } else {
-      rates_across(count, at, domain.metrics[a], axis == 1 ? j : k, scratch.data());
-    }
-    use(place, count);
-  });
+  for_face_rows(
+      dqdt.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+        const Rows at{
+            dqdt.data() + place,       domain.openings.gmc.data() + place, state.p.data() + place,
+            state.r[0].data() + place, domain.rim.inner[a].data() + place, dqdt.box().stride(axis),
+            control.gravity[a],        domain.settings.ambient.ramb};
+        if (axis == 0) {
+          rates_along(count, at, domain.metrics[0], scratch.data());
+        } else {
+          rates_across(count, at, domain.metrics[a], axis == 1 ? j : k, scratch.data());
+        }
+        use(place, count);
+      });
 }
 
 /// Pressure that a condition holds at a face: the given one, or the column of the ambient air over

@@ -19,9 +19,9 @@ inline constexpr std::size_t kSweepWidth = 3;  ///< variables that go through to
 /// The rows of fluxes that a sweep keeps; sized once, for a box.
 struct SweepRows {
   using Rows = std::array<std::vector<double>, kSweepWidth>;
-  Rows fresh;  ///< the row of faces being formed
-  Rows below;  ///< of the faces of the row of cells before (y)
-  Rows under;  ///< of the faces of the plane of cells before (z)
+  Rows fresh;                   ///< the row of faces being formed
+  Rows below;                   ///< of the faces of the row of cells before (y)
+  Rows under;                   ///< of the faces of the plane of cells before (z)
   std::vector<double> scratch;  ///< one row for the use of the flux
 
   SweepRows() = default;

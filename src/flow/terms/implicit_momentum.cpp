@@ -10,9 +10,9 @@ namespace {
 
 /// A face between two cells, and its part in the rows of both.
 struct Coupling {
-  std::size_t lower, upper;          ///< cells; their own places beyond a periodic end too
-  std::int32_t index;                ///< of the face along its axis
-  double mass, viscosity;            ///< through the face; viscosity over distance
+  std::size_t lower, upper;  ///< cells; their own places beyond a periodic end too
+  std::int32_t index;        ///< of the face along its axis
+  double mass, viscosity;    ///< through the face; viscosity over distance
 };
 
 /// Rows of one component; `scale` is dt over the open volume fraction.
@@ -53,23 +53,27 @@ void add_inner_faces(const RowsOf& of, int across) {
   const AxisMetric& metric = of.domain.metrics[a];
   const State& state = of.state;
   const std::size_t s = state.mu.box().stride(across);
-  for_face_rows(state.mu.box(), across, [&](std::size_t place, std::size_t count, std::int32_t j,
-                                            std::int32_t k) {
-    for (std::size_t c = place; c < place + count; ++c) {
-      const double inner = of.domain.rim.inner[a][c];
-      if (inner <= 0.0) continue;
-      const std::int32_t f =
-          across == 0 ? static_cast<std::int32_t>(c - place) : across == 1 ? j : k;
-      const double mean = AxisMetric::at(metric.lower, f) * (state.mu[c] + state.mut[c]) +
-                          AxisMetric::at(metric.upper, f) * (state.mu[c + s] + state.mut[c + s]);
-      // The transposed part doubles the normal stress.
-      const double part = !of.domain.settings.control.ivisc ? 0.0 : across == of.axis ? 2.0 : 1.0;
-      add_coupling(of, across,
-                   {c, c + s, f, inner * state.ru[a][c],
-                    part * inner * mean * AxisMetric::at(metric.inv_gap, f)},
-                   f + 1);
-    }
-  });
+  for_face_rows(state.mu.box(), across,
+                [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+                  for (std::size_t c = place; c < place + count; ++c) {
+                    const double inner = of.domain.rim.inner[a][c];
+                    if (inner <= 0.0) continue;
+                    const std::int32_t f = across == 0   ? static_cast<std::int32_t>(c - place)
+                                           : across == 1 ? j
+                                                         : k;
+                    const double mean =
+                        AxisMetric::at(metric.lower, f) * (state.mu[c] + state.mut[c]) +
+                        AxisMetric::at(metric.upper, f) * (state.mu[c + s] + state.mut[c + s]);
+                    // The transposed part doubles the normal stress.
+                    const double part = !of.domain.settings.control.ivisc ? 0.0
+                                        : across == of.axis               ? 2.0
+                                                                          : 1.0;
+                    add_coupling(of, across,
+                                 {c, c + s, f, inner * state.ru[a][c],
+                                  part * inner * mean * AxisMetric::at(metric.inv_gap, f)},
+                                 f + 1);
+                  }
+                });
 }
 
 /// Walls hold the change of the momentum back, what leaves carries it off.
@@ -107,13 +111,58 @@ void set_right_side(const Domain& domain, int axis, double dt, const Field& rate
   });
 }
 
+/// What the change of the fluxes of one axis is made of; `solved` is that of the cells' momentum.
+struct Change {
+  const Domain& domain;
+  const Field& rate;
+  const Field& diagonal;
+  const Field& solved;
+  int axis;
+  double dt;
+
+  /// Rate at the centre of the cell below face f.
+  [[nodiscard]] double centre(std::size_t f) const {
+    return 0.5 * (rate[f - rate.box().stride(axis)] + rate[f]);
+  }
+  /// By the parts of the cells below and above a face; `above` of f+s.
+  [[nodiscard]] double of(std::size_t f, std::size_t above, double lower, double upper) const {
+    const double lost = rate[f] - (lower * centre(f) + upper * centre(above));
+    const double held = lower * diagonal[f] + upper * diagonal[above];
+    return lower * solved[f] + upper * solved[above] + dt * lost / held;
+  }
+};
+
+void set_change(const Change& from, Field& change) {
+  const auto a = static_cast<std::size_t>(from.axis);
+  const AxisMetric& metric = from.domain.metrics[a];
+  const std::size_t s = change.box().stride(from.axis);
+  const Field& inner = from.domain.rim.inner[a];
+  for_face_rows(change.box(), from.axis,
+                [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+                  for (std::size_t c = place; c < place + count; ++c) {
+                    const std::int32_t f = from.axis == 0   ? static_cast<std::int32_t>(c - place)
+                                           : from.axis == 1 ? j
+                                                            : k;
+                    change[c] = inner[c] <= 0.0 ? 0.0
+                                                : from.of(c, c + s, AxisMetric::at(metric.lower, f),
+                                                          AxisMetric::at(metric.upper, f));
+                  }
+                });
+  for (const FreeFace& free : from.domain.rim.free[a]) {
+    const BoundaryFace& at = from.domain.rim.faces[a][free.number];
+    const double lost = from.rate[at.face] - from.centre(at.cell);
+    change[at.face] = from.solved[at.cell] + from.dt * lost / from.diagonal[at.cell];
+  }
+}
+
 }  // namespace
 
 ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain) {
   if (!domain.settings.control.implicit()) return {};
   return {SevenPoint(domain.grid.box),
           make_implicit_work(log, domain.openings.fluid, domain.boundary.periodic_y()),
-          Field(domain.grid.box)};
+          Field(domain.grid.box),
+          {Field(domain.grid.box), Field(domain.grid.box), Field(domain.grid.box)}};
 }
 
 void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear, int axis,
@@ -126,25 +175,20 @@ void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients
   const auto& control = domain.settings.control;
   flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
   fill_halos(dqdt, domain.boundary.ends);
+  fill_halos(work.rows.diagonal, domain.boundary.ends);
+  fill_face_halos(work.rate, axis, domain.boundary.ends);
+  set_change({domain, work.rate, work.rows.diagonal, dqdt, axis, dt},
+             work.change[static_cast<std::size_t>(axis)]);
 }
 
-void add_change(const Domain& domain, int axis, const Field& change, State& state) {
-  const auto a = static_cast<std::size_t>(axis);
-  Field& ru = state.ru[a];
-  const AxisMetric& metric = domain.metrics[a];
-  const std::size_t s = ru.box().stride(axis);
-  for_face_rows(ru.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j,
-                                    std::int32_t k) {
-    for (std::size_t c = place; c < place + count; ++c) {
-      if (domain.rim.inner[a][c] <= 0.0) continue;
-      const std::int32_t f = axis == 0 ? static_cast<std::int32_t>(c - place) : axis == 1 ? j : k;
-      ru[c] += AxisMetric::at(metric.lower, f) * change[c] +
-               AxisMetric::at(metric.upper, f) * change[c + s];
-    }
-  });
-  for (const BoundaryFace& at : domain.rim.faces[a]) {
-    const Group& group = domain.rim.groups[static_cast<std::size_t>(at.group)];
-    if (group.iv == VelocityAt::free) ru[at.face] += change[at.cell];
+void add_changes(const ImplicitMomentum& work, State& state) {
+  for (int axis = 0; axis < 3; ++axis) {
+    const auto a = static_cast<std::size_t>(axis);
+    Field& ru = state.ru[a];
+    if (!ru.box().computed(axis)) continue;
+    for_face_rows(ru.box(), axis, [&](std::size_t place, std::size_t count, auto, auto) {
+      for (std::size_t f = place; f < place + count; ++f) ru[f] += work.change[a][f];
+    });
   }
 }
 

@@ -49,18 +49,18 @@ void advance_fluxes(frame::Log& log, const Domain& domain, double dt, Momentum& 
       advance_faces(domain, work.dqdt[a], axis, dt, work.rows.scratch, state);
     }
   });
-  if (!domain.settings.control.implicit()) return;
-  for_components(domain, [&](int axis, std::size_t a) {
-    add_change(domain, axis, work.dqdt[a], state);
-  });
+  if (domain.settings.control.implicit()) add_changes(work.implicit, state);
 }
 
 }  // namespace
 
 Momentum make_momentum(frame::Log& log, const Domain& domain) {
   const Box& box = domain.grid.box;
-  return {Velocities(box), make_shear(domain.rim), SweepRows(box),
-          {Field(box), Field(box), Field(box)}, make_implicit_momentum(log, domain)};
+  return {Velocities(box),
+          make_shear(domain.rim),
+          SweepRows(box),
+          {Field(box), Field(box), Field(box)},
+          make_implicit_momentum(log, domain)};
 }
 
 void flw_cldvdt(frame::Log& log, const Domain& domain, double dt, Momentum& work, State& state) {

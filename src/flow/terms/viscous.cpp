@@ -20,8 +20,7 @@ FLOW_INLINE void viscosity_row(std::size_t count, const double* mu, const double
 template <class Weight>
 FLOW_INLINE void normal_row(std::size_t count, const double* viscosity, const double* u,
                             const double* face, std::size_t s, Weight gap, Weight lower,
-                            Weight upper, Weight width, Weight next_width,
-                            double* __restrict out) {
+                            Weight upper, Weight width, Weight next_width, double* __restrict out) {
   const double* const before = face - s;
   const double* const next = face + s;
   for (std::size_t i = 0; i < count; ++i) {
@@ -84,8 +83,8 @@ FLOW_CLONES void stress_across(const Source& from, const FaceRow& row, std::size
   };
   const Same gap = value(metric.inv_gap);
   if (component == a) {
-    normal_row(row.count, from.viscosity, u, face, s, gap, value(metric.lower),
-               value(metric.upper), value(metric.inv_width), value(metric.inv_width, 1), out);
+    normal_row(row.count, from.viscosity, u, face, s, gap, value(metric.lower), value(metric.upper),
+               value(metric.inv_width), value(metric.inv_width, 1), out);
   } else if (component == 0) {
     const Each span = AxisMetric::from(from.metrics[0].inv_span, 1);
     shear_row(row.count, from.viscosity, u, s, face, 1, gap, span, out);

@@ -22,8 +22,8 @@ void flw_cldifv(const Metrics& metrics, const Rim& rim, const State& state,
                 const Velocities& velocities, const ShearCoefficients& shear, SweepRows& rows,
                 std::array<Field, 3>& dqdt);
 
-/// The transposed part beside the rim. On the faces that stand on the rim: the sweep took velocities
-/// from beyond it for their gradient across it.
+/// The transposed part beside the rim. On the faces that stand on the rim: the sweep took
+/// velocities from beyond it for their gradient across it.
 void correct_standing_faces(const Metrics& metrics, const Rim& rim, const State& state,
                             const Velocities& velocities, const ShearCoefficients& shear,
                             std::array<Field, 3>& dqdt);

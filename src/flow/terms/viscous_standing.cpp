@@ -31,13 +31,18 @@ Ground ground_of(const Sweep& sweep, int axis, const BoundaryFace& at, double sh
   const double inv_gap = AxisMetric::at(sweep.metrics[a].inv_gap, at.side < 0 ? own - 1 : own);
   // Half of the edge belongs to each of the two cells beside a standing face.
   const double weight = 0.5 * AxisMetric::at(sweep.metrics[a].inv_span, own) / inv_gap;
-  return {axis,    at,    sweep.rim.groups[static_cast<std::size_t>(at.group)],
-          shear / std::max(viscosity, 1e-20), inv_gap, weight};
+  return {axis,
+          at,
+          sweep.rim.groups[static_cast<std::size_t>(at.group)],
+          shear / std::max(viscosity, 1e-20),
+          inv_gap,
+          weight};
 }
 
 /// The gradient across the rim of the velocity through a standing face, less what the sweep took
 /// for it.
-double change_of_gradient(const Ground& ground, const Field& face, std::size_t standing, int along) {
+double change_of_gradient(const Ground& ground, const Field& face, std::size_t standing,
+                          int along) {
   const std::size_t stride = face.box().stride(ground.axis);
   const double own = face[standing];
   const double beyond = face[ground.at.side < 0 ? standing - stride : standing + stride];
@@ -52,7 +57,8 @@ double viscosity_on(const Sweep& sweep, int along, std::size_t standing, std::in
   const State& state = sweep.state;
   const std::size_t next = standing + state.mu.box().stride(along);
   return sweep.rim.inner[t][standing] *
-         (AxisMetric::at(sweep.metrics[t].lower, lower) * (state.mu[standing] + state.mut[standing]) +
+         (AxisMetric::at(sweep.metrics[t].lower, lower) *
+              (state.mu[standing] + state.mut[standing]) +
           AxisMetric::at(sweep.metrics[t].upper, lower) * (state.mu[next] + state.mut[next]));
 }
 

@@ -93,8 +93,7 @@ void add_wall_shear(const GridTables& grid, const Metrics& metrics, const Rim& r
       for (std::size_t b = 0; b < 3; ++b) {
         if (!grid.box.computed(static_cast<int>(b))) continue;
         const double wall = group.iv == VelocityAt::slip ? 0.0 : group.velocity[b];
-        const double stress =
-            (a == b ? h.normal : h.along) * (wall - velocities.cell[b][at.cell]);
+        const double stress = (a == b ? h.normal : h.along) * (wall - velocities.cell[b][at.cell]);
         dqdt[b][at.cell] += stress * inv_width;
       }
     }
