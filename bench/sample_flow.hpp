@@ -135,7 +135,7 @@ struct FlowCase {
     const flow::Box& box = run.grid.box;
     flow::State& s = run.state;
     for (std::size_t a = 0; a < 3; ++a) {
-      s.r[a] = flow::Field(box, 1.0);
+      if (a < 2) s.r[a] = flow::Field(box, 1.0);
       s.ru[a] = flow::Field(box);
     }
     s.p = s.mu = s.mut = flow::Field(box);

@@ -31,7 +31,7 @@ AirColumn state_column(const Settings& settings, const GridTables& grid);
 void set_density(const Settings& settings, const GridTables& grid, State& state);
 
 /// flw_clrho: with `opens_step`, the first call of a step, level 2 first takes what level 1 was;
-/// then set_density. Level 3 takes the new level 1. Reads t, ys, pt; writes r.
+/// then set_density. Reads t, ys, pt; writes r.
 void flw_clrho(const Settings& settings, const GridTables& grid, bool opens_step, State& state);
 
 /// Density of the air that enters with the values of a group at the place `x` of its face.

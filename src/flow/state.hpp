@@ -22,7 +22,7 @@ struct Openings {
 };
 
 struct State {
-  std::array<Field, 3> r;     ///< density, levels 1 to 3 [kg/m3]
+  std::array<Field, 2> r;     ///< density: now, and at the step before [kg/m3]
   Field p;                    ///< pressure above the thermodynamic one [Pa]
   Field t;                    ///< [K]
   std::vector<Field> ys;      ///< mass fractions

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "flow/companions.hpp"
 #include "flow/density.hpp"
 #include "flow/halo.hpp"
 #include "flow/properties.hpp"
@@ -41,10 +42,6 @@ void fill_first_halos(Run& run) {
 double momentum_step(const Run& run) {
   const auto& control = run.settings.control;
   return control.implicit() ? control.momentum.dtmax : run.state.dt;
-}
-
-void keep_density(State& state) {
-  std::copy(state.r[0].all().begin(), state.r[0].all().end(), state.r[2].all().begin());
 }
 
 void momentum_and_pressure(frame::Log& log, frame::Accounts& accounts, Run& run) {
@@ -90,10 +87,11 @@ void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   flw_clrho(run.settings, run.grid, true, state);
   flw_clprop(run.settings.species, state);
   state.dt = flw_cldelt(control, run.work.metrics, run.openings, state, run.work.scratch);
+  sld_limit_deltt();
   state.time += state.dt;
   ++state.iter;
   frame::report_step(log, state.iter, state.time, state.dt);
-  keep_density(state);
+  stamp_wall_clock();
   if (!control.keeps_pressure) std::fill(state.p.all().begin(), state.p.all().end(), 0.0);
   momentum_and_pressure(log, accounts, run);
   flw_clsolid(run.work.rim, state);

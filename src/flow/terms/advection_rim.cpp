@@ -1,5 +1,6 @@
+#include <string>
+
 #include "flow/terms/advection.hpp"
-#include "frame/numbers.hpp"
 
 namespace flow {
 
@@ -39,8 +40,9 @@ RimValue scalar_at(const Group& group, Variable variable, std::size_t item) {
 
 void check(frame::Log& log, Variable variable, int axis) {
   if (variable >= Variable::momentum && variable <= Variable::turbulence) return;
-  log.program_error("### program error -" + std::string(1, static_cast<char>('1' + axis)) +
-                    "- (flw_cladv0)");
+  log.stop_with(frame::kStatusAbnormal, "### program error -" +
+                                            std::string(1, static_cast<char>('1' + axis)) +
+                                            "- (flw_cladv0)");
 }
 
 /// Twice the way from the centre to the face: what a mirrored cell beyond it would differ by.
