@@ -117,8 +117,11 @@ SolveResult flw_bcgstb(frame::Log& log, const SolveLimits& limits, BcgstbSystem&
   const double tolerance = std::max(limits.epsabs, limits.epsrel * first);
   Leaves how = Leaves::exhausted;
   for (bool moved = true;;) {
-    if (g.norm <= tolerance) how = Leaves::converged;
-    if (how == Leaves::converged || !std::isfinite(g.norm)) break;
+    if (!std::isfinite(g.norm)) break;
+    if (g.norm <= tolerance) {
+      how = Leaves::converged;
+      break;
+    }
     if (!moved) {
       g.step_along_residual();
       moved = true;

@@ -97,8 +97,11 @@ SolveResult flw_iccg(frame::Log& log, const SolveLimits& limits, IccgSystem& sys
   bool broken = false;
   for (bool begun = false;; begun = true) {
     if (begun) g.restart();  // with x = 0 the residual is the right side
-    if (g.norm <= tolerance) how = Leaves::converged;
-    if (how == Leaves::converged || !std::isfinite(g.norm)) break;
+    if (!std::isfinite(g.norm)) break;
+    if (g.norm <= tolerance) {
+      how = Leaves::converged;
+      break;
+    }
     if (g.rho == 0.0 || broken) {
       g.direct(0.0);
       g.advance(1.0);

@@ -171,7 +171,10 @@ void flw_iccg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid,
     set_scale(blocks, fluid, system);
     set_couplings(blocks, system);
     const double smallest = factorise(gsfcg, system);
-    if (!(smallest > 0.0)) interface_error(log, 1, "flw_iccg_pre");
+    if (!(smallest > 0.0)) {
+      log.line("%%% smallest pivot =", smallest, "; a smaller gsfcg may help, gsfcg =", gsfcg);
+      interface_error(log, 1, "flw_iccg_pre");
+    }
     set_wrap_factors(system);
   });
   system.passes = iccg_passes(set);

@@ -43,7 +43,9 @@ struct IccgSystem {
 
 /// Scales and factorises `blocks`; `fluid` is > 0 in the cells of the system. `set` is the set of
 /// instructions that the solution will use. The memory of `system` is taken anew.
-/// Errors: "### interface error -1- (flw_iccg_pre)" for a pivot that is not above 0.
+/// Errors: "### interface error -1- (flw_iccg_pre)" for a pivot that is not above 0, behind a line
+/// on the log that tells it: scaling spoils the balance of rows, and where neighbours differ much a
+/// gsfcg near 1 takes more from a pivot than it has.
 void flw_iccg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid, bool periodic_y,
                   double gsfcg, IccgSystem& system, InstructionSet set = widest_set());
 
