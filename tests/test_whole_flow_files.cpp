@@ -6,6 +6,7 @@
 #include <cstring>
 #include <thread>
 
+#include "flow/program.hpp"
 #include "run_case.hpp"
 
 #ifdef TOWNSKIN_FLOW_PROGRAM
@@ -235,6 +236,17 @@ TEST(FlowRun, StopsAtTheFileExit) {
   EXPECT_EQ(outcome.out, "%%% normaly terminated\n");
   EXPECT_EQ(sets_of(run), std::vector<std::int32_t>{1});
   EXPECT_TRUE(std::filesystem::exists(run.path("EXIT")));
+}
+
+TEST(FlowRun, ShowsItsProgressOnATerminalAndNothingElse) {
+  const RunCase run(kDuct);
+  std::ostringstream screen;
+  std::ostringstream errors;
+  EXPECT_EQ(flow::run_program({run.path().string(), screen, errors, true}), 0);
+  EXPECT_EQ(screen.str(), "%%% normaly terminated\n");
+  EXPECT_TRUE(errors.str().starts_with("\rstep 1 of at most 8, time "));
+  EXPECT_NE(errors.str().find("\rstep 8 of at most 8, time "), std::string::npos);
+  EXPECT_TRUE(errors.str().ends_with(" (100 %)    \n"));
 }
 
 TEST(FlowRun, WritesEveryFiftiethStepOnTheScreen) {
