@@ -9,6 +9,7 @@
 #include "dense_solve.hpp"
 #include "flow/linear/bcgstb_pre.hpp"
 #include "flow/linear/iccg_pre.hpp"
+#include "flow/linear/solve_limits.hpp"
 
 /// A box with every eighth cell an obstacle, and a right side.
 struct RandomCells {
@@ -130,3 +131,20 @@ struct RandomGeneral : RandomCells {
 
   flow::SevenPoint rows;
 };
+
+/// Limits of a solution on a box.
+inline flow::SolveLimits limits_of(const flow::Box& box, double epsrel, std::int32_t itmax = 500) {
+  flow::SolveLimits limits;
+  limits.epsrel = epsrel;
+  limits.itmax = itmax;
+  limits.nnorm = static_cast<double>(box.cells());
+  return limits;
+}
+
+/// Two cells in a row.
+inline flow::FiveBlocks pair_of(double coupling) {
+  flow::FiveBlocks blocks(flow::Box{{2, 1, 1}});
+  blocks.diagonal(1, 1, 1) = blocks.diagonal(2, 1, 1) = 1.0;
+  blocks.lower[0](2, 1, 1) = coupling;
+  return blocks;
+}
