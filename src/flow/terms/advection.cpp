@@ -91,9 +91,7 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
                       });
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    for (const Advected& one : advected) {
-      advect_rim(log, metrics, rim, ru, variable, one, muscl, axis);
-    }
+    advect_rim(log, metrics, rim, ru, variable, advected, muscl, axis);
   }
 }
 

@@ -46,7 +46,7 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
 /// What the rim changes: the sweep carries nothing through its faces, and takes the values beyond
 /// them as they stand. Same arguments; `axis` is the normal.
 void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& ru, Variable variable, const Advected& advected,
-                const Muscl& muscl, int axis);
+                const std::array<Field, 3>& ru, Variable variable,
+                std::span<const Advected> advected, const Muscl& muscl, int axis);
 
 }  // namespace flow

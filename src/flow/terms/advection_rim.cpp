@@ -40,9 +40,9 @@ RimValue scalar_at(const Group& group, Variable variable, std::size_t item) {
 
 void check(frame::Log& log, Variable variable, int axis) {
   if (variable >= Variable::momentum && variable <= Variable::turbulence) return;
-  log.stop_with(frame::kStatusAbnormal, "### program error -" +
-                                            std::string(1, static_cast<char>('1' + axis)) +
-                                            "- (flw_cladv0)");
+  log.stop_with(
+      frame::kStatusAbnormal,
+      "### program error -" + std::string(1, static_cast<char>('1' + axis)) + "- (flw_cladv0)");
 }
 
 /// Twice the way from the centre to the face: what a mirrored cell beyond it would differ by.
@@ -64,43 +64,63 @@ Neighbour cell_onward(const Box& box, int axis, const BoundaryFace& at) {
   return {at.cell + static_cast<std::size_t>(shift), index};
 }
 
+/// The mass that passes a face of the rim and the opposite face of its cell.
+struct Passage {
+  double leaving;  ///< out of the air
+  double onward;   ///< from the cell into the next one
+  Neighbour next;
+  double inv_width, next_inv_width;
+};
+
+Passage passage_of(const Rim& rim, const Field& ru, const AxisMetric& metric, int axis,
+                   std::size_t f) {
+  const auto a = static_cast<std::size_t>(axis);
+  const BoundaryFace& at = rim.faces[a][f];
+  const std::size_t opposite = at.side < 0 ? at.cell : at.cell - ru.box().stride(axis);
+  const Neighbour next = cell_onward(ru.box(), axis, at);
+  return {at.side * rim.open[a][f] * ru[at.face], -at.side * rim.inner[a][opposite] * ru[opposite],
+          next, AxisMetric::at(metric.inv_width, at.index[a]),
+          AxisMetric::at(metric.inv_width, next.index)};
+}
+
+void carry_through(const Box& box, int axis, const BoundaryFace& at, const Passage& through,
+                   const RimValue& value, const Muscl& muscl, const Advected& advected) {
+  const Field& q = *advected.q;
+  const double own = q[at.cell];
+  const bool carries_given = through.leaving < 0.0 && value.kind == RimValue::given;
+  (*advected.dqdt)[at.cell] -=
+      through.leaving * (carries_given ? value.value : own) * through.inv_width;
+
+  // If the cell is upwind of its opposite face, the slope that the sweep took for it had the value
+  // beyond the rim in it.
+  if (!(through.onward > 0.0)) return;
+  const std::size_t stride = box.stride(axis);
+  const double beyond = q[at.side < 0 ? at.cell - stride : at.cell + stride];
+  const double ahead = q[at.side < 0 ? at.cell + stride : at.cell - stride] - own;
+  const double change = limited_slope(muscl, ahead, -difference_across(value, own)) -
+                        limited_slope(muscl, ahead, own - beyond);
+  (*advected.dqdt)[at.cell] -= through.onward * change * through.inv_width;
+  (*advected.dqdt)[through.next.cell] += through.onward * change * through.next_inv_width;
+}
+
 }  // namespace
 
 void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& ru, Variable variable, const Advected& advected,
-                const Muscl& muscl, int axis) {
+                const std::array<Field, 3>& ru, Variable variable,
+                std::span<const Advected> advected, const Muscl& muscl, int axis) {
   check(log, variable, axis);
   const auto a = static_cast<std::size_t>(axis);
-  const Field& q = *advected.q;
-  const std::size_t stride = q.box().stride(axis);
+  const Box& box = ru[a].box();
   for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
     const BoundaryFace& at = rim.faces[a][f];
     const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
-    const RimValue value = variable == Variable::momentum
-                               ? momentum_at(group, axis, advected.item)
-                               : scalar_at(group, variable, advected.item);
-    const double own = q[at.cell];
-    const double inv_width = AxisMetric::at(metrics[a].inv_width, at.index[a]);
-
-    // Through the face itself.
-    const double leaving = at.side * rim.open[a][f] * ru[a][at.face];
-    const bool carries_given = leaving < 0.0 && value.kind == RimValue::given;
-    (*advected.dqdt)[at.cell] -= leaving * (carries_given ? value.value : own) * inv_width;
-
-    // Through the opposite face, if the cell is upwind of it: the slope that the sweep took had the
-    // value beyond the rim in it.
-    const std::size_t opposite = at.side < 0 ? at.cell : at.cell - stride;
-    const double onward = -at.side * rim.inner[a][opposite] * ru[a][opposite];
-    if (!(onward > 0.0)) continue;
-    const std::size_t next = at.side < 0 ? at.cell + stride : at.cell - stride;
-    const std::size_t beyond = at.side < 0 ? at.cell - stride : at.cell + stride;
-    const double ahead = q[next] - own;
-    const double change = limited_slope(muscl, ahead, -difference_across(value, own)) -
-                          limited_slope(muscl, ahead, own - q[beyond]);
-    const Neighbour neighbour = cell_onward(q.box(), axis, at);
-    (*advected.dqdt)[at.cell] -= onward * change * inv_width;
-    (*advected.dqdt)[neighbour.cell] +=
-        onward * change * AxisMetric::at(metrics[a].inv_width, neighbour.index);
+    const Passage through = passage_of(rim, ru[a], metrics[a], axis, f);
+    if (through.leaving == 0.0 && !(through.onward > 0.0)) continue;
+    for (const Advected& one : advected) {
+      const RimValue value = variable == Variable::momentum ? momentum_at(group, axis, one.item)
+                                                            : scalar_at(group, variable, one.item);
+      carry_through(box, axis, at, through, value, muscl, one);
+    }
   }
 }
 

@@ -48,25 +48,23 @@ FLOW_CLONES void add_row(std::size_t count, double dt, const double* rate, doubl
   for (std::size_t i = 0; i < count; ++i) ru[i] += dt * rate[i];
 }
 
-/// Calls `use(place, count)` for each row of faces, its rates in `scratch`.
-template <class Use>
-void for_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
-               std::span<double> scratch, Use&& use) {
+/// Rates of the row of faces at `place`; `f` is their index along an axis across the row.
+void set_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
+               std::size_t place, std::size_t count, std::int32_t f, double* out) {
   const auto a = static_cast<std::size_t>(axis);
-  const auto& control = domain.settings.control;
-  for_face_rows(
-      dqdt.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
-        const Rows at{
-            dqdt.data() + place,       domain.openings.gmc.data() + place, state.p.data() + place,
-            state.r[0].data() + place, domain.rim.inner[a].data() + place, dqdt.box().stride(axis),
-            control.gravity[a],        domain.settings.ambient.ramb};
-        if (axis == 0) {
-          rates_along(count, at, domain.metrics[0], scratch.data());
-        } else {
-          rates_across(count, at, domain.metrics[a], axis == 1 ? j : k, scratch.data());
-        }
-        use(place, count);
-      });
+  const Rows at{dqdt.data() + place,
+                domain.openings.gmc.data() + place,
+                state.p.data() + place,
+                state.r[0].data() + place,
+                domain.rim.inner[a].data() + place,
+                dqdt.box().stride(axis),
+                domain.settings.control.gravity[a],
+                domain.settings.ambient.ramb};
+  if (axis == 0) {
+    rates_along(count, at, domain.metrics[0], out);
+  } else {
+    rates_across(count, at, domain.metrics[a], f, out);
+  }
 }
 
 /// Pressure that a condition holds at a face: the given one, or the column of the ambient air over
@@ -109,21 +107,39 @@ void for_free_rates(const Domain& domain, const Field& dqdt, int axis, const Sta
 
 }  // namespace
 
-void advance_faces(const Domain& domain, const Field& dqdt, int axis, double dt,
+void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt, double dt,
                    std::span<double> scratch, State& state) {
-  Field& ru = state.ru[static_cast<std::size_t>(axis)];
-  for_rates(domain, dqdt, axis, state, scratch, [&](std::size_t place, std::size_t count) {
-    add_row(count, dt, scratch.data(), ru.data() + place);
+  const Box& box = domain.grid.box;
+  const auto n = static_cast<std::size_t>(box.n[0]);
+  const auto advance = [&](int axis, std::size_t place, std::size_t count, std::int32_t f) {
+    const auto a = static_cast<std::size_t>(axis);
+    set_rates(domain, dqdt[a], axis, state, place, count, f, scratch.data());
+    add_row(count, dt, scratch.data(), state.ru[a].data() + place);
+  };
+  // All axes row by row: they share density, pressure and volume.
+  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+    if (box.computed(0)) advance(0, place - 1, n + 1, 0);
+    for (const int axis : {1, 2}) {
+      const std::int32_t f = axis == 1 ? j : k;
+      if (!box.computed(axis)) continue;
+      if (f == 1) advance(axis, place - box.stride(axis), n, 0);
+      advance(axis, place, n, f);
+    }
   });
-  for_free_rates(domain, dqdt, axis, state,
-                 [&](std::size_t face, double rate) { ru[face] += dt * rate; });
+  for (int axis = 0; axis < 3; ++axis) {
+    const auto a = static_cast<std::size_t>(axis);
+    for_free_rates(domain, dqdt[a], axis, state,
+                   [&](std::size_t face, double rate) { state.ru[a][face] += dt * rate; });
+  }
 }
 
 void set_face_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
                     std::span<double> scratch, Field& rate) {
-  for_rates(domain, dqdt, axis, state, scratch, [&](std::size_t place, std::size_t count) {
-    std::copy_n(scratch.data(), count, rate.data() + place);
-  });
+  for_face_rows(
+      dqdt.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+        set_rates(domain, dqdt, axis, state, place, count, axis == 1 ? j : k, scratch.data());
+        std::copy_n(scratch.data(), count, rate.data() + place);
+      });
   for_free_rates(domain, dqdt, axis, state,
                  [&](std::size_t face, double value) { rate[face] = value; });
 }

@@ -1,4 +1,4 @@
-// Rates of change of the mass fluxes on the faces of one axis.
+// Rates of change of the mass fluxes on the faces.
 //
 // The last stage of the momentum predictor: the tendencies of the two cells beside a face in the
 // mean that is linear between their centres, the gradient of the pressure, and gravity on the
@@ -12,13 +12,13 @@
 
 namespace flow {
 
-/// Brings ru of `axis` forward by dt [s] at inner and free faces. Reads p, r level 1, and the
-/// tendencies `dqdt` of the centres, with halos along a periodic axis. Second order.
+/// Brings ru of the computed axes forward by dt [s] at inner and free faces. Reads p, r level 1,
+/// and the tendencies `dqdt` of the centres, with halos along a periodic axis. Second order.
 /// `scratch` holds a row of faces.
-void advance_faces(const Domain& domain, const Field& dqdt, int axis, double dt,
+void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt, double dt,
                    std::span<double> scratch, State& state);
 
-/// The same rates as a field: 0 at all other faces.
+/// The rates of one axis as a field, 0 at faces that are neither inner nor free.
 void set_face_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
                     std::span<double> scratch, Field& rate);
 

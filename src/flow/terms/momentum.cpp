@@ -39,17 +39,19 @@ void add_advection(frame::Log& log, const Domain& domain, Momentum& work, const 
 /// Stage 4 and the final assembly.
 void advance_fluxes(frame::Log& log, const Domain& domain, double dt, Momentum& work,
                     State& state) {
-  for_components(domain, [&](int axis, std::size_t a) {
+  for_components(domain, [&](int, std::size_t a) {
     const bool wraps = domain.boundary.ends[a][0] == End::periodic;
     if (wraps) fill_halos(work.dqdt[a], domain.boundary.ends);
-    if (domain.settings.control.implicit()) {
-      solve_change(log, domain, work.shear, axis, dt, work.rows.scratch, work.implicit, state,
-                   work.dqdt[a]);
-    } else {
-      advance_faces(domain, work.dqdt[a], axis, dt, work.rows.scratch, state);
-    }
   });
-  if (domain.settings.control.implicit()) add_changes(work.implicit, state);
+  if (!domain.settings.control.implicit()) {
+    advance_faces(domain, work.dqdt, dt, work.rows.scratch, state);
+    return;
+  }
+  for_components(domain, [&](int axis, std::size_t a) {
+    solve_change(log, domain, work.shear, axis, dt, work.rows.scratch, work.implicit, state,
+                 work.dqdt[a]);
+  });
+  add_changes(work.implicit, state);
 }
 
 }  // namespace
