@@ -6,7 +6,7 @@
 
 #include "run_case.hpp"
 
-#ifdef TOWNSKIN_PROGRAM
+#if defined(TOWNSKIN_PROGRAM) && defined(TOWNSKIN_FLOW_PROGRAM)
 namespace {
 
 using run_case::Lines;
@@ -39,6 +39,13 @@ std::vector<Row> rows_of(const fs::path& table) {
                       {}});
     } else if (line.starts_with(">> ")) {
       rows.back().lines.insert(rows.back().lines.end(), {"### error : data error", line.substr(3)});
+    } else if (line.starts_with(">= ")) {
+      const std::size_t blank = std::min(line.find(' ', 3), line.size());
+      const std::string routine = "(" + line.substr(3, blank - 3) + ")";
+      rows.back().lines.push_back("### data error " + routine);
+      std::istringstream words(line.substr(std::min(blank + 1, line.size())));
+      for (std::string word; std::getline(words, word, '|');) rows.back().lines.push_back(word);
+      rows.back().lines.push_back(routine);
     } else if (line.starts_with("> ")) {
       rows.back().lines.push_back(line.substr(2));
     } else {
@@ -103,7 +110,9 @@ const std::map<std::string, Lines> kWayUp = {{"frame", {}},
                                              {"prep", {"(tsrf_prep_init)", "(tsrf_main01)"}},
                                              {"month", {"(tsrf_prep_monthly)", "(tsrf_main01)"}},
                                              {"air", {"(tsrf_set_tqair)", "(tsrf_main01)"}},
-                                             {"step", {"(tsrf_admin)", "(tsrf_main01)"}}};
+                                             {"step", {"(tsrf_admin)", "(tsrf_main01)"}},
+                                             {"flow", {"(flw_main01)"}},
+                                             {"start", {"(flw_prep_init)", "(flw_main01)"}}};
 
 /// The last `count` lines as a text.
 std::string last_of(const Lines& lines, std::size_t count) {
@@ -115,9 +124,11 @@ std::string last_of(const Lines& lines, std::size_t count) {
 }
 
 void expect_outcome(const Row& row, const Outcome& outcome) {
-  if (row.stage == "stop" || row.stage == "open" || row.stage == "end") {
-    const bool on_screen = row.stage == "stop";
-    EXPECT_EQ(outcome.status, on_screen ? 1 : row.stage == "open" ? 2 : 0);
+  static const std::map<std::string, int> kWithoutTags = {
+      {"stop", 1}, {"halt", 231}, {"open", 2}, {"end", 0}};
+  if (const auto found = kWithoutTags.find(row.stage); found != kWithoutTags.end()) {
+    const bool on_screen = row.stage == "stop" || row.stage == "halt";
+    EXPECT_EQ(outcome.status, found->second);
     std::istringstream screen(outcome.out);
     Lines lines;
     for (std::string line; std::getline(screen, line);) lines.push_back(line);
@@ -142,9 +153,10 @@ TEST_P(Faults, AreReportedInOrder) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.place + ":" + row.title);
     const RunCase run(run_case::inputs_of(row.base));
-    ASSERT_TRUE(run.set_line("control.txt", 3, "-1 3 0"));
+    const bool flow = row.base.starts_with("flow_");
+    ASSERT_TRUE(flow || run.set_line("control.txt", 3, "-1 3 0"));
     for (const std::string& edit : row.edits) ASSERT_TRUE(edited(run, edit)) << edit;
-    expect_outcome(row, run.run());
+    expect_outcome(row, run.run(flow ? TOWNSKIN_FLOW_PROGRAM : TOWNSKIN_PROGRAM));
   }
 }
 
@@ -195,28 +207,35 @@ void expect_orderly_end(const std::string& base, const std::string& file, const 
   const RunCase run(kSource / "tests/cases" / base);
   ASSERT_TRUE(run.set_line("control.txt", 3, "-1 3 0"));
   run.write(file, text);
-  const Outcome outcome = run.run();
+  const Outcome outcome =
+      run.run(base.starts_with("flow_") ? TOWNSKIN_FLOW_PROGRAM : TOWNSKIN_PROGRAM);
   EXPECT_TRUE(outcome.status == 0 || outcome.status == 2 || outcome.status == 231)
       << file << " status " << outcome.status << '\n'
       << outcome.out << outcome.err << "begins with " << text.substr(0, 200);
 }
 
-TEST(Hostile, AnyFileCutAnywhereOrFilledWithAnything) {
+class Hostile : public testing::TestWithParam<std::string> {};
+
+TEST_P(Hostile, AnyFileCutAnywhereOrFilledWithAnything) {
   const std::vector<std::string> contents = hostile_contents();
-  for (const auto& entry : fs::directory_iterator(kSource / "tests/cases/flat")) {
+  const fs::path folder = kSource / "tests/cases" / GetParam();
+  for (const auto& entry : fs::directory_iterator(folder)) {
     if (!entry.is_regular_file()) continue;
     const std::string file = entry.path().filename().string();
-    const std::string whole = RunCase(kSource / "tests/cases/flat").content(file);
+    const std::string whole = RunCase(folder).content(file);
     for (std::size_t cut = 1; cut <= 8 && cut < whole.size(); ++cut) {
-      expect_orderly_end("flat", file, whole.substr(0, whole.size() * cut / 8 - cut));
+      expect_orderly_end(GetParam(), file, whole.substr(0, whole.size() * cut / 8 - cut));
     }
-    for (const std::string& content : contents) expect_orderly_end("flat", file, content);
+    for (const std::string& content : contents) expect_orderly_end(GetParam(), file, content);
   }
 }
 
+INSTANTIATE_TEST_SUITE_P(Cases, Hostile, testing::Values("flat", "flow_duct"),
+                         [](const auto& base) { return base.param; });
+
 INSTANTIATE_TEST_SUITE_P(Tables, Faults,
                          testing::Values("settings", "surfaces", "series", "frame", "buildings",
-                                         "trees", "dated"),
+                                         "trees", "dated", "flow", "flow_boundary"),
                          [](const auto& table) { return table.param; });
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "driver/result_files.hpp"
+#include "frame/file_names.hpp"
 
 namespace frame {
 
@@ -107,9 +108,7 @@ void check_names(Log& log, const FileNames& names) {
 
 }  // namespace
 
-std::string title(const FileRow& row) {
-  return std::string(row.label.substr(0, row.label.find_last_not_of(" :") + 1));
-}
+std::string title(const FileRow& row) { return title_of(row.label); }
 
 void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam) {
   const Tag tag(log, "(read_file_table)");

@@ -1,12 +1,10 @@
 #include "driver/result_files.hpp"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <vector>
 
+#include "frame/file_names.hpp"
 #include "inputs/calendar.hpp"
 
 namespace frame {
@@ -14,17 +12,6 @@ namespace frame {
 namespace {
 
 constexpr std::int32_t kMonths = 12;
-
-/// What tells a file from all others: two paths to one file have the same. Empty for a device.
-std::string identity(const std::string& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) == 0) {
-    if (!S_ISREG(info.st_mode)) return {};
-    return std::to_string(info.st_dev) + ":" + std::to_string(info.st_ino);
-  }
-  std::error_code ignored;
-  return std::filesystem::weakly_canonical(path, ignored).string();
-}
 
 bool is_written(Form form) { return form == Form::output || form == Form::records; }
 
@@ -92,11 +79,6 @@ class Files {
 };
 
 }  // namespace
-
-bool same_file(const std::string& a, const std::string& b) {
-  const std::string file = identity(a);
-  return !file.empty() && file == identity(b);
-}
 
 void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
                    const ubx_module_filnam::Data& filnam) {

@@ -21,9 +21,6 @@ namespace frame {
 void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
                    const ubx_module_filnam::Data& filnam);
 
-/// Whether two paths lead, or would lead, to the same file. Devices may serve several times.
-[[nodiscard]] bool same_file(const std::string& a, const std::string& b);
-
 /// Tells the log each result file and the rows that the run wrote into it, or that it wrote none.
 void report_results(Log& log, const UnitTable& units);
 

@@ -24,6 +24,7 @@
 #include "frame/log.hpp"
 #include "frame/process_layer.hpp"
 #include "frame/unit_table.hpp"
+#include "frame/whole_run.hpp"
 #include "inputs/calendar.hpp"
 #include "inputs/grid.hpp"
 #include "inputs/grid_index.hpp"
@@ -50,12 +51,6 @@
 
 namespace tsrf_main01 {
 
-struct GridSize {
-  std::int32_t mx = 0;
-  std::int32_t my = 0;
-  std::int32_t mz = 0;
-};
-
 /// What the fixed lines of the control data tell the surface model.
 struct ControlLines {
   std::int32_t iters = 0;         ///< iteration to resume after, or negative
@@ -77,7 +72,7 @@ struct Desk {
 
 /// What the files tell, and the series through time that stand at the present step.
 struct Inputs {
-  GridSize size;
+  frame::GridSize size;
   ControlLines control;
   Grid grid;
   Porous porous;

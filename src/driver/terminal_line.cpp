@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <ostream>
+#include <string>
 
 namespace tsrf_main01 {
 
@@ -12,12 +12,8 @@ constexpr double kSecondsPerHour = 3600.0;
 constexpr std::int64_t kHoursPerDay = 24;
 }  // namespace
 
-TerminalLine::~TerminalLine() {
-  if (terminal_ != nullptr && hour_ >= 0) *terminal_ << '\n' << std::flush;
-}
-
 void TerminalLine::show(std::int64_t iter, double time, const progress::Data& progress) {
-  if (terminal_ == nullptr) return;
+  if (!line_.on()) return;
   const auto hour = static_cast<std::int64_t>(std::floor(time / kSecondsPerHour));
   if (hour == hour_) return;
   hour_ = hour;
@@ -25,16 +21,16 @@ void TerminalLine::show(std::int64_t iter, double time, const progress::Data& pr
   const double done = 100.0 * static_cast<double>(iter - first_ + 1) / static_cast<double>(steps);
   std::array<char, 160> text{};
   std::snprintf(
-      text.data(), text.size(), "\rday %lld, hour %2lld, step %lld of at most %lld (%.0f %%)",
+      text.data(), text.size(), "day %lld, hour %2lld, step %lld of at most %lld (%.0f %%)",
       static_cast<long long>(hour / kHoursPerDay) + 1, static_cast<long long>(hour % kHoursPerDay),
       static_cast<long long>(iter), static_cast<long long>(last_), done);
-  *terminal_ << text.data();
+  std::string line = text.data();
   if (progress.res < 1.0) {
     std::snprintf(text.data(), text.size(), ", residual %.2E, some %lld s left", progress.res,
                   static_cast<long long>(progress.estimate));
-    *terminal_ << text.data();
+    line += text.data();
   }
-  *terminal_ << "    " << std::flush;
+  line_.show(line);
 }
 
 }  // namespace tsrf_main01

@@ -8,6 +8,7 @@
 #include <iosfwd>
 
 #include "driver/progress.hpp"
+#include "frame/updating_line.hpp"
 
 namespace tsrf_main01 {
 
@@ -15,16 +16,13 @@ class TerminalLine {
  public:
   /// Shows on `terminal`, or nothing where that is null.
   TerminalLine(std::ostream* terminal, std::int64_t first, std::int64_t last)
-      : terminal_(terminal), first_(first), last_(last) {}
-  ~TerminalLine();
-  TerminalLine(const TerminalLine&) = delete;
-  TerminalLine& operator=(const TerminalLine&) = delete;
+      : line_(terminal), first_(first), last_(last) {}
 
   /// To be called after each step, with the model time at its end [s].
   void show(std::int64_t iter, double time, const progress::Data& progress);
 
  private:
-  std::ostream* terminal_;
+  frame::UpdatingLine line_;
   std::int64_t first_;
   std::int64_t last_;
   std::int64_t hour_ = -1;  // what is shown now

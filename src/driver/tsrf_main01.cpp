@@ -8,6 +8,7 @@
 #include "driver/step_results.hpp"
 #include "driver/terminal_line.hpp"
 #include "driver/tsrf_admin.hpp"
+#include "frame/step_line.hpp"
 #include "inputs/grid.hpp"
 #include "results/restart.hpp"
 #include "surface/air_state.hpp"
@@ -20,7 +21,6 @@ namespace {
 constexpr double kSecondsPerDay = 86400.0;
 /// Time before any model time: the first call of tsrf_prep_monthly loads all months.
 constexpr double kBeforeTheRun = -1000.0;
-constexpr std::int64_t kScreenEvery = 50;
 
 /// Passes over one line of the control data that this model does not use.
 void skip_record(frame::TextInput& control) {
@@ -74,17 +74,6 @@ void set_calendar(Run& run) {
   run.inputs.calendar.origin = tsrf_module_calendar::date2sec({}, date0);
 }
 
-/// "iter=" and its numbers, as they stand on the log and, now and then, on standard output.
-void report_iteration(frame::Log& log, std::int64_t iter, double time, double dtmax) {
-  std::string line = "iter=";
-  frame::append_int(line, iter, 8);
-  frame::append_e13(line, time / kSecondsPerDay);
-  frame::append_e13(line, dtmax);
-  log.line(line);
-  if (iter % kScreenEvery == 0 && !log.is_screen()) log.screen(line);
-  log.flush();
-}
-
 bool stop_file_exists(const frame::UnitTable& units) {
   return ::access(units.path_of("EXIT").c_str(), F_OK) == 0;
 }
@@ -97,7 +86,7 @@ void march(Run& run, const Start& start) {
   double time = start.time;
   TerminalLine terminal(run.desk.terminal, start.iteration, run.inputs.control.itere);
   for (std::int64_t iter = start.iteration;; ++iter) {
-    report_iteration(run.desk.log, iter, time, dt);
+    frame::report_step(run.desk.log, iter, time / kSecondsPerDay, dt);
     tsrf_set_tqair::tsrf_set_tqair(run.desk.log, run.desk.units.input(frame::kUnitWeather), time,
                                    dt, run.inputs.calendar, run.inputs.weather, run.surface.data);
     if (run.trees.cells.CALJMK) {

@@ -79,14 +79,26 @@ struct BoundaryFaces {
 Boundary flw_read_bndcnd(frame::Log& log, frame::TextInput& file, const Triple& cells,
                          const Species& species, const Ambient& ambient);
 
+/// The mixture of a group: its mass fractions scaled to the sum 1, its mole fractions and its gas
+/// constant.
+void settle_mixture(Group& group, const Species& species);
+
 /// Spreads the groups over the faces: of two groups on a face the later holds; a block holds every
 /// face between a fluid and another cell within it or on its surface, never an end of the domain.
 /// Faces of an axis with one cell take no part. `fluid` is > 0 in fluid cells.
 BoundaryFaces list_faces(const Boundary& boundary, const Flags& fluid);
 
-/// Each face of a fluid cell towards a closed neighbour or an open end has a condition, and no
-/// other has one. The first offence, in cell order, ends the run.
+/// Each face of a fluid cell towards a closed neighbour, an open end or a plate (a sheet between
+/// two fluid cells) has a condition, and none stands on a symmetric or periodic end. The first
+/// offence, in cell order (k outer; faces -x +x -y +y -z +z), ends the run.
 void flw_prep_ckbnd1(frame::Log& log, const Boundary& boundary, const Flags& fluid,
                      const BoundaryFaces& faces);
+
+/// A plate is a wall: neither a given pressure nor a flow through it has sense there.
+void flw_prep_ckbnd2(frame::Log& log, const Boundary& boundary, const Flags& fluid,
+                     const BoundaryFaces& faces);
+
+/// True when the pressure is given at some face: else the thermodynamic pressure follows the mass.
+[[nodiscard]] bool holds_pressure(const Boundary& boundary, const BoundaryFaces& faces);
 
 }  // namespace flow

@@ -25,7 +25,7 @@ struct Box {
   Triple n{};  ///< cells in x, y, z
 
   [[nodiscard]] std::size_t extent(int axis) const {
-    return static_cast<std::size_t>(n[static_cast<std::size_t>(axis)] + 2 * kHalo);
+    return static_cast<std::size_t>(n[static_cast<std::size_t>(axis)]) + std::size_t{2 * kHalo};
   }
   /// Distance of neighbours along an axis.
   [[nodiscard]] std::size_t stride(int axis) const {
@@ -60,6 +60,7 @@ class FieldOf {
   [[nodiscard]] T* data() { return values_.data(); }
   [[nodiscard]] const T* data() const { return values_.data(); }
   [[nodiscard]] const Box& box() const { return box_; }
+  [[nodiscard]] bool empty() const { return values_.empty(); }
   [[nodiscard]] std::span<T> all() { return values_; }
   [[nodiscard]] std::span<const T> all() const { return values_; }
 
@@ -75,6 +76,30 @@ template <class Row>
 void for_rows(const Box& box, Row&& row) {
   for (std::int32_t k = 1; k <= box.n[2]; ++k) {
     for (std::int32_t j = 1; j <= box.n[1]; ++j) row(box.at(1, j, k), j, k);
+  }
+}
+
+/// The same for the rows with the halos of the computed axes: calls `row(place, count, j, k)`,
+/// where `place` and `count` are those of the whole row with its halos.
+template <class Row>
+void for_wide_rows(const Box& box, Row&& row) {
+  const auto beyond = [&box](int axis) { return box.computed(axis) ? kHalo : 0; };
+  const auto count = static_cast<std::size_t>(box.n[0] + 2 * beyond(0));
+  for (std::int32_t k = 1 - beyond(2); k <= box.n[2] + beyond(2); ++k) {
+    for (std::int32_t j = 1 - beyond(1); j <= box.n[1] + beyond(1); ++j) {
+      row(box.at(1 - beyond(0), j, k), count, j, k);
+    }
+  }
+}
+
+/// The faces 0..n of one axis, row by row: `row(place, count, j, k)`.
+template <class Row>
+void for_face_rows(const Box& box, int axis, Row&& row) {
+  const auto count = static_cast<std::size_t>(box.n[0]) + (axis == 0 ? 1 : 0);
+  for (std::int32_t k = axis == 2 ? 0 : 1; k <= box.n[2]; ++k) {
+    for (std::int32_t j = axis == 1 ? 0 : 1; j <= box.n[1]; ++j) {
+      row(box.at(axis == 0 ? 0 : 1, j, k), count, j, k);
+    }
   }
 }
 

@@ -3,7 +3,7 @@
 // With one process only the ends of the domain have them: a periodic end repeats the other one, a
 // symmetric end mirrors, and all others, which have a condition on their faces, copy the last cell
 // so that an operator may form differences there before the condition replaces them. Called after
-// each change of a field.
+// each change of a field. An axis with one cell is not computed: its halos stay as they are.
 #pragma once
 
 #include "flow/boundary.hpp"
@@ -17,7 +17,8 @@ using Ends = std::array<std::array<End, 2>, 3>;
 /// mirror of that axis; -1: none does.
 void fill_halos(Field& field, const Ends& ends, int odd_axis = -1);
 /// Fills the halos of the face field of `axis`, whose own faces are 0..n along it. At a symmetric
-/// end the face of the end itself is set to 0.
+/// end the face of the end itself is set to 0; at a periodic one the two faces that are the same
+/// place both take the upper one's value.
 void fill_face_halos(Field& field, int axis, const Ends& ends);
 
 }  // namespace flow

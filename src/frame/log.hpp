@@ -121,10 +121,15 @@ class Log {
   /// are left out.
   template <class... Lines>
   [[noreturn]] void program_error(const Lines&... lines) {
+    stop_with(kStatusProgramError, lines...);
+  }
+  /// The same with another process status.
+  template <class... Lines>
+  [[noreturn]] void stop_with(int status, const Lines&... lines) {
     (write_everywhere(lines), ...);
     failing_ = false;  // a fault kept for later gives way
     flush();
-    throw Stop{kStatusProgramError};
+    throw Stop{status};
   }
 
   /// True from the call of fail on: what unwinds is a reported fault.

@@ -30,8 +30,8 @@ enum class ReadStatus {
   error,  ///< a field cannot be read, or the last record is cut short
 };
 
-/// Splits the text from a given place into the fields of one record. Internal to TextInput, with
-/// the common field (a plain number behind blanks) inline.
+/// Splits the text from a given place into the fields of one record, for TextInput, with the
+/// common field (a plain number behind blanks) inline.
 class RecordScanner {
  public:
   RecordScanner(const char* first, const char* last) : at_(first), last_(last) {}
@@ -150,9 +150,15 @@ class TextInput {
   /// `fault_line` tells where.
   template <class... Fields>
   ReadStatus read(Fields&&... fields) {
+    return read_with([&](RecordScanner& scan) { return (scan.field(fields) && ...); });
+  }
+  /// The same for a record whose fields are not known by type: `take` reads them off the scanner
+  /// and returns whether all were there.
+  template <class Take>
+  ReadStatus read_with(Take&& take) {
     record_ = at_;
     RecordScanner scan(at_, last_);
-    if ((scan.field(fields) && ...)) {
+    if (take(scan)) {
       advance(scan.end_of_record());
       return ReadStatus::ok;
     }

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace frame {
@@ -24,6 +26,10 @@ TextInput& UnitTable::open_input(Log& log, int unit, const std::string& name) {
   if (!file->good()) cannot_open(log, name, file->reason());
   at(unit).input = std::move(file);
   return input(unit);
+}
+
+void UnitTable::check_input(Log& log, const std::string& name) const {
+  if (::access(path_of(name).c_str(), R_OK) != 0) cannot_open(log, name, std::strerror(errno));
 }
 
 TextInput& UnitTable::open_input_if_any(Log& log, int unit, const std::string& name) {

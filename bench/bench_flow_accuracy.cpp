@@ -1,0 +1,41 @@
+// The cavity on fine grids against its published centre lines: each benchmark marches one cavity to
+// its steady state by implicit steps. Counters: largest differences of u and v, per cent of the
+// lid's speed, and steps. The table of docs/flow_method.md comes from here.
+#include <benchmark/benchmark.h>
+
+#include "sample_cavity.hpp"
+
+namespace {
+
+void cavity(benchmark::State& state) {
+  const auto cells = static_cast<std::int32_t>(state.range(0));
+  const auto reynolds = static_cast<std::size_t>(state.range(1));
+  for ([[maybe_unused]] auto turn : state) {
+    sample::Cavity x(cells, sample::kReynolds[reynolds]);
+    x.control().intstp = -1;
+    x.control().momentum.dtmax = x.control().scalar.dtmax = 0.1;
+    x.control().epscg = x.control().epsbcg = 1e-2;  // of changes that vanish themselves
+    x.control().gsfcg = 0.95;
+    x.start();
+    x.settle(1e-5, 20);
+    const auto [u, v] = x.deviation(reynolds);
+    state.counters["u"] = 100.0 * u;
+    state.counters["v"] = 100.0 * v;
+    state.counters["steps"] = x.run.state.iter;
+  }
+}
+BENCHMARK(cavity)
+    ->ArgNames({"cells", "reynolds_number"})
+    ->Args({64, 0})
+    ->Args({96, 0})
+    ->Args({128, 0})
+    ->Args({64, 1})
+    ->Args({96, 1})
+    ->Args({128, 1})
+    ->Args({64, 2})
+    ->Args({96, 2})
+    ->Args({128, 2})
+    ->Iterations(1)
+    ->Unit(benchmark::kSecond);
+
+}  // namespace

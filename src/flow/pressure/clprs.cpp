@@ -1,0 +1,39 @@
+#include "flow/pressure/clprs.hpp"
+
+#include "flow/pressure/cldiv.hpp"
+#include "flow/pressure/clmodv.hpp"
+#include "flow/pressure/closed_domain.hpp"
+
+namespace flow {
+
+PressureStep make_pressure_step(frame::Log& log, const Settings& settings, const GridTables& grid,
+                                const Openings& openings, const Boundary& boundary,
+                                const BoundaryFaces& faces) {
+  PressureStep step;
+  step.grid = &grid;
+  step.openings = &openings;
+  step.boundary = &boundary;
+  step.faces = &faces;
+  const PressureMethod method = flw_amg_setup(log, settings.records.iamg);
+  frame::allocating(log, [&] {
+    step.open = list_open_faces(openings, boundary, faces);
+    const PressureMatrix matrix = flw_matrix(log, grid, openings, boundary, faces, step.open);
+    step.closed = matrix.singular;
+    step.solver = make_pressure_solver(log, method, matrix, openings.fluid, boundary.periodic_y(),
+                                       settings.control);
+    step.div = Field(grid.box);
+  });
+  return step;
+}
+
+void flw_clprs(frame::Log& log, PressureStep& step, double dt, const Field* source,
+               frame::FunctionRef<void()> set_density, State& state) {
+  const GridTables& grid = *step.grid;
+  const Openings& openings = *step.openings;
+  if (step.closed) keep_mass(grid, openings, *step.faces, dt, source, set_density, state);
+  flw_cldiv(grid, openings, state, dt, source, step.div);
+  flw_clslvp(log, step.solver, step.div);
+  flw_clmodv(grid, openings, *step.boundary, *step.faces, step.open, step.div, dt, state);
+}
+
+}  // namespace flow

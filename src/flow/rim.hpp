@@ -1,0 +1,51 @@
+// The rim of the air: which faces lie between two cells of fluid, and where the air ends.
+//
+// The operators sweep over all faces at once, as if air were everywhere; `inner` takes out the
+// faces where it is not, and the lists put in what the conditions of the rim give instead. A
+// symmetric end of the domain is listed as a slip wall. Built once (prepare); read by the terms of
+// momentum and scalars.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "flow/boundary.hpp"
+#include "flow/grid_tables.hpp"
+#include "flow/settings.hpp"
+#include "flow/state.hpp"
+
+namespace flow {
+
+/// A face of the rim where the air is free to pass, and the faces of the rim that meet its edges.
+struct FreeFace {
+  std::size_t number = 0;  ///< in the list of its axis
+  /// [axis][lower, upper side of the cell]: number in the list of that axis; -1: none meets it.
+  std::array<std::array<std::int32_t, 2>, 3> edge{};
+};
+
+struct Rim {
+  std::array<Field, 3> inner;  ///< open fraction of a face between two cells of fluid, else 0
+  std::vector<Group> groups;   ///< those of the boundary, and a slip wall behind them
+  std::array<std::vector<BoundaryFace>, 3> faces;  ///< by axis; `group` points into `groups`
+  std::array<std::vector<double>, 3> open;         ///< open fraction of each of these faces
+  std::array<std::vector<FreeFace>, 3> free;
+  std::vector<std::size_t> closed_cells;                 ///< not fluid
+  std::array<std::vector<std::size_t>, 3> closed_faces;  ///< neither inner nor with a condition
+};
+
+Rim make_rim(const Boundary& boundary, const BoundaryFaces& faces, const Openings& openings);
+
+/// Centre of a face of the rim [m].
+Vector face_centre(const GridTables& grid, int axis, const BoundaryFace& at);
+
+/// Puts the fluxes of all faces with a given velocity on it, times the density of the group's air,
+/// and those of slip walls and closed faces on 0; free faces keep theirs. Reads pt; writes ru,
+/// halos included.
+void set_normal_fluxes(const Settings& settings, const GridTables& grid, const Boundary& boundary,
+                       const Rim& rim, State& state);
+
+/// flw_clsolid: cells that are not fluid and closed faces carry no flow. Writes p and mut of the
+/// cells and ru of the faces; costs nothing where all is fluid.
+void flw_clsolid(const Rim& rim, State& state);
+
+}  // namespace flow

@@ -1,0 +1,25 @@
+// The run of the flow solver: what its files told, and the fields that a step works on.
+//
+// Built up by the driver (flw_main01) in the order of the start-up and handed whole to the step;
+// an operator receives just the parts that its header names. Nothing of a run lives anywhere else.
+#pragma once
+
+#include "flow/boundary.hpp"
+#include "flow/grid_tables.hpp"
+#include "flow/settings.hpp"
+#include "flow/state.hpp"
+#include "flow/step_work.hpp"
+
+namespace flow {
+
+struct Run {
+  Settings settings;
+  GridTables grid;
+  Boundary boundary;
+  BoundaryFaces faces;
+  Openings openings;
+  State state;
+  StepWork work;
+};
+
+}  // namespace flow

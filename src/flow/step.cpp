@@ -1,0 +1,100 @@
+#include "flow/step.hpp"
+
+#include <algorithm>
+
+#include "flow/companions.hpp"
+#include "flow/density.hpp"
+#include "flow/halo.hpp"
+#include "flow/properties.hpp"
+#include "flow/time_limit.hpp"
+#include "frame/step_line.hpp"
+
+namespace flow {
+
+namespace {
+
+Domain domain_of(const Run& run) {
+  return {run.settings, run.grid, run.work.metrics, run.boundary, run.work.rim, run.openings};
+}
+
+/// Halos of what the run starts from; an axis that is not computed carries no flow.
+void fill_first_halos(Run& run) {
+  State& state = run.state;
+  const Ends& ends = run.boundary.ends;
+  fill_halos(state.p, ends);
+  fill_halos(state.t, ends);
+  fill_halos(state.mut, ends);
+  for (Field& ys : state.ys) fill_halos(ys, ends);
+  for (Field& ak : state.ak) {
+    if (!ak.empty()) fill_halos(ak, ends);
+  }
+  for (int axis = 0; axis < 3; ++axis) {
+    Field& ru = state.ru[static_cast<std::size_t>(axis)];
+    if (run.grid.box.computed(axis)) {
+      fill_face_halos(ru, axis, ends);
+    } else {
+      std::fill(ru.all().begin(), ru.all().end(), 0.0);
+    }
+  }
+}
+
+/// The step that the momentum equation and the pressure step advance by.
+double momentum_step(const Run& run) {
+  const auto& control = run.settings.control;
+  return control.implicit() ? control.momentum.dtmax : run.state.dt;
+}
+
+void momentum_and_pressure(frame::Log& log, frame::Accounts& accounts, Run& run) {
+  const double dt = momentum_step(run);
+  accounts.start(log, "momentum");
+  flw_cldvdt(log, domain_of(run), dt, run.work.momentum, run.state);
+  accounts.end(log, "momentum");
+  accounts.start(log, "pressure");
+  const auto density = [&run] { set_density(run.settings, run.grid, run.state); };
+  flw_clprs(log, run.work.pressure, dt, nullptr, density, run.state);
+  accounts.end(log, "pressure");
+}
+
+}  // namespace
+
+void prepare(frame::Log& log, Run& run) {
+  const Box& box = run.grid.box;
+  StepWork& work = run.work;
+  frame::allocating(log, [&] {
+    if (run.settings.control.itemp) {
+      run.state.conductivity = Field(box);
+      run.state.dif.assign(run.settings.species.count(), Field(box));
+    }
+    work.metrics = make_metrics(run.grid);
+    work.rim = make_rim(run.boundary, run.faces, run.openings);
+    work.momentum = make_momentum(log, domain_of(run));
+    work.scratch.assign(3 * static_cast<std::size_t>(box.n[0]), 0.0);
+  });
+  work.pressure =
+      make_pressure_step(log, run.settings, run.grid, run.openings, run.boundary, run.faces);
+  fill_first_halos(run);
+  set_density(run.settings, run.grid, run.state);
+  flw_clprop(run.settings.species, run.state);
+}
+
+void put_normal_fluxes(Run& run) {
+  set_normal_fluxes(run.settings, run.grid, run.boundary, run.work.rim, run.state);
+}
+
+void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
+  const auto& control = run.settings.control;
+  State& state = run.state;
+  flw_clrho(run.settings, run.grid, true, state);
+  flw_clprop(run.settings.species, state);
+  state.dt = flw_cldelt(control, run.work.metrics, run.openings, state, run.work.scratch);
+  sld_limit_deltt();
+  state.time += state.dt;
+  ++state.iter;
+  frame::report_step(log, state.iter, state.time, state.dt);
+  stamp_wall_clock();
+  if (!control.keeps_pressure) std::fill(state.p.all().begin(), state.p.all().end(), 0.0);
+  momentum_and_pressure(log, accounts, run);
+  flw_clsolid(run.work.rim, state);
+}
+
+}  // namespace flow

@@ -1,0 +1,21 @@
+// Lists and work arrays of a step: made once (prepare), used by every step, part of the run.
+#pragma once
+
+#include <vector>
+
+#include "flow/metrics.hpp"
+#include "flow/pressure/clprs.hpp"
+#include "flow/rim.hpp"
+#include "flow/terms/momentum.hpp"
+
+namespace flow {
+
+struct StepWork {
+  Metrics metrics;
+  Rim rim;
+  Momentum momentum;
+  PressureStep pressure;
+  std::vector<double> scratch;  ///< three rows of cells
+};
+
+}  // namespace flow

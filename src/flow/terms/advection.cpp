@@ -1,0 +1,98 @@
+#include "flow/terms/advection.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "flow/row_kernel.hpp"
+
+namespace flow {
+
+namespace {
+
+/// The smaller of two slopes of one sign, 0 of slopes that differ in it.
+FLOW_INLINE double minmod(double a, double b) {
+  const double size_a = std::fabs(a);
+  const double size_b = std::fabs(b);
+  const double size = size_a < size_b ? size_a : size_b;
+  return size * (0.5 * (std::copysign(1.0, a) + std::copysign(1.0, b)));
+}
+
+FLOW_INLINE double slope_of(double c1, double c2, double b, double ahead, double behind) {
+  return c1 * minmod(ahead, b * behind) + c2 * minmod(behind, b * ahead);
+}
+
+FLOW_INLINE double upwind_of(double m, double left, double right) {
+  return (0.0 < m ? m : 0.0) * left + (m < 0.0 ? m : 0.0) * right;
+}
+
+/// Mass flux through inner faces; 0 on the rim.
+FLOW_CLONES void mass_row(std::size_t count, const double* inner, const double* ru,
+                          double* __restrict m) {
+  for (std::size_t i = 0; i < count; ++i) m[i] = inner[i] * ru[i];
+}
+
+/// `q` points to the cells on the lower side of the faces, `s` is the distance to the upper ones.
+FLOW_CLONES void muscl_row(std::size_t count, double c1, double c2, double b, const double* m,
+                           const double* q, std::size_t s, double* __restrict out) {
+  const double* const before = q - s;
+  const double* const next = q + s;
+  const double* const after = next + s;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double d0 = q[i] - before[i];
+    const double d1 = next[i] - q[i];
+    const double d2 = after[i] - next[i];
+    const double left = q[i] + slope_of(c1, c2, b, d1, d0);
+    const double right = next[i] - slope_of(c1, c2, b, d1, d2);
+    out[i] = upwind_of(m[i], left, right);
+  }
+}
+
+FLOW_CLONES void upwind_row(std::size_t count, const double* m, const double* q, std::size_t s,
+                            double* __restrict out) {
+  const double* const next = q + s;
+  for (std::size_t i = 0; i < count; ++i) out[i] = upwind_of(m[i], q[i], next[i]);
+}
+
+}  // namespace
+
+Muscl::Muscl(double acrk) : upwind(!(std::fabs(acrk) < 1.01)) {
+  const double kappa = std::clamp(acrk, -1.0, 1.0);
+  c1 = 0.25 * (1.0 + kappa);
+  c2 = 0.25 * (1.0 - kappa);
+  b = (3.0 - kappa) / std::max(1e-20, 1.0 - kappa);
+}
+
+double limited_slope(const Muscl& muscl, double ahead, double behind) {
+  return muscl.upwind ? 0.0 : slope_of(muscl.c1, muscl.c2, muscl.b, ahead, behind);
+}
+
+void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
+                const std::array<Field, 3>& ru, Variable variable,
+                std::span<const Advected> advected, double acrk, SweepRows& rows) {
+  const Box& box = ru[0].box();
+  const Muscl muscl(acrk);
+  std::array<Field*, kSweepWidth> dqdt{};
+  for (std::size_t v = 0; v < advected.size(); ++v) dqdt[v] = advected[v].dqdt;
+  subtract_divergence(box, metrics, std::span(dqdt).first(advected.size()), rows,
+                      [&](const FaceRow& row, const FluxRows& out) {
+                        const auto a = static_cast<std::size_t>(row.axis);
+                        double* const m = rows.scratch.data();
+                        mass_row(row.count, rim.inner[a].data() + row.place,
+                                 ru[a].data() + row.place, m);
+                        const std::size_t stride = box.stride(row.axis);
+                        for (std::size_t v = 0; v < advected.size(); ++v) {
+                          const double* const q = advected[v].q->data() + row.place;
+                          if (muscl.upwind) {
+                            upwind_row(row.count, m, q, stride, out[v]);
+                          } else {
+                            muscl_row(row.count, muscl.c1, muscl.c2, muscl.b, m, q, stride, out[v]);
+                          }
+                        }
+                      });
+  for (int axis = 0; axis < 3; ++axis) {
+    if (!box.computed(axis)) continue;
+    advect_rim(log, metrics, rim, ru, variable, advected, muscl, axis);
+  }
+}
+
+}  // namespace flow

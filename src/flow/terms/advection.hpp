@@ -1,0 +1,52 @@
+// flw_cladv0: advection of cell values by the mass fluxes, for all equations.
+//
+// Second order in space: the upwind state of a face is built from the values of three cells by the
+// kappa scheme with a limiter (van Leer 1979, Anderson, Thomas and van Leer 1986); kappa 1/3 is the
+// least diffusive where the field is smooth. Beyond |acrk| = 1.01 first order upwind. The field's
+// differences are plain, without regard to the widths of stretched cells. Called by the momentum,
+// scalar and turbulence steps.
+#pragma once
+
+#include <span>
+
+#include "flow/rim.hpp"
+#include "flow/terms/face_sweep.hpp"
+#include "frame/log.hpp"
+
+namespace flow {
+
+/// Which equation a variable belongs to: the condition of its values at the rim.
+enum class Variable : std::int32_t { momentum = 2, temperature = 3, species = 4, turbulence = 5 };
+
+struct Advected {
+  const Field* q = nullptr;  ///< cell values, halos filled
+  Field* dqdt = nullptr;     ///< tendency that advection is added to
+  std::size_t item = 0;      ///< component, species, or 0: k, 1: epsilon
+};
+
+/// The constants of the kappa scheme.
+struct Muscl {
+  explicit Muscl(double acrk);
+  bool upwind;  ///< first order
+  double c1, c2, b;
+};
+
+/// Change of the value at the centre on the way to one of its faces: `ahead` is the difference
+/// across that face, `behind` that across the opposite one, both along the way.
+double limited_slope(const Muscl& muscl, double ahead, double behind);
+
+/// At most kSweepWidth variables go through together. Reads the mass fluxes ru and the values q;
+/// adds to dqdt the mass that comes in times its value, per volume. Inflow through the rim carries
+/// the given value, outflow that of the cell. Errors: "### program error -1- (flw_cladv0)" (-2-,
+/// -3- in y and z) for a class unknown.
+void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
+                const std::array<Field, 3>& ru, Variable variable,
+                std::span<const Advected> advected, double acrk, SweepRows& rows);
+
+/// What the rim changes: the sweep carries nothing through its faces, and takes the values beyond
+/// them as they stand. Same arguments; `axis` is the normal.
+void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
+                const std::array<Field, 3>& ru, Variable variable,
+                std::span<const Advected> advected, const Muscl& muscl, int axis);
+
+}  // namespace flow

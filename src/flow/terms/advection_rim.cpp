@@ -1,0 +1,127 @@
+#include <string>
+
+#include "flow/terms/advection.hpp"
+
+namespace flow {
+
+namespace {
+
+/// What a variable is at a face of the rim.
+struct RimValue {
+  enum Kind { given, level, odd } kind;  ///< level: that of the cell; odd: 0, by mirror
+  double value = 0.0;
+};
+
+RimValue momentum_at(const Group& group, int axis, std::size_t component) {
+  if (group.gives_velocity()) return {RimValue::given, group.velocity[component]};
+  const bool normal = component == static_cast<std::size_t>(axis);
+  if (group.iv == VelocityAt::slip && normal) return {RimValue::odd};
+  return {RimValue::level};
+}
+
+RimValue scalar_at(const Group& group, Variable variable, std::size_t item) {
+  switch (variable) {
+    case Variable::temperature:
+      if (group.it == TemperatureAt::given || group.it == TemperatureAt::log_wall) {
+        return {RimValue::given, group.t};
+      }
+      break;
+    case Variable::species:
+      if (group.iy == SpeciesAt::given) return {RimValue::given, group.ys[item]};
+      break;
+    default:
+      if (group.ik == TurbulenceAt::given) {
+        return {RimValue::given, item == 0 ? group.k : group.eps};
+      }
+      break;
+  }
+  return {RimValue::level};
+}
+
+void check(frame::Log& log, Variable variable, int axis) {
+  if (variable >= Variable::momentum && variable <= Variable::turbulence) return;
+  log.stop_with(
+      frame::kStatusAbnormal,
+      "### program error -" + std::string(1, static_cast<char>('1' + axis)) + "- (flw_cladv0)");
+}
+
+/// Twice the way from the centre to the face: what a mirrored cell beyond it would differ by.
+double difference_across(const RimValue& at, double q) {
+  return at.kind == RimValue::level ? 0.0 : 2.0 * (at.value - q);
+}
+
+/// The cell on the other side of the cell at the rim; behind a periodic end it is at the other one.
+struct Neighbour {
+  std::size_t cell;
+  std::int32_t index;
+};
+
+Neighbour cell_onward(const Box& box, int axis, const BoundaryFace& at) {
+  const std::int32_t n = box.n[static_cast<std::size_t>(axis)];
+  const std::int32_t own = at.index[static_cast<std::size_t>(axis)];
+  const std::int32_t index = (own - at.side - 1 + n) % n + 1;
+  const auto shift = static_cast<std::ptrdiff_t>(box.stride(axis)) * (index - own);
+  return {at.cell + static_cast<std::size_t>(shift), index};
+}
+
+/// The mass that passes a face of the rim and the opposite face of its cell.
+struct Passage {
+  double leaving;  ///< out of the air
+  double onward;   ///< from the cell into the next one
+  Neighbour next;
+  double inv_width, next_inv_width;
+};
+
+Passage passage_of(const Rim& rim, const Field& ru, const AxisMetric& metric, int axis,
+                   std::size_t f) {
+  const auto a = static_cast<std::size_t>(axis);
+  const BoundaryFace& at = rim.faces[a][f];
+  const std::size_t opposite = at.side < 0 ? at.cell : at.cell - ru.box().stride(axis);
+  const Neighbour next = cell_onward(ru.box(), axis, at);
+  return {at.side * rim.open[a][f] * ru[at.face], -at.side * rim.inner[a][opposite] * ru[opposite],
+          next, AxisMetric::at(metric.inv_width, at.index[a]),
+          AxisMetric::at(metric.inv_width, next.index)};
+}
+
+void carry_through(const Box& box, int axis, const BoundaryFace& at, const Passage& through,
+                   const RimValue& value, const Muscl& muscl, const Advected& advected) {
+  const Field& q = *advected.q;
+  const double own = q[at.cell];
+  const bool carries_given = through.leaving < 0.0 && value.kind == RimValue::given;
+  (*advected.dqdt)[at.cell] -=
+      through.leaving * (carries_given ? value.value : own) * through.inv_width;
+
+  // If the cell is upwind of its opposite face, the slope that the sweep took for it had the value
+  // beyond the rim in it.
+  if (!(through.onward > 0.0)) return;
+  const std::size_t stride = box.stride(axis);
+  const double beyond = q[at.side < 0 ? at.cell - stride : at.cell + stride];
+  const double ahead = q[at.side < 0 ? at.cell + stride : at.cell - stride] - own;
+  const double change = limited_slope(muscl, ahead, -difference_across(value, own)) -
+                        limited_slope(muscl, ahead, own - beyond);
+  (*advected.dqdt)[at.cell] -= through.onward * change * through.inv_width;
+  (*advected.dqdt)[through.next.cell] += through.onward * change * through.next_inv_width;
+}
+
+}  // namespace
+
+void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
+                const std::array<Field, 3>& ru, Variable variable,
+                std::span<const Advected> advected, const Muscl& muscl, int axis) {
+  check(log, variable, axis);
+  const auto a = static_cast<std::size_t>(axis);
+  const Box& box = ru[a].box();
+  for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+    const BoundaryFace& at = rim.faces[a][f];
+    const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
+    const Passage through = passage_of(rim, ru[a], metrics[a], axis, f);
+    if (through.leaving == 0.0 && !(through.onward > 0.0)) continue;
+    for (const Advected& one : advected) {
+      const RimValue value = variable == Variable::momentum ? momentum_at(group, axis, one.item)
+                                                            : scalar_at(group, variable, one.item);
+      carry_through(box, axis, at, through, value, muscl, one);
+    }
+  }
+}
+
+}  // namespace flow

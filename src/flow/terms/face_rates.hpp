@@ -1,0 +1,25 @@
+// Rates of change of the mass fluxes on the faces.
+//
+// The last stage of the momentum predictor: the tendencies of the two cells beside a face in the
+// mean that is linear between their centres, the gradient of the pressure, and gravity on the
+// density that exceeds the ambient one. At a free face of the rim the cell's own tendency and the
+// gradient over its half towards the pressure of the condition.
+#pragma once
+
+#include <span>
+
+#include "flow/terms/domain.hpp"
+
+namespace flow {
+
+/// Brings ru of the computed axes forward by dt [s] at inner and free faces. Reads p, r level 1,
+/// and the tendencies `dqdt` of the centres, with halos along a periodic axis. Second order.
+/// `scratch` holds a row of faces.
+void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt, double dt,
+                   std::span<double> scratch, State& state);
+
+/// The rates of one axis as a field, 0 at faces that are neither inner nor free.
+void set_face_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
+                    std::span<double> scratch, Field& rate);
+
+}  // namespace flow

@@ -1,0 +1,89 @@
+// One pass over all faces of the box, for every term that is the divergence of a flux.
+//
+// The flux of each face is formed once, a row of faces at a time, and goes to the cells on both
+// sides; rows that the next row or plane needs again are kept, so that no flux is ever stored as a
+// field. Several variables go through together, because they share the mass flux or the viscosity.
+#pragma once
+
+#include <array>
+#include <span>
+#include <vector>
+
+#include "flow/box.hpp"
+#include "flow/metrics.hpp"
+
+namespace flow {
+
+inline constexpr std::size_t kSweepWidth = 3;  ///< variables that go through together
+
+/// The rows of fluxes that a sweep keeps; sized once, for a box.
+struct SweepRows {
+  using Rows = std::array<std::vector<double>, kSweepWidth>;
+  Rows fresh;                   ///< the row of faces being formed
+  Rows below;                   ///< of the faces of the row of cells before (y)
+  Rows under;                   ///< of the faces of the plane of cells before (z)
+  std::vector<double> scratch;  ///< one row for the use of the flux
+
+  SweepRows() = default;
+  explicit SweepRows(const Box& box);
+};
+
+/// A row of faces of `axis`: `place` is that of the first face, `index` its i, j, k.
+struct FaceRow {
+  int axis;
+  std::size_t place;
+  std::size_t count;
+  Triple index;
+};
+
+using FluxRows = std::array<double*, kSweepWidth>;
+
+/// dqdt[i] -= (flux[i+1] - flux[i]) * inv_width[i]: faces along the row.
+void subtract_along(std::size_t count, const double* flux, const double* inv_width, double* dqdt);
+/// dqdt[i] -= (flux[i] - before[i]) * inv_width, and `before` becomes `flux`.
+void subtract_across(std::size_t count, const double* flux, double inv_width, double* before,
+                     double* dqdt);
+
+/// Takes the divergence of a flux from the tendencies. `flux(row, out)` writes the fluxes of a row
+/// of faces in the positive direction of its axis, each variable into its own row of `out`.
+template <class Flux>
+void subtract_divergence(const Box& box, const Metrics& metrics, std::span<Field* const> dqdt,
+                         SweepRows& rows, Flux&& flux) {
+  const auto n = static_cast<std::size_t>(box.n[0]);
+  const auto pointers = [&](SweepRows::Rows& set, std::size_t offset) {
+    return FluxRows{set[0].data() + offset, set[1].data() + offset, set[2].data() + offset};
+  };
+  const FluxRows fresh = pointers(rows.fresh, 0);
+  for (std::int32_t k = 1; k <= box.n[2]; ++k) {
+    for (std::int32_t j = 1; j <= box.n[1]; ++j) {
+      const std::size_t place = box.at(1, j, k);
+      if (box.computed(0)) {
+        flux(FaceRow{0, place - 1, n + 1, {0, j, k}}, fresh);
+        for (std::size_t v = 0; v < dqdt.size(); ++v) {
+          subtract_along(n, fresh[v], AxisMetric::from(metrics[0].inv_width, 1),
+                         dqdt[v]->data() + place);
+        }
+      }
+      if (box.computed(1)) {
+        const FluxRows below = pointers(rows.below, 0);
+        if (j == 1) flux(FaceRow{1, place - box.stride(1), n, {1, 0, k}}, below);
+        flux(FaceRow{1, place, n, {1, j, k}}, fresh);
+        for (std::size_t v = 0; v < dqdt.size(); ++v) {
+          subtract_across(n, fresh[v], AxisMetric::at(metrics[1].inv_width, j), below[v],
+                          dqdt[v]->data() + place);
+        }
+      }
+      if (box.computed(2)) {
+        const FluxRows under = pointers(rows.under, n * static_cast<std::size_t>(j - 1));
+        if (k == 1) flux(FaceRow{2, place - box.stride(2), n, {1, j, 0}}, under);
+        flux(FaceRow{2, place, n, {1, j, k}}, fresh);
+        for (std::size_t v = 0; v < dqdt.size(); ++v) {
+          subtract_across(n, fresh[v], AxisMetric::at(metrics[2].inv_width, k), under[v],
+                          dqdt[v]->data() + place);
+        }
+      }
+    }
+  }
+}
+
+}  // namespace flow

@@ -1,0 +1,195 @@
+#include "flow/terms/implicit_momentum.hpp"
+
+#include <algorithm>
+
+#include "flow/terms/face_rates.hpp"
+
+namespace flow {
+
+namespace {
+
+/// A face between two cells, and its part in the rows of both.
+struct Coupling {
+  std::size_t lower, upper;  ///< cells; their own places beyond a periodic end too
+  std::int32_t index;        ///< of the face along its axis
+  double mass, viscosity;    ///< through the face; viscosity over distance
+};
+
+/// Rows of one component; `scale` is dt over the open volume fraction.
+struct RowsOf {
+  const Domain& domain;
+  const State& state;
+  double dt;
+  int axis;  ///< of the component
+  SevenPoint& rows;
+
+  /// dt/(open volume * width) of a cell.
+  [[nodiscard]] double scale(int across, std::size_t cell, std::int32_t index) const {
+    const auto& inv_width = domain.metrics[static_cast<std::size_t>(across)].inv_width;
+    return dt / domain.openings.gmc[cell] * AxisMetric::at(inv_width, index);
+  }
+};
+
+/// The unknown is r u: a neighbour's velocity is its unknown over its density.
+void add_coupling(const RowsOf& of, int across, const Coupling& face, std::int32_t upper_index) {
+  const auto a = static_cast<std::size_t>(across);
+  const Field& r = of.state.r[0];
+  const double forward = std::max(face.mass, 0.0) + face.viscosity;    // on the lower cell
+  const double backward = std::max(-face.mass, 0.0) + face.viscosity;  // on the upper cell
+  const double low = of.scale(across, face.lower, face.index);
+  const double high = of.scale(across, face.upper, upper_index);
+  if (face.index >= 1) {
+    of.rows.diagonal[face.lower] += low * forward / r[face.lower];
+    of.rows.upper[a][face.lower] = -low * backward / r[face.upper];
+  }
+  if (upper_index <= of.domain.grid.box.n[a]) {
+    of.rows.diagonal[face.upper] += high * backward / r[face.upper];
+    of.rows.lower[a][face.upper] = -high * forward / r[face.lower];
+  }
+}
+
+void add_inner_faces(const RowsOf& of, int across) {
+  const auto a = static_cast<std::size_t>(across);
+  const AxisMetric& metric = of.domain.metrics[a];
+  const State& state = of.state;
+  const std::size_t s = state.mu.box().stride(across);
+  for_face_rows(state.mu.box(), across,
+                [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+                  for (std::size_t c = place; c < place + count; ++c) {
+                    const double inner = of.domain.rim.inner[a][c];
+                    if (inner <= 0.0) continue;
+                    const std::int32_t f = across == 0   ? static_cast<std::int32_t>(c - place)
+                                           : across == 1 ? j
+                                                         : k;
+                    const double mean =
+                        AxisMetric::at(metric.lower, f) * (state.mu[c] + state.mut[c]) +
+                        AxisMetric::at(metric.upper, f) * (state.mu[c + s] + state.mut[c + s]);
+                    // The transposed part doubles the normal stress.
+                    const double part = !of.domain.settings.control.ivisc ? 0.0
+                                        : across == of.axis               ? 2.0
+                                                                          : 1.0;
+                    add_coupling(of, across,
+                                 {c, c + s, f, inner * state.ru[a][c],
+                                  part * inner * mean * AxisMetric::at(metric.inv_gap, f)},
+                                 f + 1);
+                  }
+                });
+}
+
+/// Walls hold the change of the momentum back, what leaves carries it off.
+void add_rim(const RowsOf& of, const ShearCoefficients& shear, int across) {
+  const auto a = static_cast<std::size_t>(across);
+  for (std::size_t f = 0; f < of.domain.rim.faces[a].size(); ++f) {
+    const BoundaryFace& at = of.domain.rim.faces[a][f];
+    const double h = across == of.axis ? shear[a][f].normal : shear[a][f].along;
+    const double leaving = at.side * of.domain.rim.open[a][f] * of.state.ru[a][at.face];
+    of.rows.diagonal[at.cell] += of.scale(across, at.cell, at.index[a]) *
+                                 (h + std::max(leaving, 0.0)) / of.state.r[0][at.cell];
+  }
+}
+
+void set_rows(const RowsOf& of, const ShearCoefficients& shear) {
+  std::fill(of.rows.diagonal.all().begin(), of.rows.diagonal.all().end(), 1.0);
+  for (int across = 0; across < 3; ++across) {
+    if (!of.domain.grid.box.computed(across)) continue;
+    const auto a = static_cast<std::size_t>(across);
+    std::fill(of.rows.lower[a].all().begin(), of.rows.lower[a].all().end(), 0.0);
+    std::fill(of.rows.upper[a].all().begin(), of.rows.upper[a].all().end(), 0.0);
+    add_inner_faces(of, across);
+    add_rim(of, shear, across);
+  }
+}
+
+/// The right side: dt times the rate of a cell's momentum, the mean of its two faces.
+void set_right_side(const Domain& domain, int axis, double dt, const Field& rate, Field& q) {
+  const std::size_t s = q.box().stride(axis);
+  const auto n = static_cast<std::size_t>(q.box().n[0]);
+  for_rows(q.box(), [&](std::size_t place, auto, auto) {
+    for (std::size_t c = place; c < place + n; ++c) {
+      q[c] = domain.openings.fluid[c] > 0 ? dt * (0.5 * (rate[c - s] + rate[c])) : 0.0;
+    }
+  });
+}
+
+/// What the change of the fluxes of one axis is made of; `solved` is that of the cells' momentum.
+struct Change {
+  const Domain& domain;
+  const Field& rate;
+  const Field& diagonal;
+  const Field& solved;
+  int axis;
+  double dt;
+
+  /// Rate at the centre of the cell below face f.
+  [[nodiscard]] double centre(std::size_t f) const {
+    return 0.5 * (rate[f - rate.box().stride(axis)] + rate[f]);
+  }
+  /// By the parts of the cells below and above a face; `above` of f+s.
+  [[nodiscard]] double of(std::size_t f, std::size_t above, double lower, double upper) const {
+    const double lost = rate[f] - (lower * centre(f) + upper * centre(above));
+    const double held = lower * diagonal[f] + upper * diagonal[above];
+    return lower * solved[f] + upper * solved[above] + dt * lost / held;
+  }
+};
+
+void set_change(const Change& from, Field& change) {
+  const auto a = static_cast<std::size_t>(from.axis);
+  const AxisMetric& metric = from.domain.metrics[a];
+  const std::size_t s = change.box().stride(from.axis);
+  const Field& inner = from.domain.rim.inner[a];
+  for_face_rows(change.box(), from.axis,
+                [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+                  for (std::size_t c = place; c < place + count; ++c) {
+                    const std::int32_t f = from.axis == 0   ? static_cast<std::int32_t>(c - place)
+                                           : from.axis == 1 ? j
+                                                            : k;
+                    change[c] = inner[c] <= 0.0 ? 0.0
+                                                : from.of(c, c + s, AxisMetric::at(metric.lower, f),
+                                                          AxisMetric::at(metric.upper, f));
+                  }
+                });
+  for (const FreeFace& free : from.domain.rim.free[a]) {
+    const BoundaryFace& at = from.domain.rim.faces[a][free.number];
+    const double lost = from.rate[at.face] - from.centre(at.cell);
+    change[at.face] = from.solved[at.cell] + from.dt * lost / from.diagonal[at.cell];
+  }
+}
+
+}  // namespace
+
+ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain) {
+  if (!domain.settings.control.implicit()) return {};
+  return {SevenPoint(domain.grid.box),
+          make_implicit_work(log, domain.openings.fluid, domain.boundary.periodic_y()),
+          Field(domain.grid.box),
+          {Field(domain.grid.box), Field(domain.grid.box), Field(domain.grid.box)}};
+}
+
+void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear, int axis,
+                  double dt, std::span<double> scratch, ImplicitMomentum& work, const State& state,
+                  Field& dqdt) {
+  std::fill(work.rate.all().begin(), work.rate.all().end(), 0.0);
+  set_face_rates(domain, dqdt, axis, state, scratch, work.rate);
+  set_right_side(domain, axis, dt, work.rate, dqdt);
+  set_rows({domain, state, dt, axis, work.rows}, shear);
+  const auto& control = domain.settings.control;
+  flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
+  fill_halos(dqdt, domain.boundary.ends);
+  fill_halos(work.rows.diagonal, domain.boundary.ends);
+  fill_face_halos(work.rate, axis, domain.boundary.ends);
+  set_change({domain, work.rate, work.rows.diagonal, dqdt, axis, dt},
+             work.change[static_cast<std::size_t>(axis)]);
+}
+
+void add_changes(const ImplicitMomentum& work, State& state) {
+  for (int axis = 0; axis < 3; ++axis) {
+    const auto a = static_cast<std::size_t>(axis);
+    Field& ru = state.ru[a];
+    if (!ru.box().computed(axis)) continue;
+    for_face_rows(ru.box(), axis, [&](std::size_t place, std::size_t count, auto, auto) {
+      for (std::size_t f = place; f < place + count; ++f) ru[f] += work.change[a][f];
+    });
+  }
+}
+
+}  // namespace flow

@@ -1,0 +1,82 @@
+#include <algorithm>
+
+#include "flow/terms/viscous.hpp"
+
+namespace flow {
+
+namespace {
+
+struct Fields {
+  const Metrics& metrics;
+  const Rim& rim;
+  const State& state;
+  const Velocities& velocities;
+  const ShearCoefficients& shear;
+};
+
+/// A face of the rim, its axis and the viscosity beside it.
+struct RimCell {
+  const BoundaryFace& at;
+  std::size_t axis;
+  double viscosity;
+};
+
+double inv_width(const Fields& of, const RimCell& cell) {
+  return AxisMetric::at(of.metrics[cell.axis].inv_width, cell.at.index[cell.axis]);
+}
+
+/// The cell stretches beyond the rim as it does before it.
+void add_normal(const Fields& of, const RimCell& cell, Field& dqdt) {
+  const Field& face = of.velocities.face[cell.axis];
+  const std::size_t below = cell.at.cell - face.box().stride(static_cast<int>(cell.axis));
+  const double stretching = (face[cell.at.cell] - face[below]) * inv_width(of, cell);
+  dqdt[cell.at.cell] += cell.at.side * cell.viscosity * stretching * inv_width(of, cell);
+}
+
+/// Gradient of the velocity through a free face towards its edge on `side` along axis t, times the
+/// distance that it stands for. `wall` is the number of the face that meets the edge, or -1.
+double edge_difference(const Fields& of, const RimCell& cell, std::size_t t, std::int32_t side,
+                       std::int32_t wall) {
+  const Field& face = of.velocities.face[cell.axis];
+  const std::size_t stride = face.box().stride(static_cast<int>(t));
+  const double own = face[cell.at.face];
+  if (wall < 0) return face[side < 0 ? cell.at.face - stride : cell.at.face + stride] - own;
+  const auto number = static_cast<std::size_t>(wall);
+  const Group& group = of.rim.groups[static_cast<std::size_t>(of.rim.faces[t][number].group)];
+  if (!group.gives_velocity()) return 0.0;
+  const std::int32_t gap = side < 0 ? cell.at.index[t] - 1 : cell.at.index[t];
+  const double rate = of.shear[t][number].along / std::max(cell.viscosity, 1e-20);
+  return rate * (group.velocity[cell.axis] - own) / AxisMetric::at(of.metrics[t].inv_gap, gap);
+}
+
+void add_tangential(const Fields& of, const RimCell& cell, const FreeFace& free, std::size_t t,
+                    Field& dqdt) {
+  const double across = edge_difference(of, cell, t, 1, free.edge[t][1]) -
+                        edge_difference(of, cell, t, -1, free.edge[t][0]);
+  const double gradient = across * AxisMetric::at(of.metrics[t].inv_span, cell.at.index[t]);
+  dqdt[cell.at.cell] += cell.at.side * cell.viscosity * gradient * inv_width(of, cell);
+}
+
+}  // namespace
+
+void add_rim_stress(const Metrics& metrics, const Rim& rim, const State& state,
+                    const Velocities& velocities, const ShearCoefficients& shear,
+                    std::array<Field, 3>& dqdt) {
+  const Fields of{metrics, rim, state, velocities, shear};
+  for (std::size_t a = 0; a < 3; ++a) {
+    for (const BoundaryFace& at : rim.faces[a]) {
+      const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
+      if (group.gives_velocity()) continue;
+      add_normal(of, {at, a, state.mu[at.cell] + state.mut[at.cell]}, dqdt[a]);
+    }
+    for (const FreeFace& free : rim.free[a]) {
+      const BoundaryFace& at = rim.faces[a][free.number];
+      for (std::size_t t = 0; t < 3; ++t) {
+        if (t == a || !state.mu.box().computed(static_cast<int>(t))) continue;
+        add_tangential(of, {at, a, state.mu[at.cell] + state.mut[at.cell]}, free, t, dqdt[t]);
+      }
+    }
+  }
+}
+
+}  // namespace flow

@@ -1,0 +1,103 @@
+#include "flow/terms/wall_shear.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace flow {
+
+namespace {
+
+constexpr double kTiny = 1e-20;  ///< no divisor is below it
+
+/// y u/nu where the logarithm and the linear profile meet.
+double crossing() {
+  double y = 11.0;
+  for (int turn = 0; turn < 60; ++turn) y = std::log(y) / kKarman + kLogLaw;
+  return y;
+}
+
+/// Half the width of the cell at a face of the rim.
+double half_cell(const GridTables& grid, int axis, const BoundaryFace& at) {
+  const auto a = static_cast<std::size_t>(axis);
+  return 0.5 * grid.axis[a].dx(at.index[a]);
+}
+
+double log_coefficient(const Group& group, int axis, const BoundaryFace& at, double half,
+                       const State& state, const Velocities& velocities) {
+  double square = 0.0;
+  for (std::size_t b = 0; b < 3; ++b) {
+    if (static_cast<int>(b) == axis) continue;
+    const double difference = group.velocity[b] - velocities.cell[b][at.cell];
+    square += difference * difference;
+  }
+  const double speed = std::sqrt(square);
+  const double r = state.r[0][at.cell];
+  const double nu = std::max(state.mu[at.cell], kTiny) / r;
+  const double friction = friction_velocity(speed, half, nu);
+  return r * friction * friction / std::max(speed, kTiny);
+}
+
+ShearCoefficient coefficient_of(const Group& group, int axis, const BoundaryFace& at, double half,
+                                const State& state, const Velocities& velocities) {
+  const double linear = state.mu[at.cell] / half;
+  const double leaving = at.side * state.ru[static_cast<std::size_t>(axis)][at.face];
+  switch (group.iv) {
+    case VelocityAt::free:
+      return {};
+    case VelocityAt::slip:
+      return {0.0, (state.mu[at.cell] + state.mut[at.cell]) / half};
+    case VelocityAt::log_wall:
+      return {log_coefficient(group, axis, at, half, state, velocities), linear};
+    default:
+      break;
+  }
+  if (leaving > 0.0) return {};  // what leaves is not held back
+  return {linear, linear};
+}
+
+}  // namespace
+
+double friction_velocity(double speed, double y, double nu) {
+  static const double kCrossing = crossing();
+  const double reynolds = speed * y / nu;
+  if (reynolds <= kCrossing * kCrossing) return std::sqrt(speed * nu / y);
+  // Newton's method for s = y u/nu in s (ln(s)/kappa + B) = reynolds; the left side is convex and
+  // the start lies below the root.
+  double s = kCrossing;
+  for (int turn = 0; turn < 50; ++turn) {
+    const double law = std::log(s) / kKarman + kLogLaw;
+    const double step = (reynolds - s * law) / (law + 1.0 / kKarman);
+    s += step;
+    if (std::fabs(step) <= 1e-14 * s) break;
+  }
+  return s * nu / y;
+}
+
+ShearCoefficients make_shear(const Rim& rim) {
+  ShearCoefficients shear;
+  for (std::size_t a = 0; a < 3; ++a) shear[a].resize(rim.faces[a].size());
+  return shear;
+}
+
+void add_wall_shear(const GridTables& grid, const Metrics& metrics, const Rim& rim,
+                    const State& state, const Velocities& velocities, ShearCoefficients& shear,
+                    std::array<Field, 3>& dqdt) {
+  for (int axis = 0; axis < 3; ++axis) {
+    const auto a = static_cast<std::size_t>(axis);
+    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+      const BoundaryFace& at = rim.faces[a][f];
+      const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
+      const double half = half_cell(grid, axis, at);
+      const auto h = shear[a][f] = coefficient_of(group, axis, at, half, state, velocities);
+      const double inv_width = AxisMetric::at(metrics[a].inv_width, at.index[a]);
+      for (std::size_t b = 0; b < 3; ++b) {
+        if (!grid.box.computed(static_cast<int>(b))) continue;
+        const double wall = group.iv == VelocityAt::slip ? 0.0 : group.velocity[b];
+        const double stress = (a == b ? h.normal : h.along) * (wall - velocities.cell[b][at.cell]);
+        dqdt[b][at.cell] += stress * inv_width;
+      }
+    }
+  }
+}
+
+}  // namespace flow

@@ -1,0 +1,91 @@
+#include "flow/time_limit.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "flow/row_kernel.hpp"
+
+namespace flow {
+
+namespace {
+
+/// The upper faces of a row of cells along one axis; the lower ones are `s` before them.
+struct Faces {
+  const double* ru;
+  const double* open;
+  std::size_t s;
+};
+
+FLOW_INLINE double larger(double a, double b) { return a < b ? b : a; }
+
+/// Adds one axis. `diffusion` holds 4 (mu + mut), or 0.
+template <class Row>
+FLOW_INLINE void add_rate(std::size_t count, const Faces& at, const double* diffusion,
+                          Row inv_width, Row narrow, double* __restrict rate) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const double below = std::fabs(at.ru[i - at.s] * at.open[i - at.s]);
+    const double above = std::fabs(at.ru[i] * at.open[i]);
+    const double open = larger(at.open[i - at.s], at.open[i]);
+    rate[i] +=
+        larger(below, above) * inv_width[i] + diffusion[i] * (open / (narrow[i] * narrow[i]));
+  }
+}
+
+FLOW_CLONES void add_along(std::size_t count, const Faces& at, const double* diffusion,
+                           const AxisMetric& x, double* rate) {
+  add_rate(count, at, diffusion, AxisMetric::from(x.inv_width, 1), AxisMetric::from(x.narrow, 1),
+           rate);
+}
+
+FLOW_CLONES void add_across(std::size_t count, const Faces& at, const double* diffusion,
+                            const AxisMetric& metric, std::int32_t index, double* rate) {
+  add_rate(count, at, diffusion, Same{AxisMetric::at(metric.inv_width, index)},
+           Same{AxisMetric::at(metric.narrow, index)}, rate);
+}
+
+FLOW_CLONES void set_diffusion(std::size_t count, double factor, const double* mu,
+                               const double* mut, double* diffusion, double* rate) {
+  for (std::size_t i = 0; i < count; ++i) {
+    diffusion[i] = factor * (mu[i] + mut[i]);
+    rate[i] = 0.0;
+  }
+}
+
+FLOW_CLONES void keep_largest(std::size_t count, const std::int32_t* fluid, const double* rate,
+                              const double* r, double* best) {
+  for (std::size_t i = 0; i < count; ++i) {
+    best[i] = larger(best[i], fluid[i] > 0 ? rate[i] / r[i] : 0.0);
+  }
+}
+
+}  // namespace
+
+double flw_cldelt(const Control& control, const Metrics& metrics, const Openings& openings,
+                  const State& state, std::span<double> scratch) {
+  if (control.implicit()) return std::min(control.momentum.dtmax, control.scalar.dtmax);
+  const Box& box = state.mu.box();
+  const auto n = static_cast<std::size_t>(box.n[0]);
+  const double factor = control.ivisc || control.idift || control.idifk ? 4.0 : 0.0;
+  double* const rate = scratch.data();
+  double* const diffusion = rate + n;
+  double* const best = diffusion + n;
+  std::fill_n(best, n, 1e-20);
+  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+    set_diffusion(n, factor, state.mu.data() + place, state.mut.data() + place, diffusion, rate);
+    for (int axis = 0; axis < 3; ++axis) {
+      if (!box.computed(axis)) continue;
+      const auto a = static_cast<std::size_t>(axis);
+      const Faces at{state.ru[a].data() + place, openings.gm[a].data() + place, box.stride(axis)};
+      if (axis == 0) {
+        add_along(n, at, diffusion, metrics[0], rate);
+      } else {
+        add_across(n, at, diffusion, metrics[a], axis == 1 ? j : k, rate);
+      }
+    }
+    keep_largest(n, openings.fluid.data() + place, rate, state.r[0].data() + place, best);
+  });
+  const double largest = *std::max_element(best, best + n);
+  return std::min(control.smaller.dtmax, control.smaller.dtsafe / largest);
+}
+
+}  // namespace flow

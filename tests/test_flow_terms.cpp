@@ -1,0 +1,208 @@
+// Terms of the flow: bits of the plain forms, closed forms, balances.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "../bench/plain_flow.hpp"
+#include "../bench/sample_flow.hpp"
+#include "../bench/sample_surfaces.hpp"
+#include "flow/monitors.hpp"
+#include "flow/properties.hpp"
+#include "flow/terms/viscous.hpp"
+#include "flow/time_limit.hpp"
+
+namespace {
+
+using flow::Field;
+using flow::Triple;
+using flow::VelocityAt;
+
+/// A box of draws: every value of every field, the openings and the obstacles.
+struct RandomBox {
+  RandomBox(const Triple& cells, std::uint32_t seed) : draw(seed) {
+    for (std::size_t a = 0; a < 3; ++a) {
+      grid.box.n[a] = cells[a];
+      std::vector<double> nodes{0.0};
+      for (std::int32_t i = 0; i < cells[a]; ++i) nodes.push_back(nodes.back() + draw(0.5, 2.0));
+      grid.axis[a] = flow::make_axis(nodes, false);
+    }
+    metrics = flow::make_metrics(grid);
+    rows = flow::SweepRows(grid.box);
+    velocities = flow::Velocities(grid.box);
+    for (auto* set : {&velocities.cell, &velocities.face, &state.ru, &rim.inner}) {
+      for (Field& field : *set) field = filled(-1.0, 1.0);
+    }
+    for (Field& inner : rim.inner) {
+      for (double& value : inner.all()) value = draw.chance(0.2) ? 0.0 : draw(0.1, 1.0);
+    }
+    state.mu = filled(0.1, 1.0);
+    state.mut = filled(0.0, 3.0);
+  }
+  Field filled(double low, double high) {
+    Field field(grid.box);
+    for (double& value : field.all()) value = draw.chance(0.1) ? 0.0 : draw(low, high);
+    return field;
+  }
+
+  sample::Draws draw;
+  flow::GridTables grid;
+  flow::Metrics metrics;
+  flow::SweepRows rows;
+  flow::Velocities velocities;
+  flow::Rim rim;
+  flow::State state;
+};
+
+TEST(FlowTerms, HaveTheBitsOfThePlainForms) {
+  std::uint32_t seed = 0;
+  for (const Triple& cells :
+       {Triple{13, 7, 5}, Triple{34, 6, 1}, Triple{1, 9, 8}, Triple{2, 1, 3}}) {
+    for (const double acrk : {1.0 / 3.0, -1.0, 1.0, 1.005, 1.01, 2.0}) {
+      RandomBox x(cells, ++seed);
+      std::ostringstream out;
+      frame::Log log(out, out);
+      std::array<Field, 3> fast{x.filled(-1, 1), x.filled(-1, 1), x.filled(-1, 1)};
+      std::array<Field, 3> plain = fast;
+      std::array<flow::Advected, 3> all{};
+      for (std::size_t b = 0; b < 3; ++b) {
+        all[b] = {&x.velocities.cell[b], &fast[b], b};
+        plain::advect(x.metrics, x.rim, x.state.ru, x.velocities.cell[b], acrk, plain[b]);
+      }
+      flow::flw_cladv0(log, x.metrics, x.rim, x.state.ru, flow::Variable::momentum, all, acrk,
+                       x.rows);
+      flow::flw_cldifv(x.metrics, x.rim, x.state, x.velocities, {}, x.rows, fast);
+      for (int b = 0; b < 3; ++b) {
+        if (!x.grid.box.computed(b)) continue;
+        auto& expected = plain[static_cast<std::size_t>(b)];
+        plain::diffuse(x.metrics, x.rim, x.state, x.velocities, b, expected);
+        EXPECT_TRUE(std::ranges::equal(expected.all(), fast[static_cast<std::size_t>(b)].all()))
+            << "acrk " << acrk << ", component " << b << ", cells in x " << cells[0];
+      }
+    }
+  }
+}
+
+TEST(FlowTerms, LawOfTheWallJoinsItsTwoParts) {
+  constexpr double kNu = 1.5e-5;
+  constexpr double kHeight = 0.1;
+  for (const double speed : {0.5, 3.0, 40.0}) {
+    const double u = flow::friction_velocity(speed, kHeight, kNu);
+    EXPECT_NEAR(speed / u, std::log(kHeight * u / kNu) / 0.42 + 5.5, 1e-10);
+  }
+  const double slow = flow::friction_velocity(0.01, kHeight, kNu);
+  EXPECT_NEAR(slow * slow, kNu * 0.01 / kHeight, 1e-18);
+  double y = 11.0;  // where both parts meet
+  for (int turn = 0; turn < 100; ++turn) y = std::log(y) / 0.42 + 5.5;
+  const double crossing = y * y * kNu / kHeight;
+  EXPECT_NEAR(flow::friction_velocity(crossing * (1 + 1e-9), kHeight, kNu),
+              flow::friction_velocity(crossing * (1 - 1e-9), kHeight, kNu), 1e-9 * crossing);
+}
+
+/// Momentum that the terms give to the air of a box, beside what its rim gives.
+TEST(FlowTerms, AdvectionCarriesWhatTheRimCarries) {
+  sample::FlowCase x({sample::clustered(9), sample::clustered(7), sample::clustered(5)});
+  x.end(0, -1, VelocityAt::given).velocity = {0.7, 0.4, 0.0};
+  x.end(0, 1, VelocityAt::free);
+  x.ends(1, VelocityAt::no_slip);
+  x.symmetric(2);
+  auto& plate = x.end(1, 1);
+  plate.first[1] = plate.last[1] = 3;
+  plate.first[0] = 4;
+  plate.idir = 0;
+  x.start([](int axis, const flow::Vector& p) { return std::sin(3.0 * p[0] + 5.0 * p[1] + axis); });
+  flow::Run& run = x.run;
+  auto& work = run.work.momentum;
+  flow::set_velocities(run.work.metrics, run.boundary.ends, run.state, work.velocities);
+  std::array<flow::Advected, 3> all{};
+  for (std::size_t b = 0; b < 3; ++b) all[b] = {&work.velocities.cell[b], &work.dqdt[b], b};
+  flow::flw_cladv0(x.log, run.work.metrics, run.work.rim, run.state.ru, flow::Variable::momentum,
+                   all, 1.0 / 3.0, work.rows);
+  for (std::size_t b = 0; b < 2; ++b) {
+    double gained = 0.0;
+    double carried = 0.0;
+    for (std::int32_t k = 1; k <= 5; ++k) {
+      for (std::int32_t j = 1; j <= 7; ++j) {
+        for (std::int32_t i = 1; i <= 9; ++i) {
+          gained += work.dqdt[b](i, j, k) * run.grid.volume(i, j, k);
+        }
+        const double area = run.grid.axis[1].dx(j) * run.grid.axis[2].dx(k);
+        const double in = b == 0 ? 0.7 : 0.4;
+        carried += area * (0.7 * in - run.state.ru[0](9, j, k) * work.velocities.cell[b](9, j, k));
+      }
+    }
+    EXPECT_NEAR(gained, carried, 1e-13);
+  }
+}
+
+TEST(FlowTerms, UnknownClassOfAVariableStops) {
+  RandomBox x({3, 3, 1}, 7);
+  std::ostringstream out;
+  frame::Log log(out, out);
+  Field dqdt(x.grid.box);
+  const flow::Advected one{&x.velocities.cell[0], &dqdt, 0};
+  EXPECT_THROW(flow::flw_cladv0(log, x.metrics, x.rim, x.state.ru, static_cast<flow::Variable>(6),
+                                std::span(&one, 1), 2.0, x.rows),
+               frame::Stop);
+  EXPECT_EQ(out.str(), "### program error -1- (flw_cladv0)\n");
+}
+
+TEST(FlowTerms, StepAndMonitorsOfAKnownFlow) {
+  sample::FlowCase x({sample::equal(4, 2.0), sample::equal(70, 7.0), sample::equal(1)});
+  x.set_viscosity(0.01);
+  x.ends(0, VelocityAt::slip);
+  x.ends(1, VelocityAt::free);
+  x.start([](int axis, const flow::Vector& p) { return axis == 1 ? 1.0 + p[0] : 0.0; });
+  const flow::Run& run = x.run;
+  // Fastest column: 2.75 m/s through cells of 0.1 m; diffusion over 0.5 m and 0.1 m.
+  const double rate = 2.75 / 0.1 + 4.0 * 0.01 * (1.0 / 0.25 + 1.0 / 0.01);
+  x.run.state.mut(2, 69, 1) = 0.25;
+  const double thick = 1.75 / 0.1 + 4.0 * 0.26 * (1.0 / 0.25 + 1.0 / 0.01);
+  const auto dt = [&] {
+    return flow::flw_cldelt(x.control(), run.work.metrics, run.openings, run.state,
+                            x.run.work.scratch);
+  };
+  EXPECT_NEAR(dt(), 0.5 / thick, 1e-12);
+  const auto found = flow::take_monitors(run.openings.fluid, run.state, true);
+  EXPECT_NEAR(found.velocity.value, 2.75, 1e-12);
+  EXPECT_EQ(found.velocity.cell, (Triple{4, 1, 1}));
+  EXPECT_EQ(found.mut.cell, (Triple{2, 69, 1}));
+  x.run.openings.fluid(2, 69, 1) = 0;
+  EXPECT_NEAR(dt(), 0.5 / rate, 1e-12);
+  x.run.state.p(3, 33, 1) = NAN;
+  EXPECT_FALSE(flow::take_monitors(run.openings.fluid, run.state, false).finite);
+  x.control().ivisc = false;
+  EXPECT_NEAR(dt(), 0.5 / 27.5, 1e-12);
+  x.control().smaller.dtmax = 1e-3;
+  EXPECT_EQ(dt(), 1e-3);
+}
+
+TEST(FlowTerms, PropertiesAndDensityOfAMixture) {
+  flow::Species species;
+  species.sutherland = true;
+  species.mu = 1.8e-5;
+  species.T = 291.15;
+  species.C = 120.0;
+  EXPECT_DOUBLE_EQ(flow::viscosity(species, 291.15), 1.8e-5);
+  EXPECT_NEAR(flow::viscosity(species, 400.0),
+              1.8e-5 * 411.15 / 520.0 * std::pow(400 / 291.15, 1.5), 1e-18);
+  species.wm = {0.028, 0.018};
+  species.acpk = {{1.0, 2.0, 3.0, 4.0, 5.0}, {}};
+  species.sclmnr = 0.5;
+  EXPECT_DOUBLE_EQ(flow::specific_heat(species, 0, 2.0), 1.0 + 4.0 + 12.0 + 32.0 + 80.0);
+  // Of two species each diffuses into the other: mu/sclmnr S (1 - y)/(S - y/wm).
+  const double moles = 0.9 / 0.028 + 0.1 / 0.018;
+  EXPECT_NEAR(flow::diffusivity(species, 1, 0.1, moles, 1e-5), 2e-5 * moles * 0.9 / (0.9 / 0.028),
+              1e-18);
+
+  sample::FlowCase x({sample::equal(1), sample::equal(1), sample::equal(4, 40.0)});
+  x.run.settings.records.idrdp = 2;
+  x.control().gravity[2] = -10.0;
+  x.ends(2, VelocityAt::no_slip);
+  x.start();
+  for (std::int32_t k = 1; k <= 4; ++k) {  // 1e5 Pa at the first node, 10 Pa less a metre above it
+    EXPECT_NEAR(x.run.state.r[0](1, 1, k), (1e5 - 10.0 * (10.0 * k - 5.0)) / 1e5, 1e-14);
+  }
+}
+
+}  // namespace
