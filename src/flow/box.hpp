@@ -25,7 +25,8 @@ struct Box {
   Triple n{};  ///< cells in x, y, z
 
   [[nodiscard]] std::size_t extent(int axis) const {
-    return static_cast<std::size_t>(n[static_cast<std::size_t>(axis)] + 2 * kHalo);
+    return static_cast<std::size_t>(n[static_cast<std::size_t>(axis)]) +
+           2 * static_cast<std::size_t>(kHalo);
   }
   /// Distance of neighbours along an axis.
   [[nodiscard]] std::size_t stride(int axis) const {
