@@ -1,6 +1,6 @@
 #include "driver/month_files.hpp"
 
-#include "driver/result_files.hpp"
+#include "frame/file_names.hpp"
 
 namespace tsrf_module_io {
 

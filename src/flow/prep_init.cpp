@@ -51,7 +51,11 @@ FlowSet read_initial(frame::Log& log, const SetFile& file, const Triple& cells, 
   for (std::size_t a = 0; a < 3; ++a) {
     good = good && head.cells[a] > 0 && cells[a] % head.cells[a] == 0;
   }
-  frame::allocating(log, [&] { good = good && reader.rest(head, &set) == SetReader::Found::set; });
+  frame::allocating(
+      log, "initial set",
+      frame::bytes_of<double>(5 * static_cast<std::size_t>(std::max(head.cells[0], 0)),
+                              static_cast<std::size_t>(std::max(head.cells[1], 0))),
+      [&] { good = good && reader.rest(head, &set) == SetReader::Found::set; });
   if (!good) {
     log.line("%%% file", file.name + ",", "record", reader.record());
     log.fail(kHeading, "lack of data in initial file of coaser mesh");
@@ -92,7 +96,7 @@ std::uint64_t first_values(frame::Log& log, Run& run, const SetFile& restart,
 
 State make_state(frame::Log& log, const Box& box, const Control& control, std::size_t ns) {
   State state;
-  frame::allocating(log, [&] {
+  frame::allocating(log, "fields", frame::bytes_of<double>(box.size(), 10 + ns), [&] {
     for (Field& r : state.r) r = Field(box);
     for (Field& ru : state.ru) ru = Field(box);
     for (Field* field : {&state.p, &state.t, &state.mu, &state.mut}) *field = Field(box);

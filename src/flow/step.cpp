@@ -60,7 +60,7 @@ void momentum_and_pressure(frame::Log& log, frame::Accounts& accounts, Run& run)
 void prepare(frame::Log& log, Run& run) {
   const Box& box = run.grid.box;
   StepWork& work = run.work;
-  frame::allocating(log, [&] {
+  frame::allocating(log, "work fields", frame::bytes_of<double>(box.size(), 8), [&] {
     if (run.settings.control.itemp) {
       run.state.conductivity = Field(box);
       run.state.dif.assign(run.settings.species.count(), Field(box));

@@ -24,7 +24,8 @@ Openings mkofrac(frame::Log& log, frame::TextInput& control, const Box& box) {
   const frame::Tag tag(log, "(flw_module_fv)   (mkofrac)");
   if (wanted) log.fail("### error : volume fractions not available");
   Openings openings;
-  frame::allocating(log, [&] { openings = Openings(box); });
+  frame::allocating(log, "open fractions", frame::bytes_of<double>(box.size(), 5),
+                    [&] { openings = Openings(box); });
   return openings;
 }
 

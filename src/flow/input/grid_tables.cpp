@@ -39,7 +39,8 @@ std::vector<double> read_nodes(frame::Log& log, frame::TextInput& file, RecordRe
     records.fail_read();
   }
   std::vector<double> nodes;
-  frame::allocating(log, [&] { nodes.resize(static_cast<std::size_t>(wanted)); });
+  frame::allocating(log, "nodes", frame::bytes_of<double>(static_cast<std::size_t>(wanted)),
+                    [&] { nodes.resize(static_cast<std::size_t>(wanted)); });
   records.read_list(nodes);
   check_increase(records, axis, nodes);
   return nodes;
@@ -84,10 +85,11 @@ GridTables flw_read_grid(frame::Log& log, frame::TextInput& file, const Triple& 
   double total = 1.0;
   for (std::size_t a = 0; a < 3; ++a) {
     const auto nodes = read_nodes(log, file, records, kNames[a], cells[a]);
-    frame::allocating(log, [&] { grid.axis[a] = make_axis(nodes, a == 1 && periodic_y); });
+    frame::allocating(log, "axis", frame::bytes_of<double>(nodes.size(), 3),
+                      [&] { grid.axis[a] = make_axis(nodes, a == 1 && periodic_y); });
     total *= cells[a];
   }
-  if (total > kMostCells) log.fail("### error : allocation failed");
+  if (total > kMostCells) log.fail("### error : allocation failed", frame::items("cells =", total));
   grid.box.n = cells;
   return grid;
 }

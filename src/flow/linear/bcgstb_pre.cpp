@@ -97,7 +97,7 @@ BcgstbArrays BcgstbSystem::arrays() const {
 
 void flw_bcgstb_size(frame::Log& log, const Flags& fluid, bool periodic_y, BcgstbSystem& system,
                      InstructionSet set) {
-  frame::allocating(log, [&] {
+  frame::allocating(log, "bcgstb", frame::bytes_of<double>(fluid.all().size(), 18), [&] {
     const Box& box = fluid.box();
     system = {};
     system.points = flw_list_hypln(log, box, periodic_y, hyperplane_bound(box));

@@ -160,7 +160,7 @@ IccgArrays IccgSystem::arrays() {
 
 void flw_iccg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid, bool periodic_y,
                   double gsfcg, IccgSystem& system, InstructionSet set) {
-  frame::allocating(log, [&] {
+  frame::allocating(log, "iccg", frame::bytes_of<double>(fluid.all().size(), 10), [&] {
     const Box& box = fluid.box();
     system = {};
     system.points = flw_list_hypln(log, box, periodic_y, hyperplane_bound(box));

@@ -31,7 +31,8 @@ class Search {
       check_size(head);
       const bool met = head.iter == iters_;
       SetReader::Found found = SetReader::Found::cut;
-      frame::allocating(log_, [&] { found = reader_.rest(head, met ? &restored.set : nullptr); });
+      frame::allocating(log_, "restart set", static_cast<std::int64_t>(reader_.behind()),
+                        [&] { found = reader_.rest(head, met ? &restored.set : nullptr); });
       accept(found);
       if (met) break;
       if (!first_) first_ = head.iter;

@@ -15,7 +15,7 @@ PressureStep make_pressure_step(frame::Log& log, const Settings& settings, const
   step.boundary = &boundary;
   step.faces = &faces;
   const PressureMethod method = flw_amg_setup(log, settings.records.iamg);
-  frame::allocating(log, [&] {
+  frame::allocating(log, "pressure matrix", frame::bytes_of<double>(grid.box.size(), 6), [&] {
     step.open = list_open_faces(openings, boundary, faces);
     const PressureMatrix matrix = flw_matrix(log, grid, openings, boundary, faces, step.open);
     step.closed = matrix.singular;
