@@ -65,7 +65,8 @@ class UnitTable {
   TextInput& open_input(Log& log, int unit, const std::string& name);
   /// The same, but a file that is not there is read as an empty one.
   TextInput& open_input_if_any(Log& log, int unit, const std::string& name);
-  /// Ends the run in the same way where `name` cannot be read; for files that a reader opens itself.
+  /// Ends the run in the same way where `name` cannot be read; for files that a reader opens
+  /// itself.
   void check_input(Log& log, const std::string& name) const;
   /// Opens a file for writing, made where it is not there, as it is where it is.
   TextOutput& open_output(Log& log, int unit, const std::string& name);

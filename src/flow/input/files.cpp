@@ -45,7 +45,7 @@ std::string title_of(FileRow row) { return frame::title_of(kLabels[row]); }
 
 FileNames read_file_names(frame::Log& log, frame::UnitTable& units) {
   const frame::Tag tag(log, "(read_file_table)");
-  const FileNames names = read_names(units.open_input(log, frame::kUnitFileName, kTable));
+  FileNames names = read_names(units.open_input(log, frame::kUnitFileName, kTable));
   units.close(frame::kUnitFileName);
   for (std::size_t row = 0; row < kFiles; ++row) log.line(kLabels[row], names[row]);
   for (const FileRow row : kRequired) need_name(log, names, row, true, "for every run");
