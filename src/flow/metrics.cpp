@@ -8,7 +8,7 @@ namespace {
 
 AxisMetric metric_of(const AxisTable& table) {
   const std::int32_t last = table.cells + kHalo;
-  const auto size = static_cast<std::size_t>(table.cells) + std::size_t{2 * kHalo};
+  const auto size = static_cast<std::size_t>(table.cells) + 2 * static_cast<std::size_t>(kHalo);
   AxisMetric metric;
   for (auto* row : {&metric.inv_width, &metric.inv_gap, &metric.inv_span, &metric.narrow,
                     &metric.lower, &metric.upper}) {
