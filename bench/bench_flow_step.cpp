@@ -66,8 +66,8 @@ double read(const flow::Field& field) {
 
 void read_all(const flow::State& s) {
   double sum = 0.0;
-  for (const auto* field : {&s.r[0], &s.r[1], &s.p, &s.t, &s.ys[0], &s.ru[0], &s.ru[1],
-                            &s.ru[2], &s.mu, &s.mut}) {
+  for (const auto* field :
+       {&s.r[0], &s.r[1], &s.p, &s.t, &s.ys[0], &s.ru[0], &s.ru[1], &s.ru[2], &s.mu, &s.mut}) {
     sum += read(*field);
   }
   benchmark::DoNotOptimize(sum);

@@ -25,7 +25,8 @@ struct Box {
   Triple n{};  ///< cells in x, y, z
 
   [[nodiscard]] std::size_t extent(int axis) const {
-    return static_cast<std::size_t>(n[static_cast<std::size_t>(axis)]) + std::size_t{2 * kHalo};
+    return static_cast<std::size_t>(n[static_cast<std::size_t>(axis)]) +
+           2 * static_cast<std::size_t>(kHalo);
   }
   /// Distance of neighbours along an axis.
   [[nodiscard]] std::size_t stride(int axis) const {
@@ -84,7 +85,7 @@ void for_rows(const Box& box, Row&& row) {
 template <class Row>
 void for_wide_rows(const Box& box, Row&& row) {
   const auto beyond = [&box](int axis) { return box.computed(axis) ? kHalo : 0; };
-  const auto count = static_cast<std::size_t>(box.n[0] + 2 * beyond(0));
+  const auto count = static_cast<std::size_t>(box.n[0]) + 2 * static_cast<std::size_t>(beyond(0));
   for (std::int32_t k = 1 - beyond(2); k <= box.n[2] + beyond(2); ++k) {
     for (std::int32_t j = 1 - beyond(1); j <= box.n[1] + beyond(1); ++j) {
       row(box.at(1 - beyond(0), j, k), count, j, k);

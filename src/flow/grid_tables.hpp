@@ -22,9 +22,15 @@ struct AxisTable {
   std::vector<double> width;   ///< the same for the widths [m]
 
   /// Coordinate of node i, centre and width of cell i.
-  [[nodiscard]] double x(std::int32_t i) const { return node[static_cast<std::size_t>(i) + 1]; }
-  [[nodiscard]] double xc(std::int32_t i) const { return centre[static_cast<std::size_t>(i) + 1]; }
-  [[nodiscard]] double dx(std::int32_t i) const { return width[static_cast<std::size_t>(i) + 1]; }
+  [[nodiscard]] double x(std::int32_t i) const {
+    return node[static_cast<std::size_t>(std::ptrdiff_t{i} + 1)];
+  }
+  [[nodiscard]] double xc(std::int32_t i) const {
+    return centre[static_cast<std::size_t>(std::ptrdiff_t{i} + 1)];
+  }
+  [[nodiscard]] double dx(std::int32_t i) const {
+    return width[static_cast<std::size_t>(std::ptrdiff_t{i} + 1)];
+  }
   /// Distance of the centres on both sides of face i (between the cells i and i+1).
   [[nodiscard]] double dxc(std::int32_t i) const { return xc(i + 1) - xc(i); }
 };
