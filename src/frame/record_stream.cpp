@@ -54,7 +54,8 @@ void sync_folder_of(const std::string& path) {
 
 // ---- RecordStream ----
 
-RecordStream::RecordStream(std::string path) : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+RecordStream::RecordStream(const std::string& path)
+    : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
   struct stat info {};
   if (fd_ >= 0 && ::fstat(fd_, &info) == 0) file_size_ = static_cast<std::uint64_t>(info.st_size);
 }

@@ -17,7 +17,7 @@ class Log;
 /// Reads records in their order.
 class RecordStream {
  public:
-  explicit RecordStream(std::string path);
+  explicit RecordStream(const std::string& path);
   ~RecordStream();
   RecordStream(const RecordStream&) = delete;
   RecordStream& operator=(const RecordStream&) = delete;
