@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
-#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -85,11 +84,15 @@ TEST(SideBySide, NothingWritableStandsAtNamespaceScope) {
   const TempFolder folder;
   const std::string list = folder.path("symbols");
   ASSERT_EQ(std::system(("objdump -tC " TOWNSKIN_PROGRAM " > " + list).c_str()), 0);
-  const std::regex ours(" O .*(frame::|tsrf_|jmk|dated_series)"), of_the_tools("DW.ref|asan");
+  const auto has = [](const std::string& line, std::initializer_list<const char*> words) {
+    return std::ranges::any_of(
+        words, [&](const char* word) { return line.find(word) != std::string::npos; });
+  };
   std::size_t read_only = 0;
   for (const std::string& line : run_case::lines_of(list)) {
-    if (!std::regex_search(line, ours) || std::regex_search(line, of_the_tools)) continue;
-    EXPECT_FALSE(std::regex_search(line, std::regex(" \\.(data|bss)\t"))) << line;
+    const bool ours = has(line, {" O "}) && has(line, {"frame::", "tsrf_", "jmk", "dated_series"});
+    if (!ours || has(line, {"DW.ref", "asan"})) continue;  // what the tools put in
+    EXPECT_FALSE(has(line, {" .data\t", " .bss\t"})) << line;
     ++read_only;
   }
   EXPECT_GT(read_only, 5U);  // the list was made, and holds constants
