@@ -49,7 +49,7 @@ struct Diagonals {
   }
   /// Slot of a point, indices from 0.
   [[nodiscard]] std::size_t slot(std::int32_t u, std::int32_t v, std::int32_t w) const {
-    const DiagonalRow& row = rows[static_cast<std::size_t>(u + v)];
+    const DiagonalRow& row = rows[static_cast<std::size_t>(std::ptrdiff_t{u} + v)];
     return (static_cast<std::size_t>(w) + 1) * layer + row.start + static_cast<std::size_t>(v) -
            static_cast<std::size_t>(row.first);
   }
