@@ -228,6 +228,24 @@ TEST(FlowHistory, HoldsItsPointsAtItsTimes) {
   EXPECT_NEAR(number_at<double>(records[11], 8U * 8U), 0.5 * (flux(2) + flux(3)) / density, 1e-14);
 }
 
+TEST(FlowRun, KeepsNoMoreThan65000Groups) {
+  for (const int groups : {65000, 65001}) {
+    const RunCase run(kDuct);
+    const std::string file = run.content("boundary.txt");
+    const std::size_t first = file.find('\n', file.find('\n') + 1) + 1;  // the line of the count
+    const std::string all = file.substr(file.find('\n', first) + 1);
+    std::size_t end = 0;
+    for (int line = 0; line < 5; ++line) end = all.find('\n', end) + 1;
+    std::string text = file.substr(0, first) + std::to_string(groups) + "\n";
+    for (int n = 4; n < groups; ++n) text += all.substr(0, end);
+    run.write("boundary.txt", text + all);  // the later of two groups on a face holds
+    const Outcome outcome = run_flow(run);
+    const bool refused = groups > 65000;
+    EXPECT_EQ(outcome.status, refused ? 1 : 0) << groups;
+    EXPECT_EQ(std::ranges::count(outcome.log, std::string("nbnd > mbnd")), refused ? 1 : 0);
+  }
+}
+
 TEST(FlowRun, StopsAtTheFileExit) {
   const RunCase run(kDuct);
   run.write("EXIT", "");
