@@ -29,9 +29,6 @@ struct Swirls : sample::FlowCase {
       return std::sin(kTurn * x[a]) * std::cos(2.0 * kTurn * x[(a + 1) % 3]);
     });
   }
-  [[nodiscard]] flow::Domain domain() const {
-    return {run.settings, run.grid, run.work.metrics, run.boundary, run.work.rim, run.openings};
-  }
 };
 
 Swirls& swirls() {
@@ -46,7 +43,8 @@ void step(Swirls& x) {
   flow::flw_clprop(run.settings.species, run.state);
   run.state.dt = flow::flw_cldelt(run.settings.control, run.work.metrics, run.openings, run.state,
                                   run.work.scratch);
-  flow::flw_cldvdt(x.log, x.domain(), 1e-3 * run.state.dt, run.work.momentum, run.state);
+  flow::flw_cldvdt(x.log, flow::domain_of(x.run), 1e-3 * run.state.dt, run.work.momentum,
+                   run.state);
   flow::flw_clsolid(run.work.rim, run.state);
   benchmark::DoNotOptimize(flow::take_monitors(run.openings.fluid, run.state, false));
 }

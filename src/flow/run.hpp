@@ -9,6 +9,7 @@
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
 #include "flow/step_work.hpp"
+#include "flow/urban/urban.hpp"
 
 namespace flow {
 
@@ -18,6 +19,7 @@ struct Run {
   Boundary boundary;
   BoundaryFaces faces;
   Openings openings;
+  Urban urban;
   State state;
   StepWork work;
 };

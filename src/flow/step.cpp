@@ -11,11 +11,12 @@
 
 namespace flow {
 
-namespace {
-
 Domain domain_of(const Run& run) {
-  return {run.settings, run.grid, run.work.metrics, run.boundary, run.work.rim, run.openings};
+  return {run.settings, run.grid,     run.work.metrics, run.boundary,
+          run.work.rim, run.openings, run.urban};
 }
+
+namespace {
 
 /// Halos of what the run starts from; an axis that is not computed carries no flow.
 void fill_first_halos(Run& run) {

@@ -6,6 +6,7 @@
 #include "flow/rim.hpp"
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
+#include "flow/urban/urban.hpp"
 
 namespace flow {
 
@@ -17,6 +18,7 @@ struct Domain {
   const Boundary& boundary;
   const Rim& rim;
   const Openings& openings;
+  const Urban& urban;
 };
 
 }  // namespace flow
