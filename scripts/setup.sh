@@ -4,7 +4,9 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=$(nproc 2>/dev/null || echo 2)
 build_packages=(cmake ninja-build ccache g++)
-test_packages=("${build_packages[@]}" libgtest-dev libbenchmark-dev gzip)
+case_packages=(libembree-dev libgeos-dev libproj-dev proj-data nlohmann-json3-dev libtomlplusplus-dev
+               libcli11-dev)
+test_packages=("${build_packages[@]}" "${case_packages[@]}" libgtest-dev libbenchmark-dev gzip)
 check_packages=(clang-format clang-tidy git)
 # The fuzz and benchmark targets are optional; only a full check builds the benchmarks.
 

@@ -5,6 +5,7 @@
 // case.log at the end. A fault ends the work by an exception, so that nothing is written.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -37,8 +38,9 @@ class Report {
   [[noreturn]] static void fault(const std::string& text, const Origin& origin);
 
   [[nodiscard]] std::size_t count(const std::string& what) const;
-  /// All of it as lines: each kind with its count, then where; then the warnings.
-  [[nodiscard]] std::vector<std::string> lines() const;
+  /// All of it as lines: each kind with its count, then where (so many of a kind by name); then the
+  /// warnings.
+  [[nodiscard]] std::vector<std::string> lines(std::size_t named_at_most = SIZE_MAX) const;
 
  private:
   bool strict_;
