@@ -52,7 +52,7 @@ struct City {
   std::vector<Building> buildings;
   std::vector<GroundArea> ground;
   std::vector<Tree> trees;
-  bool placed = false;  ///< latitude and longitude are known from the data
+  bool placed = false;                     ///< latitude and longitude are known from the data
   double latitude = 0.0, longitude = 0.0;  ///< of the origin [degree]
 };
 

@@ -8,8 +8,8 @@
 
 namespace townskin_case {
 
-/// The partners of each group in rows: those of group i stand at start[i] .. start[i+1]-1, by rising
-/// number.
+/// The partners of each group in rows: those of group i stand at start[i] .. start[i+1]-1, by
+/// rising number.
 struct ViewFactors {
   std::vector<std::size_t> start;
   std::vector<std::int32_t> to;
