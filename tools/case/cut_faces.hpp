@@ -4,7 +4,7 @@
 #pragma once
 
 #include "city.hpp"
-#include "clip.hpp"
+#include "pieces.hpp"
 
 namespace townskin_case {
 

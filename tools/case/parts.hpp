@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "clip.hpp"
+#include "pieces.hpp"
 
 namespace townskin_case {
 

@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "clip.hpp"
+#include "pieces.hpp"
 #include "regions.hpp"
 
 namespace townskin_case {

@@ -1,4 +1,4 @@
-#include "clip.hpp"
+#include "pieces.hpp"
 
 #include <algorithm>
 
