@@ -67,20 +67,22 @@ class Rows {
     }
     take_values(fields, where, hour);
     hours.push_back(hour);
+    lines.push_back(line);
     done_ = hour.month == period.last.month && hour.day == period.last.day && hour.hour == 24;
     advance();
   }
 
   /// All hours of the period must have come.
-  void finish(std::size_t lines, const epw::Period& period) const {
+  void finish(std::size_t last_line, const epw::Period& period) const {
     if (done_) return;
     Report::fault("the file ends before the hour " +
                       epw::text_of(next_.month, next_.day, next_.hour) + " of the period " +
                       period.text + ", behind " + std::to_string(hours.size()) + " hours",
-                  at_line(file_, lines));
+                  at_line(file_, last_line));
   }
 
   std::vector<EpwHour> hours;
+  std::vector<std::size_t> lines;                          ///< where they stand in the file
   std::array<std::vector<char>, kColumns.size()> missing;  ///< by column, then hour
 
  private:
@@ -123,9 +125,8 @@ void fill(std::vector<EpwHour>& hours, const std::vector<char>& missing,
   for (std::size_t h = 0; h < n; ++h) {
     if (missing[h] != 0) continue;
     for (std::size_t gap = before == n ? 0 : before + 1; gap < h; ++gap) {
-      const double weight = before == n ? 1.0
-                                        : static_cast<double>(gap - before) /
-                                              static_cast<double>(h - before);
+      const double weight =
+          before == n ? 1.0 : static_cast<double>(gap - before) / static_cast<double>(h - before);
       const double left = before == n ? 0.0 : hours[before].*value;
       hours[gap].*value = (1.0 - weight) * left + weight * hours[h].*value;
     }
@@ -142,15 +143,17 @@ void fill_columns(Rows& rows, Epw& epw, Report& report) {
     given[c] = lacks < n;
     if (lacks == 0 || lacks == n) continue;
     fill(rows.hours, rows.missing[c], kColumns[c].value);
-    report.repair(std::string(kColumns[c].name) + " filled by interpolation, " +
-                      std::to_string(lacks) + " hours",
-                  {epw.file, "column " + std::to_string(kColumns[c].place + 1)});
+    for (std::size_t h = 0; h < n; ++h) {
+      if (rows.missing[c][h] == 0) continue;
+      report.repair("hours without " + std::string(kColumns[c].name) + " filled by interpolation",
+                    at_line(epw.file, rows.lines[h]));
+    }
   }
   epw.has_infrared = given[kInfrared];
   epw.has_direct = given[kDirect] && given[kScattered];
   for (std::size_t c = 0; c < kColumns.size(); ++c) {
-    const bool needed = c != kInfrared && c != kDirect && c != kScattered &&
-                        (c != kGlobal || !epw.has_direct);
+    const bool needed =
+        c != kInfrared && c != kDirect && c != kScattered && (c != kGlobal || !epw.has_direct);
     if (needed && !given[c]) {
       Report::fault("no hour has a value of " + std::string(kColumns[c].name), {epw.file, {}});
     }
@@ -181,8 +184,8 @@ Epw read_epw(const std::string& file, Report& report) {
   };
   epw::Period period;
   while (period.text.empty()) {
-    if (!next()) Report::fault("no line DATA PERIODS: it is not a whole EPW file",
-                               at_line(file, line));
+    if (!next())
+      Report::fault("no line DATA PERIODS: it is not a whole EPW file", at_line(file, line));
     if (line == 1) epw::read_location(text, at_line(file, line), epw);
     if (text.starts_with("DATA PERIODS")) period = epw::read_period(text, at_line(file, line));
   }

@@ -30,9 +30,10 @@ struct Group {
   Vector3 normal;                ///< outward, of length 1
   double area = 0.0;             ///< of the shapes [m2]
   PatchKind kind = PatchKind::land;
-  /// Of the air in front of it; indices from 1. Of a tree's face the tree cell of the leaves behind.
+  /// Of the air in front of it; indices from 1. Of a tree's face the tree cell of the leaves
+  /// behind.
   std::array<std::int32_t, 3> cell{};
-  std::int32_t building = -1;  ///< index into the city's buildings; -1: none
+  std::int32_t building = -1;      ///< index into the city's buildings; -1: none
   FaceKind face = FaceKind::wall;  ///< of a building's
   std::string cover;               ///< of land and water: the kind of ground, as the city has it
 };
