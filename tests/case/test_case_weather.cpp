@@ -257,7 +257,7 @@ TEST(CaseSun, StandsRightFromHelsinkiToAdelaide) {
       const SolarDay noon = solar_day(2015, p.month, p.day, 12.0 - p.zone);
       days.declination = noon.declination;
       days.equation_of_time = noon.equation_of_time;
-      const auto settings = sun_settings({p.latitude, p.longitude, p.zone}, days);
+      const auto settings = sun_members({p.latitude, p.longitude, p.zone}, days);
       for (const SunHour& hour : sun_hours(settings, days)) {
         if (hour.hour != p.hour) continue;
         double& worst = dated ? worst_of_dates : worst_of_day;
@@ -279,7 +279,7 @@ TEST(CaseSun, HoursEndWithADarkOne) {
     days.first = days.last = calendar_day(date);
     const SolarDay noon = solar_day(2015, days.first.month, days.first.day, 12.0);
     days.declination = noon.declination;
-    return sun_hours(sun_settings({latitude, 0.0, 0.0}, days), days);
+    return sun_hours(sun_members({latitude, 0.0, 0.0}, days), days);
   };
   const auto summer = hours_of(45.0, "06-21");
   EXPECT_LE(summer.front().sun.z, 0.0);

@@ -26,7 +26,7 @@ double days_since_2000(int year, int month, int day) {
 /// The model's sun.
 class Sun {
  public:
-  Sun(const SunSettings& settings, bool dated) : dated_(dated), log_(std::cout, std::cerr) {
+  Sun(const SunMembers& settings, bool dated) : dated_(dated), log_(std::cout, std::cerr) {
     data_.LAT = settings.LAT;
     data_.LNG = settings.LNG;
     data_.SDECL = settings.SDECL;
@@ -86,9 +86,9 @@ SolarDay solar_day(int year, int month, int day, double utc_hour) {
   return {std::asin(std::sin(obliquity) * std::sin(longitude)) / kRadian, turn / kDegreesAnHour};
 }
 
-SunSettings sun_settings(const Place& place, const Days& days) {
+SunMembers sun_members(const PlaceAndClock& place, const Days& days) {
   const double ahead = place.longitude - kDegreesAnHour * place.zone;  // of the clock's meridian
-  SunSettings settings{place.latitude, place.longitude, days.declination, 0.0};
+  SunMembers settings{place.latitude, place.longitude, days.declination, 0.0};
   if (days.dated) {
     settings.LNG = kClockMeridian + ahead;
   } else {
@@ -97,7 +97,7 @@ SunSettings sun_settings(const Place& place, const Days& days) {
   return settings;
 }
 
-std::vector<SunHour> sun_hours(const SunSettings& settings, const Days& days) {
+std::vector<SunHour> sun_hours(const SunMembers& settings, const Days& days) {
   Sun sun(settings, days.dated);
   std::vector<SunHour> hours;
   CalendarDay day = days.first;

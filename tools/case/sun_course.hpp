@@ -12,13 +12,13 @@
 namespace townskin_case {
 
 /// What the control file tells of place and sun, in its own words.
-struct SunSettings {
+struct SunMembers {
   double LAT = 0.0, LNG = 0.0;  ///< [degree]
   double SDECL = 0.0, SHANGLE = 0.0;
 };
 
 /// A place and its clock.
-struct Place {
+struct PlaceAndClock {
   double latitude = 0.0, longitude = 0.0;  ///< [degree]
   double zone = 0.0;                       ///< of the clock, hours ahead of UTC
 };
@@ -30,7 +30,7 @@ struct SolarDay {
 };
 SolarDay solar_day(int year, int month, int day, double utc_hour);
 
-SunSettings sun_settings(const Place& place, const Days& days);
+SunMembers sun_members(const PlaceAndClock& place, const Days& days);
 
 /// An hour for which the Sun file has fractions.
 struct SunHour {
@@ -39,7 +39,7 @@ struct SunHour {
   Vector3 sun;             ///< towards it; dark when it is not above the horizon
 };
 /// The hours with sun of each day and one dark hour at each end, as the run's own sun has them.
-std::vector<SunHour> sun_hours(const SunSettings& settings, const Days& days);
+std::vector<SunHour> sun_hours(const SunMembers& settings, const Days& days);
 
 /// Shares of the groups that the sun reaches, for each hour all groups: hours x groups values. All
 /// are 0 in a dark hour.
