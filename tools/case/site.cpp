@@ -110,7 +110,6 @@ void read_run(TomlTable table, SiteRun& run) {
   take(run.step, table.number("step", {.least = 1.0, .most = 3600.0}));
   if (!fits_hour(run.step)) table.fault("step", "step of [run] must divide an hour");
   take(run.most_days, table.integer("most_days", {.least = 1, .most = 10000}));
-  take(run.rooms, table.truth("rooms"));
   take(run.convection, table.number("convection", {.least = 0.0, .most = 1000.0}));
   table.finish();
 }

@@ -79,7 +79,6 @@ struct SiteRun {
   DayChoice days;
   double step = 300.0;          ///< [s]
   std::int64_t most_days = 60;  ///< of a day that repeats, should it never settle
-  bool rooms = true;            ///< rooms and plants are computed
   double convection = 11.6;     ///< coefficient outside [W/m2 K]
 };
 
