@@ -41,7 +41,8 @@ TextFile& TextFile::put(double value) {
 
 TextFile& TextFile::share(double value, int digits) {
   constexpr double kLeast = 1e-9;
-  if (!(value >= kLeast)) return put("0");
+  if (!(value > 0.0)) return put("0");
+  if (value < kLeast) return put(value);
   if (value >= 1.0) return put("1");
   // As an integer of so many digits, with its decimals counted.
   int decimals = digits;

@@ -8,8 +8,12 @@ namespace {
 void write_patch(const RunData& run, std::size_t p, TextFile& out) {
   const Patch& patch = run.scene.patches[p];
   const Group& group = run.scene.groups[static_cast<std::size_t>(patch.group)];
+  // A far boundary is as large as the exchange with the district asks.
+  const double area = group.kind == PatchKind::far
+                          ? run.factors.area[static_cast<std::size_t>(patch.group)]
+                          : patch.area;
   // Of the cell of air, and of leaves, k counts from 0.
-  out.line(p + 1, group.cell[0], group.cell[1], group.cell[2] - 1, patch.area, group.normal.x,
+  out.line(p + 1, group.cell[0], group.cell[1], group.cell[2] - 1, area, group.normal.x,
            group.normal.y, group.normal.z, static_cast<std::int32_t>(group.kind), patch.surface,
            group.building + 1);
 }
