@@ -9,7 +9,7 @@ namespace {
 /// The flags as they are given; those that are not leave the site file's value.
 struct Flags {
   std::string site_file;
-  Names buildings, ground, trees;
+  std::vector<std::string> buildings, ground, trees;
   std::optional<std::string> weather, crs, day, from, to, rotate;
   std::optional<double> latitude, longitude, lod, margin, radius, step;
   std::vector<double> cell;
@@ -33,7 +33,7 @@ void declare(CLI::App& app, Flags& flags, Options& options) {
   app.add_option("--lon", flags.longitude, "Longitude where the data tell none [degree]")
       ->check(CLI::Range(-180.0, 180.0));
   app.add_option("--lod", flags.lod, "Highest level of detail that is taken")
-      ->check(CLI::Range(0.0, 4.0));
+      ->check(CLI::Range(0.0, 9.0));
   app.add_option("--cell", flags.cell, "Cells: DX[,DY,DZ] [m]")
       ->delimiter(',')
       ->expected(1, 3)
@@ -69,17 +69,17 @@ void apply_days(const Flags& flags, DayChoice& days) {
 }
 
 void apply(const Flags& flags, Site& site) {
-  if (!flags.buildings.empty()) site.input.buildings = flags.buildings;
-  if (!flags.ground.empty()) site.input.ground = flags.ground;
-  if (!flags.trees.empty()) site.input.trees = flags.trees;
-  take(site.input.weather, flags.weather);
-  take(site.input.crs, flags.crs);
-  take(site.input.latitude, flags.latitude);
-  take(site.input.longitude, flags.longitude);
-  take(site.input.lod, flags.lod);
+  if (!flags.buildings.empty()) site.city.buildings = flags.buildings;
+  if (!flags.ground.empty()) site.city.ground = flags.ground;
+  if (!flags.trees.empty()) site.city.trees = flags.trees;
+  take(site.weather, flags.weather);
+  take(site.city.crs, flags.crs);
+  take(site.latitude, flags.latitude);
+  take(site.longitude, flags.longitude);
+  take(site.city.lod, flags.lod);
   if (!flags.cell.empty()) set_cell(flags.cell, site.grid);
   take(site.grid.margin, flags.margin);
-  if (flags.radius) site.grid.radius = flags.radius;
+  if (flags.radius) site.city.clip_radius = flags.radius;
   if (flags.rotate && !set_rotation(*flags.rotate, site.grid)) {
     throw Fault("--rotate must be auto or an angle in degrees");
   }
@@ -111,8 +111,8 @@ Options read_options(int argc, const char* const* argv) {
   }
   if (!flags.site_file.empty()) options.site = read_site(flags.site_file);
   apply(flags, options.site);
-  if (options.site.input.buildings.empty()) throw Fault("no buildings: give --buildings FILE");
-  if (options.site.input.weather.empty()) throw Fault("no weather: give --weather FILE");
+  if (options.site.city.buildings.empty()) throw Fault("no buildings: give --buildings FILE");
+  if (options.site.weather.empty()) throw Fault("no weather: give --weather FILE");
   return options;
 }
 

@@ -21,50 +21,69 @@ void take(Value& value, std::optional<Given> given) {
 std::string beside(const std::string& site_file, const std::string& name) {
   return (std::filesystem::path(site_file).parent_path() / name).string();
 }
-Names beside(const std::string& site_file, Names names) {
-  for (std::string& name : names) name = beside(site_file, name);
-  return names;
-}
 
-void read_input(TomlTable table, const std::string& file, SiteInput& input) {
+void read_input(TomlTable table, const std::string& file, Site& site) {
   for (const auto& [key, files] :
-       {std::pair{"buildings", &input.buildings}, std::pair{"ground", &input.ground},
-        std::pair{"trees", &input.trees}}) {
-    if (const auto names = table.texts(key)) *files = beside(file, *names);
+       {std::pair{"buildings", &site.city.buildings}, std::pair{"ground", &site.city.ground},
+        std::pair{"trees", &site.city.trees}}) {
+    take(*files, table.texts(key));
+    for (std::string& name : *files) name = beside(file, name);
   }
-  if (const auto name = table.text("weather")) input.weather = beside(file, *name);
-  take(input.crs, table.text("crs"));
-  take(input.latitude, table.number("latitude", {.least = -90.0, .most = 90.0}));
-  take(input.longitude, table.number("longitude", {.least = -180.0, .most = 180.0}));
-  take(input.lod, table.number("lod", {.least = 0.0, .most = 4.0}));
+  if (const auto name = table.text("weather")) site.weather = beside(file, *name);
+  take(site.city.crs, table.text("crs"));
+  take(site.latitude, table.number("latitude", {.least = -90.0, .most = 90.0}));
+  take(site.longitude, table.number("longitude", {.least = -180.0, .most = 180.0}));
+  take(site.city.lod, table.number("lod", {.least = 0.0, .most = 9.0}));
   table.finish();
 }
 
-void read_heights(TomlTable table, SiteHeights& heights) {
-  take(heights.attributes, table.texts("attributes"));
-  take(heights.above, table.text("above"));
-  if (heights.above != "auto" && heights.above != "ground" && heights.above != "sea") {
-    table.fault("above", "above of [heights] must be auto, ground or sea");
+void read_attributes(TomlTable table, AttributeNames& names) {
+  for (const auto& [key, list] :
+       {std::pair{"height", &names.height}, std::pair{"ground_level", &names.ground_level},
+        std::pair{"storeys", &names.storeys}, std::pair{"ground_kind", &names.ground_kind},
+        std::pair{"tree_height", &names.tree_height}, std::pair{"crown_base", &names.crown_base},
+        std::pair{"crown_radius", &names.crown_radius},
+        std::pair{"crown_diameter", &names.crown_diameter},
+        std::pair{"leaf_area", &names.leaf_area}}) {
+    take(*list, table.texts(key));
   }
-  take(heights.storey, table.number("storey", {.least = 1.0, .most = 20.0}));
-  take(heights.fallback, table.number("default", kSize));
   table.finish();
 }
 
-void read_trees(TomlTable table, SiteTrees& trees) {
-  take(trees.height, table.texts("height"));
-  take(trees.crown_base, table.texts("crown_base"));
-  take(trees.crown_radius, table.texts("crown_radius"));
-  take(trees.crown_diameter, table.texts("crown_diameter"));
-  take(trees.leaf_area, table.texts("leaf_area"));
-  take(trees.leaf_area_density,
+void read_heights(TomlTable table, CityInput& city) {
+  take(city.storey_height, table.number("storey", {.least = 1.0, .most = 20.0}));
+  take(city.default_height, table.number("default", kSize));
+  table.finish();
+}
+
+void read_trees(TomlTable table, Site& site) {
+  TreeDefaults& tree = site.city.tree;
+  take(tree.height, table.number("height", {.least = 0.0, .most = 150.0, .open = true}));
+  take(tree.radius_of_height, table.number("radius_of_height", {.least = 0.01, .most = 5.0}));
+  take(tree.base_of_height, table.number("base_of_height", {.least = 0.0, .most = 0.95}));
+  take(tree.leaf_area_density,
        table.number("leaf_area_density", {.least = 0.0, .most = 100.0, .open = true}));
-  take(trees.division, table.integer("division", {.least = 1, .most = 16}));
+  take(site.grid.tree_division, table.integer("division", {.least = 1, .most = 16}));
+  table.finish();
+}
+
+void read_clip(TomlTable table, CityInput& city) {
+  constexpr Bounds kAny{.least = -1e9, .most = 1e9};
+  if (const auto sides = table.numbers("rectangle", kAny)) {
+    if (sides->size() != 4 || (*sides)[0] >= (*sides)[2] || (*sides)[1] >= (*sides)[3]) {
+      table.fault("rectangle", "rectangle of [clip] is west, south, east, north");
+    }
+    city.clip_rectangle = {(*sides)[0], (*sides)[1], (*sides)[2], (*sides)[3]};
+  }
+  take(city.clip_radius, table.number("radius", kSize));
+  if (const auto centre = table.numbers("centre", kAny)) {
+    if (centre->size() != 2) table.fault("centre", "centre of [clip] is x, y");
+    city.clip_centre = {(*centre)[0], (*centre)[1]};
+  }
   table.finish();
 }
 
 void read_ground(TomlTable table, SiteGround& ground) {
-  take(ground.attributes, table.texts("attributes"));
   take(ground.fallback, table.text("default"));
   ground.kinds = table.named_texts("kinds");
   table.finish();
@@ -77,13 +96,6 @@ void read_grid(TomlTable table, SiteGrid& grid) {
   }
   take(grid.margin, table.number("margin", kLength));
   take(grid.above, table.number("above", kLength));
-  if (const auto sides = table.numbers("rectangle", {.least = -1e5, .most = 1e5})) {
-    if (sides->size() != 4 || (*sides)[0] >= (*sides)[2] || (*sides)[1] >= (*sides)[3]) {
-      table.fault("rectangle", "rectangle of [grid] is west, south, east and north of the centre");
-    }
-    grid.rectangle = {(*sides)[0], (*sides)[1], (*sides)[2], (*sides)[3]};
-  }
-  take(grid.radius, table.number("radius", kSize));
   if (const auto angle = table.text_or_number("rotate")) {
     if (!set_rotation(*angle, grid)) {
       table.fault("rotate", "rotate of [grid] must be \"auto\" or an angle in degrees");
@@ -159,9 +171,11 @@ Site read_site(const std::string& file) {
   const auto part = [&](const std::string& key, auto&& read) {
     if (std::optional<TomlTable> table = top.table(key)) read(*table);
   };
-  part("input", [&](TomlTable& table) { read_input(table, file, site.input); });
-  part("heights", [&](TomlTable& table) { read_heights(table, site.heights); });
-  part("trees", [&](TomlTable& table) { read_trees(table, site.trees); });
+  part("input", [&](TomlTable& table) { read_input(table, file, site); });
+  part("attributes", [&](TomlTable& table) { read_attributes(table, site.city.names); });
+  part("heights", [&](TomlTable& table) { read_heights(table, site.city); });
+  part("trees", [&](TomlTable& table) { read_trees(table, site); });
+  part("clip", [&](TomlTable& table) { read_clip(table, site.city); });
   part("ground", [&](TomlTable& table) { read_ground(table, site.ground); });
   part("grid", [&](TomlTable& table) { read_grid(table, site.grid); });
   part("rays", [&](TomlTable& table) { read_rays(table, site.rays); });

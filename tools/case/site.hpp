@@ -13,11 +13,10 @@
 #include <utility>
 #include <vector>
 
+#include "city_input.hpp"
 #include "days.hpp"
 
 namespace townskin_case {
-
-using Names = std::vector<std::string>;
 
 /// Which of the library's entries a building takes, by one of its attributes.
 struct Choice {
@@ -27,44 +26,20 @@ struct Choice {
   std::vector<std::pair<double, std::string>> up_to;  ///< by number: the first that is not below
 };
 
-struct SiteInput {
-  Names buildings, ground, trees;             ///< files
-  std::string weather;                        ///< file
-  std::string crs;                            ///< empty: as the data tell
-  std::optional<double> latitude, longitude;  ///< [degree], where no data tell
-  double lod = 3.0;  ///< highest level of detail of a city model that is taken
-};
-
-struct SiteHeights {
-  Names attributes;            ///< names that go before the usual ones
-  std::string above = "auto";  ///< "ground", "sea", or what the data show
-  double storey = 3.0;         ///< [m]
-  double fallback = 6.0;       ///< of buildings of which nothing is known [m]
-};
-
-struct SiteTrees {
-  Names height{"height"}, crown_base{"crown_base"}, crown_radius{"crown_radius"},
-      crown_diameter{"crown_diameter"}, leaf_area{"leaf_area_density"};
-  double leaf_area_density = 1.0;  ///< where the data tell none [m2/m3]
-  std::int32_t division = 1;       ///< tree cells to a cell of the grid
-};
-
 struct SiteGround {
-  Names attributes{"kind", "surface", "landuse"};  ///< that tell the kind of an area
-  std::string fallback = "asphalt";                ///< the kind of all other ground
-  std::map<std::string, std::string> kinds;        ///< kind in the data: kind in the library
+  std::string fallback = "asphalt";          ///< the kind of ground that no data tell of
+  std::map<std::string, std::string> kinds;  ///< kind in the data: kind in the library
 };
 
 struct SiteGrid {
-  std::array<double, 3> cell{4.0, 4.0, 3.0};       ///< [m]
-  double margin = 12.0;                            ///< of open ground around the buildings [m]
-  double above = 6.0;                              ///< air above the tallest roof [m]
-  std::optional<std::array<double, 4>> rectangle;  ///< west, south, east, north of the centre [m]
-  std::optional<double> radius;                    ///< about the centre [m]
+  std::array<double, 3> cell{4.0, 4.0, 3.0};  ///< [m]
+  double margin = 12.0;                       ///< of open ground around the buildings [m]
+  double above = 6.0;                         ///< air above the tallest roof [m]
   bool rotate_along_streets = false;
-  double rotate = 0.0;       ///< of the cells, to the left [degree]
-  bool far_boundary = true;  ///< a surface around the district takes what leaves it low
-  double sliver = 0.1;       ///< share of a cell's face below which a piece joins a neighbour
+  double rotate = 0.0;             ///< of the cells, to the left [degree]
+  bool far_boundary = true;        ///< a surface around the district takes what leaves it low
+  std::int32_t tree_division = 1;  ///< tree cells to a cell, along x and along y
+  double sliver = 0.1;             ///< share of a cell's face below which a piece joins a neighbour
 };
 
 struct SiteRays {
@@ -83,9 +58,9 @@ struct SiteRun {
 };
 
 struct Site {
-  SiteInput input;
-  SiteHeights heights;
-  SiteTrees trees;
+  CityInput city;
+  std::string weather;                        ///< file
+  std::optional<double> latitude, longitude;  ///< [degree], where no data tell
   SiteGround ground;
   SiteGrid grid;
   SiteRays rays;

@@ -107,7 +107,7 @@ void write_surface_groups(const RunData& run, TextFile& out) {
       .set("LCBLD", has(run, PatchKind::building) ? 1 : 0)
       .set("BETA", 1.0)
       .set("HTRNS", 8.0)
-      .set("HEIGHT", run.site.heights.storey);
+      .set("HEIGHT", run.site.city.storey_height);
   MemberGroup(out, "TSRF_RADDAT")
       .set("LCRADL", 1)
       .set("LCRADS", 1)
