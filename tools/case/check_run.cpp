@@ -1,0 +1,125 @@
+#include "check_run.hpp"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "driver/flw_main00.hpp"
+#include "text_file.hpp"
+
+namespace townskin_case {
+namespace {
+
+constexpr std::int64_t kTrialSteps = 6;
+constexpr int kRefused = 99;
+
+double seconds_of(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+}
+
+/// Memory that this process holds now [bytes].
+double resident() {
+  std::ifstream file("/proc/self/statm");
+  double all = 0.0, pages = 0.0;
+  file >> all >> pages;
+  return pages * static_cast<double>(::sysconf(_SC_PAGESIZE));
+}
+
+struct Child {
+  int status = 0;
+  double seconds = 0.0, memory = 0.0;
+};
+
+/// Runs the model in a process of its own, whose memory can be told apart from the tool's.
+Child run_model(const std::string& directory) {
+  constexpr double kProgram = 8e6;  // what the model's own process takes before it reads anything
+  const double before = resident();
+  const pid_t child = ::fork();
+  if (child < 0) throw Fault("cannot start a process for the trial");
+  if (child == 0) {
+    int status = kRefused;
+    try {
+      std::ostringstream screen, errors;
+      status = flw_main00::run({.directory = directory, .screen = screen, .errors = errors});
+    } catch (...) {  // of memory that is not to be had: the log tells
+    }
+    ::_exit(status);
+  }
+  int status = 0;
+  rusage used{};
+  ::wait4(child, &status, 0, &used);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+          seconds_of(used.ru_utime) + seconds_of(used.ru_stime),
+          std::max(0.0, static_cast<double>(used.ru_maxrss) * 1024.0 - before) + kProgram};
+}
+
+std::vector<std::string> lines_of(const std::string& path) {
+  std::ifstream file(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) lines.push_back(line);
+  return lines;
+}
+
+/// Processor seconds of a row of the log's table; 0 for any other line.
+double accounted(const std::string& line) {
+  std::array<char, 32> name{};
+  double seconds = 0.0;
+  int row = 0;
+  if (std::sscanf(line.c_str(), " < %d> %31s : %lf", &row, name.data(), &seconds) != 3) return 0.0;
+  const std::set<std::string> steps{"rad_admin", "therm1d", "window", "solid1d", "building"};
+  return steps.contains(name.data()) ? seconds : 0.0;
+}
+
+[[noreturn]] void refused(const std::vector<std::string>& log, int status) {
+  constexpr std::size_t kShown = 8;
+  std::string text = "the surface model refuses the run (status " + std::to_string(status) + "):";
+  for (std::size_t n = log.size() > kShown ? log.size() - kShown : 0; n < log.size(); ++n) {
+    text += "\n    " + log[n];
+  }
+  throw Fault(text);
+}
+
+void remove_results(const std::string& directory, const RunData& run) {
+  const RunFolder folder(directory, run.days);
+  for (const char* name : {"SurfTemp.txt", "PatchSurfTemp.txt", "heat.txt", "BldLoad.txt"}) {
+    for (const std::string& path : folder.monthly(name)) std::filesystem::remove(path);
+  }
+  for (const char* name : {"ProgressLog.txt", "SunSky.txt", "log0000"}) {
+    std::filesystem::remove(folder.path(name));
+  }
+  TextFile(folder.path(file::kRestart)).close();
+}
+
+}  // namespace
+
+Trial try_run(const RunData& run, const std::string& directory) {
+  const RunFolder folder(directory, run.days);
+  write_control(run, folder, kTrialSteps);
+  const Child child = run_model(directory);
+  const std::vector<std::string> log = lines_of(folder.path("log0000"));
+  if (child.status != 0) refused(log, child.status);
+  Trial trial;
+  double in_steps = 0.0;
+  for (const std::string& line : log) {
+    if (line.starts_with("%%% warning")) trial.warnings.push_back(line);
+    std::sscanf(line.c_str(), "%%%%%% correction factor for view area = %lf %lf",
+                &trial.least_correction, &trial.largest_correction);
+    in_steps += accounted(line);
+  }
+  const double a_step = in_steps / static_cast<double>(kTrialSteps);
+  trial.memory = child.memory;
+  trial.seconds = child.seconds - in_steps + a_step * static_cast<double>(steps_of(run));
+  remove_results(directory, run);
+  write_control(run, folder, steps_of(run));
+  return trial;
+}
+
+}  // namespace townskin_case
