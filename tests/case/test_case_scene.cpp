@@ -1,10 +1,14 @@
 // Cutting along the grid loses nothing: areas, volumes, open fractions, by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <numbers>
 
-#include "make_scene.hpp"
+#include "crowns.hpp"
+#include "cut.hpp"
+#include "grid.hpp"
+#include "porous.hpp"
 
 namespace townskin_case {
 namespace {
@@ -40,102 +44,109 @@ Building house(Point2 corner, double length, double width, double eaves, double 
        FaceKind::wall}};
   for (const auto& [u, v] : {std::pair{0.0, 0.0}, {length, 0.0}, {length, width}, {0.0, width}}) {
     const Vector3 p = at(u, v, 0);
-    out.footprint.outer.push_back({p.x, p.y});
+    ring.push_back({p.x, p.y});
   }
+  out.footprint = {{ring, {}}};
   return out;
 }
 
-SceneOptions options_of(double turn) {
-  SceneOptions options;
-  options.grid.cell = {3.0, 4.0, 2.5};
-  options.grid.margin = 11.0;
-  options.grid.turn = turn;
-  options.build_up = [](const Building&) { return BuildUp{"tiles", "brick", "glass", 0.25}; };
-  return options;
+Site site_of(double turn) {
+  Site site;
+  site.grid.cell = {3.0, 4.0, 2.5};
+  site.grid.margin = 11.0;
+  site.grid.above = 10.0;
+  site.grid.rotate = turn;
+  return site;
 }
 
-double area_of(const Scene& scene, const std::string& construction) {
+Scene cut(const City& city, double turn = 0.0) {
+  Report report;
+  return cut_city(city, site_of(turn), report);
+}
+
+template <class Counts>
+double area_of(const Scene& scene, Counts&& counts) {
   double sum = 0.0;
-  for (const Patch& patch : scene.patches) {
-    if (patch.construction == construction) sum += patch.area;
-  }
+  for (const Group& group : scene.groups) sum += counts(group) ? group.area : 0.0;
   return sum;
 }
 
-double solid_volume(const District& district) {
-  const CellGrid& grid = district.scene.grid;
-  const double cell = 3.0 * 4.0 * 2.5;
-  const double open =
-      std::accumulate(district.porous.volume.begin(), district.porous.volume.end(), 0.0);
-  EXPECT_EQ(district.porous.volume.size(),
-            (grid.nodes[0].size() - 1) * (grid.nodes[1].size() - 1) * (grid.nodes[2].size() - 1));
-  return (static_cast<double>(district.porous.volume.size()) - open) * cell;
+double area_of(const Scene& scene, FaceKind face) {
+  return area_of(scene, [face](const Group& group) {
+    return group.kind == PatchKind::building && group.face == face;
+  });
+}
+
+double area_of(const Scene& scene, const std::string& cover) {
+  return area_of(scene, [&cover](const Group& group) { return group.cover == cover; });
+}
+
+double solid_volume(const Scene& scene) {
+  double sum = 0.0;
+  for (const PorousCell& cell : scene.porous) sum += (1.0 - cell.volume) * 3.0 * 4.0 * 2.5;
+  return sum;
+}
+
+/// Of the cell that holds a place; fully open where it is not listed.
+PorousCell porous_at(const Scene& scene, const Vector3& place) {
+  const auto& nodes = scene.grid.nodes;
+  const std::array<std::int32_t, 3> cell{cell_of(nodes[0], place.x), cell_of(nodes[1], place.y),
+                                         cell_of(nodes[2], place.z)};
+  for (const PorousCell& one : scene.porous) {
+    if (one.cell == cell) return one;
+  }
+  return {cell, 1.0, {1.0, 1.0, 1.0, 1.0, 1.0, 1.0}};
 }
 
 TEST(CaseScene, KeepsAreasAndVolumesHoweverTheCellsLie) {
-  for (const double turn : {0.0, 0.3, -0.6}) {
+  for (const double turn : {0.0, 17.0, -35.0}) {
     City city;
     city.buildings = {house({0.7, 1.3}, 14, 8, 6, 9, 0.4), house({30.0, 4.0}, 12, 8, 7.5, 9, 0.0)};
     GroundArea lawn;
     lawn.kind = "grass";
     lawn.area.outer = {{-5, -5}, {40, -5}, {40, 6}, {-5, 6}};
     city.ground = {lawn};
-    const District district = make_scene(city, options_of(turn));
-    const Scene& scene = district.scene;
+    const Scene scene = cut(city, turn);
     const double slope = std::hypot(4.0, 3.0) * 14 * 2 + std::hypot(4.0, 1.5) * 12 * 2;
-    EXPECT_NEAR(area_of(scene, "tiles"), slope, 1e-9);
+    EXPECT_NEAR(area_of(scene, FaceKind::roof), slope, 1e-9);
     const double walls = 2 * (14 * 6 + 8 * 7.5) + 2 * (12 * 7.5 + 8 * 8.25);
-    EXPECT_NEAR(area_of(scene, "brick"), 0.75 * walls, 1e-9);
-    EXPECT_NEAR(area_of(scene, "glass"), 0.25 * walls, 1e-9);
+    EXPECT_NEAR(area_of(scene, FaceKind::wall), walls, 1e-9);
     const auto side = [&scene](std::size_t a) {
       return scene.grid.nodes[a].back() - scene.grid.nodes[a].front();
     };
     EXPECT_NEAR(area_of(scene, "asphalt") + area_of(scene, "grass"),
                 side(0) * side(1) - 14 * 8 - 12 * 8, 1e-8);
     EXPECT_LT(area_of(scene, "grass"), 45 * 11);
-    EXPECT_NEAR(solid_volume(district), 14 * 8 * 7.5 + 12 * 8 * 8.25, 1e-8);
+    EXPECT_NEAR(solid_volume(scene), 14 * 8 * 7.5 + 12 * 8 * 8.25, 1e-8);
   }
 }
 
 TEST(CaseScene, ClosesTheFacesThatABlockFills) {
   City city;
   city.buildings = {house({3, 4}, 6, 8, 5, 5, 0.0)};  // two cells each way, to the planes
-  const District district = make_scene(city, options_of(0.0));
-  const Porous& porous = district.porous;
-  const auto& nodes = district.scene.grid.nodes;
-  const std::array<std::int32_t, 3> first{cell_of(nodes[0], 4.0), cell_of(nodes[1], 5.0), 1};
-  const auto face = [&](std::array<std::int32_t, 3> cell, std::size_t axis, std::size_t end) {
-    return porous.face[axis][end][porous.at(cell)];
-  };
-  EXPECT_EQ(porous.volume[porous.at(first)], 0.0);
-  EXPECT_EQ(face(first, 0, 0), 0.0);
-  EXPECT_EQ(face({first[0] - 1, first[1], 1}, 0, 1), 0.0);  // seen from the street
-  EXPECT_EQ(face({first[0] - 1, first[1], 1}, 0, 0), 1.0);
-  EXPECT_EQ(face({first[0], first[1] + 2, 2}, 1, 0), 0.0);
-  EXPECT_EQ(face({first[0], first[1], 3}, 2, 0), 0.0);  // above the roof
-  EXPECT_EQ(face({first[0], first[1], 3}, 2, 1), 1.0);
-  EXPECT_EQ(porous.volume[porous.at({first[0], first[1], 3})], 1.0);
-  for (const Group& group : district.scene.groups) {
-    if (group.kind != PatchKind::building || !porous.has(group.cell)) continue;
-    EXPECT_EQ(porous.volume[porous.at(group.cell)], 1.0);  // all have air before them
+  const Scene scene = cut(city);
+  using Faces = std::array<double, 6>;
+  EXPECT_EQ(porous_at(scene, {4, 5, 1}).volume, 0.0);
+  EXPECT_EQ(porous_at(scene, {4, 5, 1}).faces, (Faces{}));
+  EXPECT_EQ(porous_at(scene, {2, 5, 1}).volume, 1.0);
+  EXPECT_EQ(porous_at(scene, {2, 5, 1}).faces, (Faces{1, 0, 1, 1, 1, 1}));  // the street
+  EXPECT_EQ(porous_at(scene, {4, 13, 4}).faces, (Faces{1, 1, 0, 1, 1, 1}));
+  EXPECT_EQ(porous_at(scene, {4, 5, 6}).faces, (Faces{1, 1, 1, 1, 0, 1}));  // above the roof
+  EXPECT_EQ(porous_at(scene, {0, 0, 1}).faces, (Faces{1, 1, 1, 1, 1, 1}));
+  for (const Group& group : scene.groups) {
+    const auto of = std::ranges::find(scene.porous, group.cell, &PorousCell::cell);
+    if (of != scene.porous.end()) EXPECT_EQ(of->volume, 1.0);  // all have air before them
   }
 }
 
 TEST(CaseScene, HalvesTheFacesOfACellThatARoofCutsInHalf) {
   City city;
   city.buildings = {house({3, 4}, 6, 8, 3.75, 3.75, 0.0)};  // one and a half layers high
-  const District district = make_scene(city, options_of(0.0));
-  const Porous& porous = district.porous;
-  const auto& nodes = district.scene.grid.nodes;
-  const std::array<std::int32_t, 3> cut{cell_of(nodes[0], 4.0), cell_of(nodes[1], 5.0), 2};
-  EXPECT_NEAR(porous.volume[porous.at(cut)], 0.5, 1e-12);
-  for (const std::size_t axis : {0U, 1U}) {
-    for (const std::size_t end : {0U, 1U}) {
-      EXPECT_NEAR(porous.face[axis][end][porous.at(cut)], 0.5, 1e-12);
-    }
-  }
-  EXPECT_EQ(porous.face[2][0][porous.at(cut)], 0.0);
-  EXPECT_EQ(porous.face[2][1][porous.at(cut)], 1.0);
+  const PorousCell half = porous_at(cut(city), {4, 5, 3});
+  EXPECT_NEAR(half.volume, 0.5, 1e-12);
+  for (std::size_t side = 0; side < 4; ++side) EXPECT_NEAR(half.faces[side], 0.5, 1e-12);
+  EXPECT_EQ(half.faces[4], 0.0);
+  EXPECT_EQ(half.faces[5], 1.0);
 }
 
 TEST(CaseScene, CrownsKeepTheirLeavesAndShowTheirOuterFaces) {
@@ -147,18 +158,23 @@ TEST(CaseScene, CrownsKeepTheirLeavesAndShowTheirOuterFaces) {
   tree.radius = 5.0;
   tree.leaf_area = 1.2;
   city.trees = {tree};
-  const District district = make_scene(city, options_of(0.0));
-  double leaves = 0.0;
-  for (const auto& [cell, density] : district.leaves.density) leaves += density * 3.0 * 4.0 * 2.5;
-  const double crown = 4.0 / 3.0 * 3.14159265 * 5.0 * 5.0 * 4.0;
-  EXPECT_NEAR(leaves, 1.2 * crown, 0.02 * 1.2 * crown);
-  Vector3 sum;  // the faces close around the leaves
-  for (const Group& group : district.scene.groups) {
-    if (group.kind != PatchKind::tree) continue;
-    sum = sum + group.area * group.normal;
-    EXPECT_FALSE(district.leaves.density.contains(group.cell));
+  for (const std::int32_t division : {1, 3}) {
+    Site site = site_of(0.0);
+    site.grid.tree_division = division;
+    Report report;
+    const Scene scene = cut_city(city, site, report);
+    double leaves = 0.0;
+    for (const LeafCell& leaf : scene.leaves) {
+      leaves += leaf.density * 3.0 * 4.0 * 2.5 / (division * division);
+    }
+    const double crown = 4.0 / 3.0 * std::numbers::pi * 5.0 * 5.0 * 4.0;
+    EXPECT_NEAR(leaves, 1.2 * crown, 0.02 * 1.2 * crown);
+    Vector3 sum;  // the faces close around the leaves
+    for (const Group& group : scene.groups) {
+      if (group.kind == PatchKind::tree) sum = sum + group.area * group.normal;
+    }
+    EXPECT_NEAR(length(sum), 0.0, 1e-9);
   }
-  EXPECT_NEAR(length(sum), 0.0, 1e-9);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "grid.hpp"
-#include "patches.hpp"
+#include "groups.hpp"
 
 namespace townskin_case {
 
@@ -49,7 +49,32 @@ double share_within(const CellGrid& grid, const Crown& crown, const Cell& cell) 
   return static_cast<double>(within) / (kPoints * kPoints * kPoints);
 }
 
-void spread(const CellGrid& grid, const Porous& porous, const Tree& tree, Leaves& leaves) {
+/// The cell of the grid that holds a tree cell; indices beyond the grid stay beyond it.
+Cell cell_around(const Leaves& leaves, const Cell& cell) {
+  const auto coarse = [&leaves](std::int32_t index) {
+    return index < 1 ? 0 : (index - 1) / leaves.division + 1;
+  };
+  return {coarse(cell[0]), coarse(cell[1]), cell[2]};
+}
+
+CellGrid tree_cells(const CellGrid& grid, std::int32_t division) {
+  CellGrid fine = grid;
+  for (const std::size_t axis : {std::size_t{0}, std::size_t{1}}) {
+    fine.nodes[axis] = {grid.nodes[axis].front()};
+    for (std::size_t n = 1; n < grid.nodes[axis].size(); ++n) {
+      const double low = grid.nodes[axis][n - 1];
+      const double high = grid.nodes[axis][n];
+      for (std::int32_t part = 1; part < division; ++part) {
+        fine.nodes[axis].push_back(low + (high - low) * part / division);
+      }
+      fine.nodes[axis].push_back(high);
+    }
+  }
+  return fine;
+}
+
+void spread(const Porous& porous, const Tree& tree, Leaves& leaves) {
+  const CellGrid& grid = leaves.cells;
   const double half = 0.5 * (tree.height - tree.crown_base);
   if (!(half > 0.0) || !(tree.radius > 0.0)) return;
   const Vector3 foot = to_cells(grid, {tree.foot.x, tree.foot.y, 0.0});
@@ -65,10 +90,10 @@ void spread(const CellGrid& grid, const Porous& porous, const Tree& tree, Leaves
   for (cell[2] = std::max(low[2], 1); cell[2] <= high[2]; ++cell[2]) {
     for (cell[1] = std::max(low[1], 1); cell[1] <= high[1]; ++cell[1]) {
       for (cell[0] = std::max(low[0], 1); cell[0] <= high[0]; ++cell[0]) {
-        if (!porous.has(cell)) continue;
-        const double share = share_within(grid, crown, cell);
+        const Cell around = cell_around(leaves, cell);
+        const double share = porous.has(around) ? share_within(grid, crown, cell) : 0.0;
         if (share == 0.0) continue;
-        if (porous.volume[porous.at(cell)] < kHardlyAir) {
+        if (porous.volume[porous.at(around)] < kHardlyAir) {
           ++leaves.cut;
         } else {
           leaves.density[cell] += share * tree.leaf_area;
@@ -96,26 +121,28 @@ Ring3 side_ring(const CellGrid& grid, const Cell& cell, std::size_t axis, int en
 
 }  // namespace
 
-Leaves spread_leaves(const City& city, const CellGrid& grid, const Porous& porous, double least) {
+Leaves spread_leaves(const City& city, const CellGrid& grid, const Porous& porous,
+                     std::int32_t division, double least) {
   Leaves leaves;
-  for (const Tree& tree : city.trees) spread(grid, porous, tree, leaves);
+  leaves.division = division;
+  leaves.cells = tree_cells(grid, division);
+  for (const Tree& tree : city.trees) spread(porous, tree, leaves);
   std::erase_if(leaves.density, [least](const auto& one) { return one.second < least; });
   return leaves;
 }
 
 void add_crowns(const Leaves& leaves, const Porous& porous, Scene& scene) {
+  scene.tree_division = leaves.division;
   for (const auto& [cell, density] : leaves.density) {
+    scene.leaves.push_back({cell, density});
     for (std::size_t axis = 0; axis < 3; ++axis) {
       for (const int end : {0, 1}) {
         Cell front = cell;
         front[axis] += end == 0 ? -1 : 1;
-        if (leaves.density.contains(front)) continue;
-        const bool closed = porous.has(front) && porous.volume[porous.at(front)] < kClosed;
-        if (closed || front[2] < 1) continue;
-        const std::int32_t group =
-            add_group(scene, PatchKind::tree, {{front, side_ring(scene.grid, cell, axis, end)}});
-        const double area = scene.groups[static_cast<std::size_t>(group)].area;
-        scene.patches.push_back({group, -1, area, "leaves"});
+        if (leaves.density.contains(front) || front[2] < 1) continue;
+        const Cell around = cell_around(leaves, front);
+        if (porous.has(around) && porous.volume[porous.at(around)] < kClosed) continue;
+        add_group(scene, PatchKind::tree, {{cell, side_ring(leaves.cells, cell, axis, end)}});
       }
     }
   }

@@ -66,17 +66,18 @@ Vector3 from_cells(const CellGrid& grid, const Vector3& point) {
   return {c * point.x - s * point.y, c * point.y + s * point.x, point.z};
 }
 
-CellGrid make_grid(const City& city, const GridOptions& options) {
-  for (const double size : options.cell) {
+CellGrid make_grid(const City& city, const SiteGrid& wanted) {
+  for (const double size : wanted.cell) {
     if (!(size > 0.0)) throw Fault("the size of a cell must be > 0");
   }
   CellGrid grid;
-  grid.turn = options.turn;
+  grid.turn =
+      wanted.rotate_along_streets ? street_turn(city) : wanted.rotate * std::numbers::pi / 180.0;
   const Extent extent = extent_of(city, grid);
-  const double m = options.margin;
-  grid.nodes[0] = planes(extent.low.x - m, extent.high.x + m, options.cell[0]);
-  grid.nodes[1] = planes(extent.low.y - m, extent.high.y + m, options.cell[1]);
-  grid.nodes[2] = planes(0.0, extent.high.z + options.above, options.cell[2]);
+  const double m = wanted.margin;
+  grid.nodes[0] = planes(extent.low.x - m, extent.high.x + m, wanted.cell[0]);
+  grid.nodes[1] = planes(extent.low.y - m, extent.high.y + m, wanted.cell[1]);
+  grid.nodes[2] = planes(0.0, extent.high.z + wanted.above, wanted.cell[2]);
   return grid;
 }
 
@@ -85,14 +86,16 @@ double street_turn(const City& city) {
   double c = 0.0;
   double s = 0.0;
   for (const Building& building : city.buildings) {
-    const Ring2& ring = building.footprint.outer;
-    for (std::size_t p = 0; p < ring.size(); ++p) {
-      const Point2& next = ring[(p + 1) % ring.size()];
-      const double dx = next.x - ring[p].x;
-      const double dy = next.y - ring[p].y;
-      const double angle = 4.0 * std::atan2(dy, dx);
-      c += std::hypot(dx, dy) * std::cos(angle);
-      s += std::hypot(dx, dy) * std::sin(angle);
+    for (const Polygon2& polygon : building.footprint) {
+      const Ring2& ring = polygon.outer;
+      for (std::size_t p = 0; p < ring.size(); ++p) {
+        const Point2& next = ring[(p + 1) % ring.size()];
+        const double dx = next.x - ring[p].x;
+        const double dy = next.y - ring[p].y;
+        const double angle = 4.0 * std::atan2(dy, dx);
+        c += std::hypot(dx, dy) * std::cos(angle);
+        s += std::hypot(dx, dy) * std::sin(angle);
+      }
     }
   }
   return c == 0.0 && s == 0.0 ? 0.0 : 0.25 * std::atan2(s, c);

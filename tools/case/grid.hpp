@@ -6,19 +6,13 @@
 
 #include "city.hpp"
 #include "scene.hpp"
+#include "site.hpp"
 
 namespace townskin_case {
 
-struct GridOptions {
-  std::array<double, 3> cell{5.0, 5.0, 3.0};  ///< sizes of a cell [m]
-  double margin = 20.0;                       ///< of open ground around the buildings [m]
-  double above = 10.0;                        ///< least height of air above the tallest roof [m]
-  double turn = 0.0;                          ///< of the cells, to the left [radian]
-};
-
 /// Cells around all buildings and trees; their planes stand at whole multiples of the cell's size
 /// from the origin of the city. Fault: more cells than the files can count.
-CellGrid make_grid(const City& city, const GridOptions& options);
+CellGrid make_grid(const City& city, const SiteGrid& wanted);
 
 /// The turn that brings the cells along the streets: that of the walls, weighed by length, to a
 /// quarter turn. In -45 to 45 degrees [radian].

@@ -3,8 +3,8 @@
 #include <map>
 
 #include "grid.hpp"
+#include "groups.hpp"
 #include "parts.hpp"
-#include "patches.hpp"
 #include "regions.hpp"
 
 namespace townskin_case {
@@ -29,9 +29,11 @@ Polygon2 site_of(const CellGrid& grid) {
 /// Regions by kind; none overlaps another.
 std::map<std::string, Region> regions_of(const City& city, const std::string& other,
                                          const CellGrid& grid) {
-  std::vector<Polygon2> covered;
-  for (const Building& building : city.buildings) covered.push_back(building.footprint);
-  Region left = without({site_of(grid)}, united(covered));
+  Region covered;
+  for (const Building& building : city.buildings) {
+    covered.insert(covered.end(), building.footprint.begin(), building.footprint.end());
+  }
+  Region left = without({site_of(grid)}, covered);
   std::map<std::string, Region> regions;
   for (auto area = city.ground.rbegin(); area != city.ground.rend(); ++area) {
     Region held = common(left, {area->area});
@@ -59,14 +61,12 @@ std::vector<Piece> pieces_of(const CellGrid& grid, const Region& region) {
 
 }  // namespace
 
-void add_ground(const City& city, const std::string& other, Scene& scene) {
+void add_ground(const City& city, const std::string& other, double sliver, Scene& scene) {
   for (const auto& [kind, region] : regions_of(city, other, scene.grid)) {
     const PatchKind type = kind == "water" ? PatchKind::water : PatchKind::land;
-    const Parts parts = parts_of(scene.grid, pieces_of(scene.grid, region), {0.0, 0.0, 1.0});
-    for (const auto& [cell, part] : parts) {
-      const std::int32_t group = add_group(scene, type, part.pieces);
-      const double area = scene.groups[static_cast<std::size_t>(group)].area;
-      scene.patches.push_back({group, -1, area, kind});
+    const std::vector<Piece> pieces = pieces_of(scene.grid, region);
+    for (const auto& [cell, part] : parts_of(scene.grid, pieces, {0.0, 0.0, 1.0}, sliver)) {
+      add_group(scene, type, part.pieces).cover = kind;
     }
   }
 }

@@ -6,9 +6,8 @@
 
 namespace townskin_case {
 
-/// Adds groups and patches for all ground of the grid that no building covers: of the kind of the
-/// last area that holds it, else of `other`. Ground of the kind "water" is of type 4; the key of a
-/// patch's build-up is its kind.
-void add_ground(const City& city, const std::string& other, Scene& scene);
+/// Adds groups for all ground of the grid that no building covers: of the kind of the last area
+/// that holds it, else of `other`. Ground of the kind "water" is of type 4.
+void add_ground(const City& city, const std::string& other, double sliver, Scene& scene);
 
 }  // namespace townskin_case

@@ -54,7 +54,8 @@ void join_slivers(Parts& parts, double least) {
 
 }  // namespace
 
-Parts parts_of(const CellGrid& grid, const std::vector<Piece>& pieces, const Vector3& normal) {
+Parts parts_of(const CellGrid& grid, const std::vector<Piece>& pieces, const Vector3& normal,
+               double sliver) {
   Parts parts;
   for (const Piece& piece : pieces) {
     const double area = area_of(piece);
@@ -63,7 +64,7 @@ Parts parts_of(const CellGrid& grid, const std::vector<Piece>& pieces, const Vec
     part.area += area;
     part.pieces.push_back(piece);
   }
-  join_slivers(parts, kLeastShare * side_of(grid, normal));
+  join_slivers(parts, sliver * side_of(grid, normal));
   return parts;
 }
 

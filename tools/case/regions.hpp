@@ -1,6 +1,6 @@
 // Sets of polygons in the plane: what they have in common, what one leaves of another, triangles.
 //
-// A thin cover over GEOS; nothing else of it is seen outside.
+// Used where the ground is divided and faces are cut into triangles.
 #pragma once
 
 #include <vector>
@@ -9,10 +9,9 @@
 
 namespace townskin_case {
 
-/// A region is any number of polygons that do not overlap.
+/// A region is any number of polygons; what they cover twice counts once.
 using Region = std::vector<Polygon2>;
 
-Region united(const std::vector<Polygon2>& polygons);
 /// What `taken` leaves of the region.
 Region without(const Region& region, const Region& taken);
 Region common(const Region& a, const Region& b);

@@ -1,4 +1,4 @@
-#include "patches.hpp"
+#include "groups.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -24,21 +24,9 @@ Cell cell_of_air(const Porous& porous, const Cell& own, const Vector3& normal) {
   return porous.volume[porous.at(front)] > porous.volume[porous.at(own)] ? front : own;
 }
 
-void add_building_patches(Scene& scene, std::int32_t group, const CutFace& face,
-                          const BuildUp& build_up) {
-  const double area = scene.groups[static_cast<std::size_t>(group)].area;
-  if (face.kind == FaceKind::roof) {
-    scene.patches.push_back({group, face.building, area, build_up.roof});
-    return;
-  }
-  const double glass = area * build_up.window_share;
-  scene.patches.push_back({group, face.building, area - glass, build_up.wall});
-  if (glass > 0.0) scene.patches.push_back({group, face.building, glass, build_up.window});
-}
-
 }  // namespace
 
-std::int32_t add_group(Scene& scene, PatchKind kind, const std::vector<Piece>& pieces) {
+Group& add_group(Scene& scene, PatchKind kind, const std::vector<Piece>& pieces) {
   const auto index = static_cast<std::int32_t>(scene.groups.size());
   Group group;
   group.kind = kind;
@@ -58,19 +46,17 @@ std::int32_t add_group(Scene& scene, PatchKind kind, const std::vector<Piece>& p
     group.shapes.push_back(std::move(shape));
   }
   group.normal = (1.0 / length(whole)) * whole;
-  scene.groups.push_back(std::move(group));
-  return index;
+  return scene.groups.emplace_back(std::move(group));
 }
 
-void add_buildings(const City& city, const std::vector<CutFace>& faces, const Porous& porous,
-                   const BuildUpOf& build_up, Scene& scene) {
+void add_buildings(const std::vector<CutFace>& faces, const Porous& porous, double sliver,
+                   Scene& scene) {
   for (const CutFace& face : faces) {
-    const BuildUp of = build_up(city.buildings[static_cast<std::size_t>(face.building)]);
-    const Parts parts = parts_of(scene.grid, face.pieces, face.normal);
-    for (const auto& [cell, part] : parts) {
-      const std::int32_t group = add_group(scene, PatchKind::building, part.pieces);
-      scene.groups[static_cast<std::size_t>(group)].cell = cell_of_air(porous, cell, face.normal);
-      add_building_patches(scene, group, face, of);
+    for (const auto& [cell, part] : parts_of(scene.grid, face.pieces, face.normal, sliver)) {
+      Group& group = add_group(scene, PatchKind::building, part.pieces);
+      group.cell = cell_of_air(porous, cell, face.normal);
+      group.building = face.building;
+      group.face = face.kind;
     }
   }
 }
