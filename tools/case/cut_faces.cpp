@@ -1,6 +1,7 @@
 #include "cut_faces.hpp"
 
 #include "grid.hpp"
+#include "plan.hpp"
 #include "triangulate.hpp"
 
 namespace townskin_case {

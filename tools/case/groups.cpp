@@ -5,6 +5,7 @@
 
 #include "grid.hpp"
 #include "parts.hpp"
+#include "plan.hpp"
 
 namespace townskin_case {
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "plan.hpp"
+
 namespace townskin_case {
 
 namespace {

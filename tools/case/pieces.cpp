@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "grid.hpp"
+#include "plan.hpp"
 
 namespace townskin_case {
 
@@ -105,14 +106,6 @@ class Cutter {
 };
 
 }  // namespace
-
-Vector3 area_vector(const Ring3& ring) {
-  Vector3 sum;
-  for (std::size_t p = 1; p + 1 < ring.size(); ++p) {
-    sum = sum + cross(ring[p] - ring[0], ring[p + 1] - ring[0]);
-  }
-  return 0.5 * sum;
-}
 
 Vector3 centroid(const Ring3& ring) {
   const Vector3 whole = area_vector(ring);

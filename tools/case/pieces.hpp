@@ -16,8 +16,6 @@ struct Piece {
   Ring3 ring;
 };
 
-/// Area times normal, by the ring's turn.
-Vector3 area_vector(const Ring3& ring);
 /// The point on which the piece would balance.
 Vector3 centroid(const Ring3& ring);
 

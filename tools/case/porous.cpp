@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "grid.hpp"
+#include "plan.hpp"
 
 namespace townskin_case {
 

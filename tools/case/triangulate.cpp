@@ -3,6 +3,7 @@
 #include <map>
 
 #include "pieces.hpp"
+#include "plan.hpp"
 #include "regions.hpp"
 
 namespace townskin_case {
