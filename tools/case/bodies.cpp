@@ -32,24 +32,28 @@ std::vector<Ring2> plan_of(const std::vector<Ring3>& rings) {
   return plan;
 }
 
+Vector3 mean_of(const Ring3& ring) {
+  Vector3 sum;
+  for (const Vector3& p : ring) sum = sum + p;
+  return (1.0 / static_cast<double>(ring.size())) * sum;
+}
+
 Plane plane_of(const FlatFace& face) {
-  Vector3 mean;
-  for (const Vector3& p : face.rings.front()) mean = mean + p;
-  mean = (1.0 / static_cast<double>(face.rings.front().size())) * mean;
+  const Vector3 mean = mean_of(face.rings.front());
   const Vector3& n = face.normal;
   const bool level = std::abs(n.x) < 1e-9 && std::abs(n.y) < 1e-9;
   const double a = level ? 0.0 : -n.x / n.z, b = level ? 0.0 : -n.y / n.z;
   return {a, b, mean.z - a * mean.x - b * mean.y};
 }
 
+/// How far the corners of the outer ring lie off the mean plane at most.
 double off_plane(const FlatFace& face) {
-  const Vector3& origin = face.rings.front().front();
-  double low = 0.0, high = 0.0;
+  const Vector3 mean = mean_of(face.rings.front());
+  double farthest = 0.0;
   for (const Vector3& p : face.rings.front()) {
-    low = std::min(low, dot(face.normal, p - origin));
-    high = std::max(high, dot(face.normal, p - origin));
+    farthest = std::max(farthest, std::abs(dot(face.normal, p - mean)));
   }
-  return high - low;
+  return farthest;
 }
 
 std::optional<FlatFace> flat_face(const RawPolygon& raw, const Origin& origin, Report& report) {

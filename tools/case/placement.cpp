@@ -20,13 +20,21 @@ double median(std::vector<double> values) {
 Point2 rough_centre(const std::vector<Layer>& layers, std::size_t building_layers,
                     const Systems& systems) {
   std::vector<double> x, y;
+  bool nowhere = false;
   for (std::size_t i = 0; i < building_layers; ++i) {
     for (const Feature& feature : layers[i].features) {
       const auto point = systems.common(i, box_middle(feature));
-      if (!point || !std::isfinite(point->x) || !std::isfinite(point->y)) continue;
+      if (!point || !std::isfinite(point->x) || !std::isfinite(point->y)) {
+        nowhere = true;
+        continue;
+      }
       x.push_back(point->x);
       y.push_back(point->y);
     }
+  }
+  if (x.empty() && nowhere) {
+    Report::fault("its coordinates are no places in their coordinate system",
+                  {layers.front().file, ""});
   }
   if (x.empty()) Report::fault("no building", {layers.empty() ? "" : layers.front().file, ""});
   return {median(std::move(x)), median(std::move(y))};
