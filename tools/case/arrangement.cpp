@@ -34,12 +34,6 @@ std::vector<Cell> cells_between(const Geos& geos, const std::vector<Segment2>& l
   return cells;
 }
 
-struct PointHash {
-  std::size_t operator()(const Point2& p) const {
-    return std::hash<double>()(p.x) * 1000003U ^ std::hash<double>()(p.y);
-  }
-};
-
 template <typename Visit>
 void each_edge(const Polygon2& polygon, const Visit& visit) {
   const auto ring_edges = [&visit](const Ring2& ring) {
