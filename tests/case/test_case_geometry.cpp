@@ -239,5 +239,46 @@ TEST(CaseGeometry, PartsBelongToTheirBuildingAndLevelsOfDetailAreChosen) {
   }
 }
 
+// The features of a sequence take the transform of its first line.
+TEST(CaseGeometry, ASequenceIsTheSameAsItsModel) {
+  std::string lines =
+      R"({"type":"CityJSON","version":"2.0","transform":{"scale":[0.001,0.001,0.001],)"
+      R"("translate":[1000,2000,5]},"CityObjects":{},"vertices":[]})";
+  for (const double x : {0.0, 10.0}) {
+    const GabledHouse house{.x = x};
+    lines.append("\n").append(R"({"type":"CityJSONFeature","CityObjects":{")");
+    lines.append(x > 0.0 ? "b" : "a").append("\":").append(house.object(0));
+    lines.append(R"(},"vertices":[)").append(house.vertices()).append("]}");
+  }
+  CityFiles files;
+  Report report;
+  const City city = files.read(lines, report, "city.city.jsonl");
+  ASSERT_EQ(city.buildings.size(), 2U);
+  EXPECT_EQ(city.buildings[1].origin.feature, "b");
+  expect_totals(totals(city), {200, 304, 160, 1040}, 1e-8);
+}
+
+// What a model has beside its buildings: ground by its type, and trees by the boxes around them.
+TEST(CaseGeometry, GroundAndPlantsOfAModel) {
+  std::string model = city_model({{}});
+  const std::string more =
+      R"("r":{"type":"Road","geometry":[{"lod":1,"type":"MultiSurface",)"
+      R"("boundaries":[[[0,1,2]],[[0,2,3]],[[0,1,5,4]]]}]},)"
+      R"("l":{"type":"LandUse","attributes":{"class":"1000"},"geometry":[{"lod":1,)"
+      R"("type":"MultiSurface","boundaries":[[[0,1,2]]]}]},)"
+      R"("t":{"type":"SolitaryVegetationObject","geometry":[{"lod":1,"type":"MultiSurface",)"
+      R"("boundaries":[[[0,1,2,3]],[[4,5,9,8]]]}]},)";
+  model.insert(model.find(R"("a":{)"), more);
+  CityFiles files;
+  Report report;
+  const City city = files.read(model, report);
+  ASSERT_EQ(city.ground.size(), 1U);
+  EXPECT_EQ(city.ground[0].kind, "asphalt");
+  EXPECT_NEAR(area(city.ground[0].area), 80.0, 1e-9);
+  ASSERT_EQ(city.trees.size(), 1U);
+  EXPECT_NEAR(city.trees[0].height, 8.0, 1e-6);
+  EXPECT_NEAR(city.trees[0].radius, 0.25 * (10.0 + 8.0), 1e-9);
+}
+
 }  // namespace
 }  // namespace townskin_case
