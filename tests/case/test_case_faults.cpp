@@ -1,6 +1,8 @@
 // Files that are no city: every one ends in a city or in a fault that names the file.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "city_files.hpp"
 #include "city_models.hpp"
 #include "json_file.hpp"

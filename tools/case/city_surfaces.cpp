@@ -1,6 +1,7 @@
 #include "city_surfaces.hpp"
 
 #include <map>
+#include <nlohmann/json.hpp>
 
 namespace townskin_case {
 namespace {

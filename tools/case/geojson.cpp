@@ -1,5 +1,7 @@
 #include "geojson.hpp"
 
+#include <nlohmann/json.hpp>
+
 namespace townskin_case {
 namespace {
 
