@@ -34,12 +34,6 @@ std::vector<Cell> cells_between(const Geos& geos, const std::vector<Segment2>& l
   return cells;
 }
 
-struct PointHash {
-  std::size_t operator()(const Point2& p) const {
-    return std::hash<double>()(p.x) * 1000003U ^ std::hash<double>()(p.y);
-  }
-};
-
 template <typename Visit>
 void each_edge(const Polygon2& polygon, const Visit& visit) {
   const auto ring_edges = [&visit](const Ring2& ring) {
@@ -89,7 +83,8 @@ bool is_sliver(const Polygon2& shape) {
 void give_slivers_away(std::vector<Cell>& cells, const Neighbours& neighbours) {
   std::vector<char> open(cells.size());
   for (std::size_t i = 0; i < cells.size(); ++i) open[i] = is_sliver(cells[i].shape) ? 1 : 0;
-  for (int round = 0; round < 8; ++round) {
+  constexpr int rounds = 8;
+  for (int round = 0; round < rounds && std::count(open.begin(), open.end(), 1) > 0; ++round) {
     std::vector<std::map<std::int32_t, double>> common(cells.size());
     const auto add = [&](std::int32_t sliver, std::int32_t other, double length) {
       if (sliver < 0 || open[static_cast<std::size_t>(sliver)] == 0) return;

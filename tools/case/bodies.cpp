@@ -1,107 +1,17 @@
 #include "bodies.hpp"
 
 #include <algorithm>
-#include <map>
 
 #include "body_checks.hpp"
+#include "flat_faces.hpp"
 #include "footprint_heights.hpp"
 #include "ring_repairs.hpp"
 
 namespace townskin_case {
 namespace {
 
-constexpr double flat_enough = 0.01;  // [m] off the plane of a face
 constexpr double same_plane = 0.005;  // [m]
-constexpr double upright = 0.01;      // share of a face's area seen from above: less is a wall
 constexpr double steep = 0.17;        // 80 degrees: what is steeper and unnamed counts as wall
-
-/// A face with its plane.
-struct FlatFace {
-  std::vector<Ring3> rings;
-  FaceRole role = FaceRole::unknown;
-  Vector3 normal;  ///< of length 1, as the ring turns
-  double size = 0.0;
-};
-
-std::vector<Ring2> plan_of(const std::vector<Ring3>& rings) {
-  std::vector<Ring2> plan;
-  for (const Ring3& ring : rings) {
-    Ring2& flat = plan.emplace_back();
-    for (const Vector3& p : ring) flat.push_back({p.x, p.y});
-  }
-  return plan;
-}
-
-Plane plane_of(const FlatFace& face) {
-  Vector3 mean;
-  for (const Vector3& p : face.rings.front()) mean = mean + p;
-  mean = (1.0 / static_cast<double>(face.rings.front().size())) * mean;
-  const Vector3& n = face.normal;
-  const bool level = std::abs(n.x) < 1e-9 && std::abs(n.y) < 1e-9;
-  const double a = level ? 0.0 : -n.x / n.z, b = level ? 0.0 : -n.y / n.z;
-  return {a, b, mean.z - a * mean.x - b * mean.y};
-}
-
-double off_plane(const FlatFace& face) {
-  const Vector3& origin = face.rings.front().front();
-  double low = 0.0, high = 0.0;
-  for (const Vector3& p : face.rings.front()) {
-    low = std::min(low, dot(face.normal, p - origin));
-    high = std::max(high, dot(face.normal, p - origin));
-  }
-  return high - low;
-}
-
-std::optional<FlatFace> flat_face(const RawPolygon& raw, const Origin& origin, Report& report) {
-  FlatFace face;
-  face.role = raw.role;
-  std::size_t repeats = 0;
-  for (const Ring3& ring : raw.rings) {
-    Ring3 clean = without_repeats(ring, repeats);
-    if (clean.size() >= 3) {
-      face.rings.push_back(std::move(clean));
-    } else if (face.rings.empty()) {
-      break;
-    }
-  }
-  if (repeats > 0) report.repair("repeated points of a ring removed", origin);
-  if (!face.rings.empty()) {
-    const Vector3 sum = area_vector(face.rings.front());
-    face.size = length(sum);
-    if (face.size > 1e-6) {
-      face.normal = (1.0 / face.size) * sum;
-      return face;
-    }
-  }
-  report.repair("face without area dropped", origin);
-  return std::nullopt;
-}
-
-/// The face as triangles, which are flat; the face itself where it cannot be cut.
-std::vector<FlatFace> triangles_of(const Geos& geos, const FlatFace& face) {
-  std::map<std::pair<double, double>, double> heights;
-  for (const Ring3& ring : face.rings) {
-    for (const Vector3& p : ring) heights[{p.x, p.y}] = p.z;
-  }
-  try {
-    const auto shape = geos.polygon(plan_of(face.rings));
-    if (GEOSisValid_r(geos.context(), shape.get()) != 1) return {face};
-    const auto cut = geos.own(GEOSConstrainedDelaunayTriangulation_r(geos.context(), shape.get()));
-    std::vector<FlatFace> triangles;
-    for (const Polygon2& polygon : geos.polygons(cut.get())) {
-      FlatFace& triangle = triangles.emplace_back();
-      Ring3& ring = triangle.rings.emplace_back();
-      for (const Point2& p : polygon.outer) ring.push_back({p.x, p.y, heights.at({p.x, p.y})});
-      triangle.role = face.role;
-      const Vector3 sum = area_vector(ring);
-      triangle.size = length(sum);
-      triangle.normal = (1.0 / triangle.size) * sum;
-    }
-    return triangles;
-  } catch (const std::exception&) {
-    return {face};
-  }
-}
 
 /// Pieces of a body, in which faces of one plane share it.
 class Pieces {
@@ -182,29 +92,6 @@ void check_body(const Feature& feature, Draft& draft, Report& report) {
   } else {
     report.repair("open body closed", feature.origin);
   }
-}
-
-std::vector<FlatFace> flat_faces(const Geos& geos, const Feature& feature, Report& report) {
-  std::vector<FlatFace> faces;
-  for (const RawPolygon& raw : feature.polygons) {
-    auto face = flat_face(raw, feature.origin, report);
-    if (!face) continue;
-    const bool flat = off_plane(*face) <= flat_enough;
-    if (!flat) report.repair("face off its plane made flat", feature.origin);
-    if (std::abs(face->normal.z) < upright) continue;
-    if (flat) {
-      faces.push_back(std::move(*face));
-    } else {
-      for (FlatFace& triangle : triangles_of(geos, *face)) {
-        if (triangle.size > 1e-6 && std::abs(triangle.normal.z) >= upright) {
-          faces.push_back(std::move(triangle));
-        }
-      }
-    }
-  }
-  std::stable_sort(faces.begin(), faces.end(),
-                   [](const FlatFace& a, const FlatFace& b) { return a.size > b.size; });
-  return faces;
 }
 
 Draft started(const Feature& feature) {

@@ -1,7 +1,7 @@
 // The city as its data tell it, repaired and in metres: what all further parts work on.
 //
 // x points east and y to true north from the site's centre, z up from flat ground at 0. Filled from
-// GeoJSON or CityJSON (footprints.cpp, city_model.cpp); cut into patches by the scene.
+// GeoJSON or CityJSON (read_city.cpp); cut into patches by the scene.
 #pragma once
 
 #include <map>

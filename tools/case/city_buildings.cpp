@@ -13,6 +13,20 @@ namespace {
 
 constexpr double worth_telling = 0.1;  // [m2] of overlap
 
+/// All faces at one height: an outline, whatever the data call it.
+bool is_flat(const Feature& feature) {
+  double low = HUGE_VAL, high = -HUGE_VAL;
+  for (const RawPolygon& polygon : feature.polygons) {
+    for (const Ring3& ring : polygon.rings) {
+      for (const Vector3& p : ring) {
+        low = std::min(low, p.z);
+        high = std::max(high, p.z);
+      }
+    }
+  }
+  return high - low < near_enough;
+}
+
 std::vector<Draft> drafts_of(const Geos& geos, const Layer& layer, const CityInput& input,
                              Report& report) {
   std::vector<Feature> outlines, bodies;
@@ -20,7 +34,7 @@ std::vector<Draft> drafts_of(const Geos& geos, const Layer& layer, const CityInp
     if (feature.polygons.empty()) {
       report.leave_out("no polygon", feature.origin);
     } else {
-      (feature.solid ? bodies : outlines).push_back(feature);
+      (feature.solid && !is_flat(feature) ? bodies : outlines).push_back(feature);
     }
   }
   std::vector<Draft> drafts;
@@ -68,7 +82,8 @@ void count_storeys(Building& building, const CityInput& input) {
 
 void tell_filled(const Draft& draft, double own_volume, Report& report) {
   if (draft.body_volume && own_volume > 1.02 * *draft.body_volume + 1.0) {
-    report.repair("space under overhangs filled to the ground", draft.building.origin);
+    report.repair("space under overhangs or raised floors filled to the ground",
+                  draft.building.origin);
   }
 }
 

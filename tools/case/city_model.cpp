@@ -1,6 +1,7 @@
 #include "city_model.hpp"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "city_surfaces.hpp"

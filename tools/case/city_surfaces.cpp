@@ -1,6 +1,7 @@
 #include "city_surfaces.hpp"
 
 #include <map>
+#include <nlohmann/json.hpp>
 
 namespace townskin_case {
 namespace {
@@ -51,6 +52,7 @@ struct SurfaceReader {
     RawPolygon polygon;
     polygon.role = role(value);
     for (const Json& indices : rings) polygon.rings.push_back(ring(indices));
+    std::erase_if(polygon.rings, [](const Ring3& points) { return points.empty(); });
     if (!polygon.rings.empty()) feature.polygons.push_back(std::move(polygon));
   }
 

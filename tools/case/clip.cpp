@@ -53,14 +53,18 @@ Point2 clip_layers(std::vector<Layer>& layers, std::size_t building_layers, cons
   const Area area = area_of(input, metres);
   Point2 low{HUGE_VAL, HUGE_VAL}, high{-HUGE_VAL, -HUGE_VAL};
   for (std::size_t i = 0; i < layers.size(); ++i) {
-    const auto out = [&](const Feature& feature) {
+    const bool files_of_ground = i >= building_layers && i < building_layers + input.ground.size();
+    const auto far_off = [&](const Feature& feature) {
       const auto at = metres(i, box_middle(feature));
-      if (at && std::hypot(at->x, at->y) < farthest) return !area.holds(*at);
+      if (at && std::hypot(at->x, at->y) < farthest) return false;
       report.leave_out("50 km or more from the middle of the buildings", feature.origin);
       return true;
     };
+    const auto out = [&](const Feature& feature) {
+      return far_off(feature) || (!files_of_ground && !area.holds(*metres(i, box_middle(feature))));
+    };
     std::erase_if(layers[i].features, out);
-    std::erase_if(layers[i].ground, out);
+    std::erase_if(layers[i].ground, far_off);
     std::erase_if(layers[i].plants, out);
     if (i >= building_layers) continue;
     for (const Feature& feature : layers[i].features) {

@@ -5,6 +5,10 @@
 namespace townskin_case {
 
 std::string crs_key(const std::string& name) {
+  // PROJ takes a string of its own for a system only where that is said.
+  if (name.find("+proj=") != std::string::npos) {
+    return name.find("+type=crs") != std::string::npos ? name : name + " +type=crs";
+  }
   // A long text is WKT, which the expressions are not for.
   if (name.size() > 200) return name;
   static const std::regex bare(R"(\s*(\d{3,6})\s*)");

@@ -25,7 +25,7 @@ using Surfaces = std::map<std::int32_t, std::pair<const RoofPiece*, std::vector<
 void add_roofs(const Geos& geos, const Surfaces& surfaces, Building& building) {
   for (const auto& [number, surface] : surfaces) {
     const RoofPiece& piece = *surface.first;
-    for (const Polygon2& plan : geos.polygons(geos.united(surface.second).get())) {
+    for (const Polygon2& plan : geos.polygons(geos.dissolved(surface.second).get())) {
       Face& face = building.faces.emplace_back();
       face.kind = piece.kind;
       face.shape.outer = lifted(plan.outer, piece.plane);
@@ -108,7 +108,7 @@ void add_faces(const Geos& geos, const Arrangement& arrangement,
     auto own = walls[i].faces(geos);
     auto& faces = drafts[i].building.faces;
     faces.insert(faces.end(), own.begin(), own.end());
-    drafts[i].building.footprint = geos.polygons(geos.united(covered[i]).get());
+    drafts[i].building.footprint = geos.polygons(geos.dissolved(covered[i]).get());
   }
 }
 

@@ -83,7 +83,7 @@ void warn_of_levels(const std::vector<Told>& all, const std::string& file, Repor
     low = std::min(low, *one.height);
     high = std::max(high, *one.height);
   }
-  if (low > 60.0 && high < HUGE_VAL && all.size() > 1) {
+  if (low > 60.0 && high > low) {
     report.warning(file +
                    ": all heights are above 60 m; if they count from the sea, the attribute "
                    "with the level of the ground must be named");

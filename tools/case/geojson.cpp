@@ -1,5 +1,7 @@
 #include "geojson.hpp"
 
+#include <nlohmann/json.hpp>
+
 namespace townskin_case {
 namespace {
 
@@ -28,6 +30,7 @@ RawPolygon polygon_of(const Json& coordinates) {
     Ring3& ring = polygon.rings.emplace_back();
     for (const Json& point : array_of(points)) ring.push_back(point_of(point));
   }
+  std::erase_if(polygon.rings, [](const Ring3& ring) { return ring.empty(); });
   return polygon;
 }
 
@@ -50,6 +53,7 @@ void add_geometry(const Json& geometry, Feature& feature) {
   } else if (type == "MultiPoint") {
     for (const Json& point : array_of(*found)) feature.points.push_back(point_of(point));
   }  // lines are nothing that a city is made of here
+  std::erase_if(feature.polygons, [](const RawPolygon& polygon) { return polygon.rings.empty(); });
 }
 
 void add_feature(const Json& value, std::size_t number, Layer& layer, Report& report) {

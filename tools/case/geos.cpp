@@ -1,6 +1,7 @@
 #include "geos.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 #include "plan.hpp"
 
@@ -69,11 +70,31 @@ Geos::Shape Geos::collection(std::vector<Shape> shapes) const {
                                          static_cast<unsigned>(parts.size())));
 }
 
-Geos::Shape Geos::united(const std::vector<std::vector<Ring2>>& polygons) const {
+Geos::Shape Geos::all_of(const std::vector<std::vector<Ring2>>& polygons) const {
   std::vector<Shape> shapes;
   shapes.reserve(polygons.size());
   for (const auto& rings : polygons) shapes.push_back(polygon(rings));
-  return own(GEOSUnaryUnion_r(context_, collection(std::move(shapes)).get()));
+  return collection(std::move(shapes));
+}
+
+Geos::Shape Geos::dissolved(const std::vector<std::vector<Ring2>>& polygons) const {
+  const Shape all = all_of(polygons);
+  GEOSGeometry* quick = GEOSCoverageUnion_r(context_, all.get());
+  if (quick != nullptr) {
+    Shape shape = own(quick);
+    double before = 0.0, after = 0.0;
+    GEOSArea_r(context_, all.get(), &before);
+    GEOSArea_r(context_, quick, &after);
+    // Polygons that do meet in another way show in the area, or do not make a valid shape.
+    if (std::abs(after - before) <= 1e-12 * before && GEOSisValid_r(context_, quick) == 1) {
+      return shape;
+    }
+  }
+  return own(GEOSUnaryUnion_r(context_, all.get()));
+}
+
+Geos::Shape Geos::united(const std::vector<std::vector<Ring2>>& polygons) const {
+  return own(GEOSUnaryUnion_r(context_, all_of(polygons).get()));
 }
 
 Ring2 Geos::points_of(const GEOSGeometry* line) const {

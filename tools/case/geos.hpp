@@ -44,6 +44,9 @@ class Geos {
   [[nodiscard]] Shape polygon(const std::vector<Ring2>& rings) const;
   [[nodiscard]] Shape lines(const std::vector<Segment2>& segments) const;
   [[nodiscard]] Shape collection(std::vector<Shape> shapes) const;
+  /// Polygons that meet edge by edge, or not at all, without the edges between them.
+  [[nodiscard]] Shape dissolved(const std::vector<std::vector<Ring2>>& polygons) const;
+  /// Any polygons as one.
   [[nodiscard]] Shape united(const std::vector<std::vector<Ring2>>& polygons) const;
 
   /// All polygons in the shape; outer rings turn to the left, holes to the right.
@@ -51,6 +54,7 @@ class Geos {
   [[nodiscard]] Ring2 points_of(const GEOSGeometry* line) const;
 
  private:
+  [[nodiscard]] Shape all_of(const std::vector<std::vector<Ring2>>& polygons) const;
   [[nodiscard]] GEOSCoordSequence* sequence(const Point2* points, std::size_t count,
                                             bool close) const;
   GEOSContextHandle_t context_;

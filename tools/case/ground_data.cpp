@@ -56,7 +56,7 @@ std::vector<Polygon2> area_of_faces(const Geos& geos, const Feature& feature) {
       if (GEOSisValid_r(geos.context(), shape.get()) == 1) faces.push_back(std::move(rings));
     }
   }
-  return geos.polygons(geos.united(faces).get());
+  return geos.polygons(geos.dissolved(faces).get());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "json_file.hpp"
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 namespace townskin_case {

@@ -4,7 +4,7 @@
 // of GeoJSON and CityJSON.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <vector>

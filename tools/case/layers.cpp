@@ -1,6 +1,7 @@
 #include "layers.hpp"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "city_model.hpp"
 #include "geojson.hpp"

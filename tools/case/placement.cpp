@@ -1,9 +1,11 @@
 #include "placement.hpp"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "clip.hpp"
 #include "layers.hpp"
+#include "plan.hpp"
 
 namespace townskin_case {
 namespace {
@@ -20,22 +22,46 @@ double median(std::vector<double> values) {
 Point2 rough_centre(const std::vector<Layer>& layers, std::size_t building_layers,
                     const Systems& systems) {
   std::vector<double> x, y;
+  bool nowhere = false;
   for (std::size_t i = 0; i < building_layers; ++i) {
     for (const Feature& feature : layers[i].features) {
       const auto point = systems.common(i, box_middle(feature));
-      if (!point || !std::isfinite(point->x) || !std::isfinite(point->y)) continue;
+      if (!point || !std::isfinite(point->x) || !std::isfinite(point->y)) {
+        nowhere = true;
+        continue;
+      }
       x.push_back(point->x);
       y.push_back(point->y);
     }
+  }
+  if (x.empty() && nowhere) {
+    Report::fault("its coordinates are no places in their coordinate system",
+                  {layers.front().file, ""});
   }
   if (x.empty()) Report::fault("no building", {layers.empty() ? "" : layers.front().file, ""});
   return {median(std::move(x)), median(std::move(y))};
 }
 
+/// Points of one layer into metres; faces share their points, and a look into a table is quicker.
+class Projector {
+ public:
+  Projector(const LocalMetres& metres, std::size_t layer) : metres_(metres), layer_(layer) {}
+  std::optional<Point2> operator()(const Point2& point) {
+    const auto [known, fresh] = known_.try_emplace(point);
+    if (fresh) known->second = metres_(layer_, point);
+    return known->second;
+  }
+
+ private:
+  const LocalMetres& metres_;
+  std::size_t layer_;
+  std::unordered_map<Point2, std::optional<Point2>, PointHash> known_;
+};
+
 /// False if a point of the feature cannot be brought into metres.
-bool project(Feature& feature, std::size_t layer, const LocalMetres& metres, double height_unit) {
+bool project(Feature& feature, Projector& projector, double height_unit) {
   const auto move = [&](Vector3& p) {
-    const auto at = metres(layer, {p.x, p.y});
+    const auto at = projector({p.x, p.y});
     if (!at || !(std::hypot(at->x, at->y) < out_of_reach)) return false;
     if (!(std::abs(p.z) < out_of_reach)) return false;
     p = {at->x, at->y, p.z * height_unit};
@@ -52,9 +78,10 @@ bool project(Feature& feature, std::size_t layer, const LocalMetres& metres, dou
 void project_all(std::vector<Layer>& layers, const Systems& systems, const LocalMetres& metres,
                  Report& report) {
   for (std::size_t i = 0; i < layers.size(); ++i) {
+    Projector projector(metres, i);
     for (auto* features : {&layers[i].features, &layers[i].ground, &layers[i].plants}) {
       std::erase_if(*features, [&](Feature& feature) {
-        if (project(feature, i, metres, systems.height_unit(i))) return false;
+        if (project(feature, projector, systems.height_unit(i))) return false;
         report.leave_out("a point that lies nowhere near", feature.origin);
         return true;
       });

@@ -1,9 +1,18 @@
 // Areas and middles of rings and polygons, in plan and in space.
 #pragma once
 
+#include <functional>
+
 #include "geometry.hpp"
 
 namespace townskin_case {
+
+/// For tables of points.
+struct PointHash {
+  std::size_t operator()(const Point2& p) const {
+    return std::hash<double>()(p.x) * 1000003U ^ std::hash<double>()(p.y);
+  }
+};
 
 /// Area of the ring, positive where it turns to the left [m2]. Taken about its first point, so that
 /// a place far from the origin loses no digits.

@@ -94,7 +94,8 @@ void add_plant(const Feature& plant, const CityInput& input, std::vector<Tree>& 
 
 void add_trees(const Feature& feature, const CityInput& input, std::vector<Tree>& trees,
                Report& report) {
-  if (feature.solid) return add_plant(feature, input, trees, report);
+  const bool of_model = !feature.rings_closed && !feature.polygons.empty();
+  if (of_model) return add_plant(feature, input, trees, report);
   for (const Vector3& point : feature.points) {
     trees.push_back(tree_of(feature, std::nullopt, input, report));
     trees.back().foot = {point.x, point.y};

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <numbers>
 
 #include "faces.hpp"
 
@@ -30,7 +31,9 @@ std::size_t Walls::line_of(const Point2& from, const Point2& to) {
   const double span = std::hypot(to.x - from.x, to.y - from.y);
   const Point2 along{(to.x - from.x) / span, (to.y - from.y) / span};
   const Point2 zero = lines_.empty() ? from : lines_.front().origin;
-  const auto turn = std::llround(std::atan2(along.y, along.x) / same_direction);
+  double angle = std::atan2(along.y, along.x);
+  if (angle < 0.5 * same_direction - std::numbers::pi) angle += 2.0 * std::numbers::pi;
+  const auto turn = std::llround(angle / same_direction);
   const auto off = std::llround(sideways(zero, along, from) / same_line);
   for (auto i = turn - 1; i <= turn + 1; ++i) {
     for (auto j = off - 1; j <= off + 1; ++j) {
