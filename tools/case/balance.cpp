@@ -8,7 +8,9 @@ namespace townskin_case {
 namespace {
 
 constexpr int kSweeps = 200;
-constexpr double kClosed = 1e-7;  // as a share of a group's area
+constexpr double kClosed = 1e-7;    // as a share of a group's area
+constexpr double kLargest = 1e30;   // of a scale, where no scaling closes the rows
+constexpr double kNothing = 1e-12;  // likewise: pairs below it are left out
 
 /// One sweep over the rows; returns the largest gap that a row had when its turn came.
 double sweep(const PairTable& table, const std::vector<double>& area,
@@ -29,7 +31,8 @@ double sweep(const PairTable& table, const std::vector<double>& area,
     if (!(others + own > 0.0)) continue;
     gap = std::max(gap, std::abs(d[i] * (others + own * d[i]) - target[i]) / area[i]);
     // The positive solution of own d^2 + others d = target.
-    d[i] = 2.0 * target[i] / (others + std::sqrt(others * others + 4.0 * own * target[i]));
+    const double root = std::sqrt(others * others + 4.0 * own * target[i]);
+    d[i] = std::min(2.0 * target[i] / (others + root), kLargest);
   }
   return gap;
 }
@@ -80,7 +83,8 @@ double give_to_itself(PairTable& table, const std::vector<double>& area,
         continue;
       }
       if (own > 0.0 && table.to[e] > self) give();
-      if (!(table.exchange[e] > 0.0)) continue;
+      const double least = std::min(area[i], area[static_cast<std::size_t>(table.to[e])]);
+      if (!(table.exchange[e] > kNothing * least)) continue;
       all.to.push_back(table.to[e]);
       all.exchange.push_back(table.exchange[e]);
     }
