@@ -24,11 +24,11 @@ struct Face {
 struct Building {
   Origin origin;
   std::vector<Face> faces;
-  Polygon2 footprint;       ///< the ground that it covers; footprints do not overlap
-  double floor_area = 0.0;  ///< of one storey [m2]
-  double height = 0.0;      ///< of its highest point [m]
-  double storeys = 0.0;     ///< as the data tell, or from the height
-  double volume = 0.0;      ///< [m3]
+  std::vector<Polygon2> footprint;  ///< the ground that it covers; footprints do not overlap
+  double floor_area = 0.0;          ///< of one storey: that of the footprint [m2]
+  double height = 0.0;              ///< of its highest point [m]
+  double storeys = 0.0;             ///< as the data tell, or from the height
+  double volume = 0.0;              ///< [m3]
   std::map<std::string, std::string> attributes;  ///< as text, for the choice of uses
 };
 
@@ -52,7 +52,7 @@ struct City {
   std::vector<Building> buildings;
   std::vector<GroundArea> ground;
   std::vector<Tree> trees;
-  bool placed = false;  ///< latitude and longitude are known from the data
+  bool placed = false;                     ///< latitude and longitude are known from the data
   double latitude = 0.0, longitude = 0.0;  ///< of the origin [degree]
 };
 
