@@ -36,6 +36,7 @@ TEST(CaseSunlit, BlockOnAPlane) {
   const auto ground =
       static_cast<std::size_t>(add_face(scene, {-40, -40, 0}, {80, 0, 0}, {0, 80, 0}, 80, 80));
   std::vector<Vector3> suns;
+  suns.reserve(20);
   for (int n = 0; n < 20; ++n) suns.push_back(sun(10.0 + 4.0 * n, 17.0 + 43.0 * n));
   const std::vector<float> lit = light(scene, suns);
   for (std::size_t s = 0; s < suns.size(); ++s) {
