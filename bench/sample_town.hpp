@@ -15,8 +15,8 @@ using townskin_case::Vector3;
 
 /// A rectangle as n x m groups; its outer side is that of cross(first, second). Returns the first
 /// group's number; they follow row by row along `first`.
-inline std::int32_t add_face(Scene& scene, Vector3 corner, Vector3 first, Vector3 second,
-                             int n = 1, int m = 1, PatchKind kind = PatchKind::land) {
+inline std::int32_t add_face(Scene& scene, Vector3 corner, Vector3 first, Vector3 second, int n = 1,
+                             int m = 1, PatchKind kind = PatchKind::land) {
   const auto number = static_cast<std::int32_t>(scene.groups.size());
   const Vector3 normal = cross(first, second);
   const Vector3 a = (1.0 / n) * first;
@@ -51,12 +51,12 @@ inline std::int32_t add_block(Scene& scene, Vector3 low, Vector3 high, double ce
   const auto cuts = [&](const Vector3& edge) {
     return cell > 0.0 ? std::max(1, static_cast<int>(std::lround(length(edge) / cell))) : 1;
   };
-  const auto number = add_face(scene, low + z, x, y, cuts(x), cuts(y), kind);         // up
-  add_face(scene, low, x, z, cuts(x), cuts(z), kind);                                 // to -y
-  add_face(scene, high - z, {-x.x, 0, 0}, z, cuts(x), cuts(z), kind);                 // to +y
-  add_face(scene, low + y, {0, -y.y, 0}, z, cuts(y), cuts(z), kind);                  // to -x
-  add_face(scene, low + x, y, z, cuts(y), cuts(z), kind);                             // to +x
-  if (floor) add_face(scene, low, y, x, cuts(y), cuts(x), kind);                      // down
+  const auto number = add_face(scene, low + z, x, y, cuts(x), cuts(y), kind);  // up
+  add_face(scene, low, x, z, cuts(x), cuts(z), kind);                          // to -y
+  add_face(scene, high - z, {-x.x, 0, 0}, z, cuts(x), cuts(z), kind);          // to +y
+  add_face(scene, low + y, {0, -y.y, 0}, z, cuts(y), cuts(z), kind);           // to -x
+  add_face(scene, low + x, y, z, cuts(y), cuts(z), kind);                      // to +x
+  if (floor) add_face(scene, low, y, x, cuts(y), cuts(x), kind);               // down
   return number;
 }
 
@@ -76,8 +76,7 @@ inline Scene town(int n, double cell) {
       add_block(scene, {x, y, 0}, {x + kBlock, y + kBlock, height}, cell);
       add_face(scene, {x + kBlock, y, 0}, {kStreet, 0, 0}, {0, kBlock, 0}, cut(kStreet),
                cut(kBlock));
-      add_face(scene, {x, y + kBlock, 0}, {kStep, 0, 0}, {0, kStreet, 0}, cut(kStep),
-               cut(kStreet));
+      add_face(scene, {x, y + kBlock, 0}, {kStep, 0, 0}, {0, kStreet, 0}, cut(kStep), cut(kStreet));
     }
   }
   Group far;

@@ -8,12 +8,14 @@ namespace townskin_case {
 namespace {
 
 constexpr int kSweeps = 200;
-constexpr double kClosed = 1e-7;  // as a share of a group's area
+constexpr double kClosed = 1e-7;    // as a share of a group's area
+constexpr double kLargest = 100.0;  // of a scale: rows that need more do not fit the rest
+constexpr double kNothing = 1e-12;  // likewise: pairs below it are left out
 
-/// One sweep over the rows; returns the largest gap that a row had when its turn came.
+/// One sweep over the rows; returns the largest change of a row, as a share of the group's area.
 double sweep(const PairTable& table, const std::vector<double>& area,
              const std::vector<double>& target, std::vector<double>& d) {
-  double gap = 0.0;
+  double change = 0.0;
   for (std::size_t i = 0; i < target.size(); ++i) {
     if (target[i] < 0.0) continue;
     double others = 0.0;
@@ -27,11 +29,14 @@ double sweep(const PairTable& table, const std::vector<double>& area,
       }
     }
     if (!(others + own > 0.0)) continue;
-    gap = std::max(gap, std::abs(d[i] * (others + own * d[i]) - target[i]) / area[i]);
     // The positive solution of own d^2 + others d = target.
-    d[i] = 2.0 * target[i] / (others + std::sqrt(others * others + 4.0 * own * target[i]));
+    const double root = std::sqrt(others * others + 4.0 * own * target[i]);
+    const double scale = std::min(2.0 * target[i] / (others + root), kLargest);
+    const double step = std::abs(scale - d[i]) * (others + own * (scale + d[i]));
+    change = std::max(change, step / area[i]);
+    d[i] = scale;
   }
-  return gap;
+  return change;
 }
 
 std::vector<double> row_sums(const PairTable& table) {
@@ -80,7 +85,8 @@ double give_to_itself(PairTable& table, const std::vector<double>& area,
         continue;
       }
       if (own > 0.0 && table.to[e] > self) give();
-      if (!(table.exchange[e] > 0.0)) continue;
+      const double least = std::min(area[i], area[static_cast<std::size_t>(table.to[e])]);
+      if (!(table.exchange[e] > kNothing * least)) continue;
       all.to.push_back(table.to[e]);
       all.exchange.push_back(table.exchange[e]);
     }
@@ -102,8 +108,8 @@ Balance balance(PairTable& table, const std::vector<double>& area,
     done.before = std::max(done.before, std::abs(sums[i] - target[i]) / area[i]);
   }
   std::vector<double> d(target.size(), 1.0);
-  for (double gap = 1.0; gap > kClosed && done.sweeps < kSweeps; ++done.sweeps) {
-    gap = sweep(table, area, target, d);
+  for (double change = 1.0; change > kClosed && done.sweeps < kSweeps; ++done.sweeps) {
+    change = sweep(table, area, target, d);
   }
   for (std::size_t i = 0; i < d.size(); ++i) {
     for (std::size_t e = table.start[i]; e < table.start[i + 1]; ++e) {

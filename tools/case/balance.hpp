@@ -19,9 +19,10 @@ struct Balance {
 /// coordinate descent of the convex function whose minimum that is: each d in turn is set so that
 /// its row closes (Sinkhorn 1967, symmetric). A negative target leaves a row free, its d at 1.
 ///
-/// Where no such scaling exists, or not within the sweeps, rows are lowered to their target and
-/// what lacks is given to the group itself, which exchanges nothing with itself; so also where a
-/// group has no partner. The table stays the same both ways.
+/// Scales stay below 100, so that a row that does not fit its partners' cannot draw all of theirs
+/// to itself. Where no such scaling exists, or not within the sweeps, rows are lowered to their
+/// target and what lacks is given to the group itself, which exchanges nothing with itself; so also
+/// where a group has no partner. The table stays the same both ways.
 Balance balance(PairTable& table, const std::vector<double>& area,
                 const std::vector<double>& target);
 

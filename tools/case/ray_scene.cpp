@@ -36,6 +36,23 @@ bool has_area(const Mesh& mesh, const std::array<std::uint32_t, 3>& corners) {
   return length(cross(mesh.points[corners[1]] - a, mesh.points[corners[2]] - a)) > 0.0;
 }
 
+/// What the filter of first_against knows; Embree hands on the first part.
+struct Against {
+  RTCIntersectContext base;
+  const RayScene* scene;
+  std::int32_t group;
+};
+
+/// Lets pass faces of other groups that look against the ray.
+void only_against(const RTCFilterFunctionNArguments* of) {
+  const auto& context = *reinterpret_cast<const Against*>(of->context);
+  const RTCHit hit = rtcGetHitFromHitN(of->hit, of->N, 0);
+  const RTCRay ray = rtcGetRayFromRayN(of->ray, of->N, 0);
+  const float along = hit.Ng_x * ray.dir_x + hit.Ng_y * ray.dir_y + hit.Ng_z * ray.dir_z;
+  if (along < 0.0F && context.scene->group_of(hit.geomID, hit.primID) != context.group) return;
+  of->valid[0] = 0;
+}
+
 }  // namespace
 
 RayScene::RayScene(const Scene& scene) {
@@ -92,7 +109,6 @@ void RayScene::sort_triangles(const Scene& scene) {
     Geometry& geometry = geometries_[mask == kSolid ? 0 : mask == kCrown ? 1 : 2];
     geometry.corners.push_back(mesh.triangles[t]);
     geometry.group.push_back(owned ? group : -1);
-    has_crowns_ = has_crowns_ || mask == kCrown;
     if (!owned) continue;
     kept.push_back(t);
     ++group_start_[g + 1];
@@ -109,7 +125,9 @@ void RayScene::build() {
   device_ = rtcNewDevice("threads=1,set_affinity=0");
   if (device_ == nullptr) throw Fault("Embree does not start");
   scene_ = rtcNewScene(device_);
-  rtcSetSceneFlags(scene_, RTC_SCENE_FLAG_ROBUST);  // no ray slips through between triangles
+  // Robust: no ray slips through between triangles.
+  rtcSetSceneFlags(scene_, static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST |
+                                                      RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
   for (std::size_t n = 0; n < geometries_.size(); ++n) {
     const Geometry& from = geometries_[n];
     if (from.corners.empty()) continue;
@@ -131,19 +149,17 @@ void RayScene::build() {
   }
 }
 
-Hit RayScene::follow(const Ray& ray, float length, unsigned mask) const {
-  RTCIntersectContext context;
-  rtcInitIntersectContext(&context);
+std::int32_t RayScene::first_against(const Ray& ray, float length, std::int32_t group) const {
+  Against context{{}, this, group};
+  rtcInitIntersectContext(&context.base);
+  context.base.filter = only_against;
   RTCRayHit of{};
   of.ray = {ray.start[0], ray.start[1], ray.start[2], 0.0F, ray.way[0], ray.way[1],
-            ray.way[2],   0.0F,         length,       mask, 0,          0};
+            ray.way[2],   0.0F,         length,       kAll, 0,          0};
   of.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-  rtcIntersect1(scene_, &context, &of);
-  if (of.hit.geomID == RTC_INVALID_GEOMETRY_ID) return {};
-  const float along =
-      of.hit.Ng_x * ray.way[0] + of.hit.Ng_y * ray.way[1] + of.hit.Ng_z * ray.way[2];
-  return {group_of(of.hit.geomID, of.hit.primID), along < 0.0F, mask_of(of.hit.geomID),
-          of.ray.tfar};
+  rtcIntersect1(scene_, &context.base, &of);
+  if (of.hit.geomID == RTC_INVALID_GEOMETRY_ID) return -1;
+  return group_of(of.hit.geomID, of.hit.primID);
 }
 
 }  // namespace townskin_case

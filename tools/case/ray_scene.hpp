@@ -22,14 +22,6 @@ enum RayMask : unsigned {
   kAll = 7
 };
 
-/// What a single ray has met.
-struct Hit {
-  std::int32_t group = -1;  ///< -1: nothing
-  bool front = false;       ///< the face was met from its outer side
-  unsigned mask = 0;        ///< the kind of what was met
-  float distance = 0.0F;    ///< in lengths of the ray's way
-};
-
 /// A point and a direction in the coordinates of a RayScene.
 struct Ray {
   std::array<float, 3> start{}, way{};
@@ -64,11 +56,9 @@ class RayScene {
   }
   [[nodiscard]] unsigned mask_of(unsigned geometry) const { return geometries_[geometry].mask; }
 
-  /// Whether there are crowns: only then can faces lie on the faces of others.
-  [[nodiscard]] bool has_crowns() const { return has_crowns_; }
-
-  /// Follows one ray, for the few that need a second look.
-  [[nodiscard]] Hit follow(const Ray& ray, float length, unsigned mask) const;
+  /// The group of the first face within `length` ways of a ray that looks against it; faces of
+  /// `group` do not count, nor those that are met from behind. -1: there is none.
+  [[nodiscard]] std::int32_t first_against(const Ray& ray, float length, std::int32_t group) const;
 
  private:
   /// The triangles of one mask.
@@ -87,7 +77,6 @@ class RayScene {
   RTCScene scene_ = nullptr;
   Vector3 middle_;
   double offset_ = 0.0;
-  bool has_crowns_ = false;
   std::vector<float> points_;
   std::vector<Geometry> geometries_;
   std::vector<std::size_t> group_start_;

@@ -44,6 +44,17 @@ std::uint64_t morton(std::uint32_t a, std::uint32_t b) {
   return spread(a) | (spread(b) << 1);
 }
 
+/// Both to 3e-8 up to an eighth of a turn: more than a ray in single precision holds, a third of
+/// the library's time, and the same bits on any machine.
+double sine(double x) {
+  const double q = x * x;
+  return x * (1.0 - q / 6.0 * (1.0 - q / 20.0 * (1.0 - q / 42.0 * (1.0 - q / 72.0))));
+}
+double cosine(double x) {
+  const double q = x * x;
+  return 1.0 - q / 2.0 * (1.0 - q / 12.0 * (1.0 - q / 30.0 * (1.0 - q / 56.0)));
+}
+
 /// Mixes the bits of a counter (Steele, Lea and Flood 2014).
 std::uint64_t mix(std::uint64_t z) {
   z += 0x9E3779B97F4A7C15ULL;
@@ -127,8 +138,8 @@ Vector3 FaceSampler::way(std::uint32_t u, std::uint32_t v) const {
   const bool wide = std::abs(a) > std::abs(b);
   const double radius = wide ? a : b;
   const double angle = std::numbers::pi / 4.0 * (wide ? b / a : a / b);
-  const double near = radius * std::cos(angle);
-  const double far = radius * std::sin(angle);
+  const double near = radius * cosine(angle);
+  const double far = radius * sine(angle);
   const double x = wide ? near : far;
   const double y = wide ? far : near;
   const double z = std::sqrt(std::max(1.0 - radius * radius, 1e-12));

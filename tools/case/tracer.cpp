@@ -43,7 +43,7 @@ void Tracer::trace(std::size_t group, std::span<const Draw> draws, std::vector<P
   group_ = static_cast<std::int32_t>(group);
   fate_ = {};
   const Draw turn = turn_of(seed_, group);
-  covered_ = rays_.has_crowns() && is_covered(draws, turn);
+  covered_ = is_covered(draws, turn);
   for (std::size_t first = 0; first < draws.size(); first += kLanes) {
     send(&draws[first], turn);
     for (std::uint32_t lane = 0; lane < kLanes; lane += 2) {
@@ -131,18 +131,9 @@ std::int32_t Tracer::lid_at(std::uint32_t lane) const {
 /// From a start before the face: through the face from behind, as far as beyond the start.
 std::int32_t Tracer::lid(Vector3 start) const {
   const Vector3& normal = sampler_.normal();
-  const auto step = static_cast<float>(rays_.offset());
-  float left = 4.0F * step;
-  start = start - 3.0 * rays_.offset() * normal;
-  for (int faces = 0; faces < 4 && left > 0.0F; ++faces) {
-    const Hit hit = rays_.follow({single(start), single(normal)}, left, kAll);
-    if (hit.mask == 0) return -1;
-    if (hit.front && hit.group != group_) return hit.group;
-    const float on = hit.distance + 0.1F * step;
-    left -= on;
-    start = start + static_cast<double>(on) * normal;
-  }
-  return -1;
+  const Vector3 behind = start - 3.0 * rays_.offset() * normal;
+  return rays_.first_against({single(behind), single(normal)},
+                             4.0F * static_cast<float>(rays_.offset()), group_);
 }
 
 /// Whether a face of another group lies on this one at any of some points.

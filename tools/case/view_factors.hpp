@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "parallel.hpp"
@@ -17,7 +18,7 @@ namespace townskin_case {
 struct RaySettings {
   std::uint32_t rays = 1024;  ///< of each group; powers of two are spread best
   std::uint64_t seed = 1;
-  std::size_t partners = 128;  ///< that each group keeps, at least 1; see join_pairs
+  std::size_t partners = 256;  ///< that each group keeps, at least 1; see join_pairs
   unsigned threads = 0;        ///< 0: one for each processor
 };
 
@@ -38,6 +39,9 @@ struct RaySummary {
   double on_itself = 0.0;   ///< largest share that could not be balanced and is left to the group
   double closure = 0.0;     ///< largest gap of a row as it is written
 };
+
+/// The summary in words, a line each; what was not met with is left out.
+std::vector<std::string> lines_of(const RaySummary& summary);
 
 /// The partners of each group in rows: those of group i stand at start[i] .. start[i+1]-1, by
 /// rising number. Factors are rounded to the nine digits with which they are written.
