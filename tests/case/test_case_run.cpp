@@ -114,8 +114,12 @@ TEST(CaseRun, FacesAreInTheSunFromTheHourBeforeItComes) {
       const bool up = hours[h].sun.z > 0.0;
       const bool faces = dot(hours[h].sun, group.normal) > 0.0;
       const bool comes = dot(hours[h + 1].sun, group.normal) > 0.0;
-      if (!up) EXPECT_EQ(fields[3], "0");
-      if (up && (faces || comes)) EXPECT_EQ(fields[3], "1") << lines[1 + h * patches + p];
+      if (!up) {
+        EXPECT_EQ(fields[3], "0");
+      }
+      if (up && (faces || comes)) {
+        EXPECT_EQ(fields[3], "1") << lines[1 + h * patches + p];
+      }
       if (up && comes && !faces) ++turns;
     }
   }
