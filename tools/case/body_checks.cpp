@@ -5,14 +5,6 @@
 
 namespace townskin_case {
 
-Vector3 area_vector(const Ring3& ring) {
-  Vector3 sum;
-  for (std::size_t i = 2; i < ring.size(); ++i) {
-    sum = sum + 0.5 * cross(ring[i - 1] - ring[0], ring[i] - ring[0]);
-  }
-  return sum;
-}
-
 double volume_above(const std::vector<RawPolygon>& faces, double level) {
   double volume = 0.0;
   for (const RawPolygon& face : faces) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "features.hpp"
+#include "plan.hpp"
 
 namespace townskin_case {
 
@@ -11,8 +12,5 @@ double volume_above(const std::vector<RawPolygon>& faces, double level);
 
 /// True if each edge of a face is met by one of a face beside it.
 bool is_closed(const std::vector<RawPolygon>& faces);
-
-/// Newell's normal: its length is the area [m2].
-Vector3 area_vector(const Ring3& ring);
 
 }  // namespace townskin_case

@@ -1,4 +1,4 @@
-// Areas and middles of rings and polygons in plan.
+// Areas and middles of rings and polygons, in plan and in space.
 #pragma once
 
 #include "geometry.hpp"
@@ -51,16 +51,19 @@ inline Point2 middle(const Polygon2& polygon) {
   return {moment.x / all, moment.y / all};
 }
 
+/// Area of a flat ring in space times its normal, by the ring's turn [m2].
+inline Vector3 area_vector(const Ring3& ring) {
+  Vector3 sum;
+  for (std::size_t i = 2; i < ring.size(); ++i) {
+    sum = sum + 0.5 * cross(ring[i - 1] - ring[0], ring[i] - ring[0]);
+  }
+  return sum;
+}
+
 /// Area of a flat face in space [m2].
 inline double area(const Polygon3& face) {
-  Vector3 sum;
-  const auto add = [&sum](const Ring3& ring) {
-    for (std::size_t i = 2; i < ring.size(); ++i) {
-      sum = sum + 0.5 * cross(ring[i - 1] - ring[0], ring[i] - ring[0]);
-    }
-  };
-  add(face.outer);
-  for (const Ring3& hole : face.holes) add(hole);
+  Vector3 sum = area_vector(face.outer);
+  for (const Ring3& hole : face.holes) sum = sum + area_vector(hole);
   return length(sum);
 }
 
