@@ -1,5 +1,6 @@
 #include "check_run.hpp"
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,12 +26,12 @@ double seconds_of(const timeval& time) {
   return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
 }
 
-/// Memory that this process holds now [bytes].
-double resident() {
+/// Memory that a process started now begins with: what this one holds but for files [bytes].
+double held() {
   std::ifstream file("/proc/self/statm");
-  double all = 0.0, pages = 0.0;
-  file >> all >> pages;
-  return pages * static_cast<double>(::sysconf(_SC_PAGESIZE));
+  double all = 0.0, resident = 0.0, of_files = 0.0;
+  file >> all >> resident >> of_files;
+  return (resident - of_files) * static_cast<double>(::sysconf(_SC_PAGESIZE));
 }
 
 struct Child {
@@ -40,8 +41,8 @@ struct Child {
 
 /// Runs the model in a process of its own, whose memory can be told apart from the tool's.
 Child run_model(const std::string& directory) {
-  constexpr double kProgram = 8e6;  // what the model's own process takes before it reads anything
-  const double before = resident();
+  ::malloc_trim(0);  // what the tool has freed is not to be taken up unseen
+  const double before = held();
   const pid_t child = ::fork();
   if (child < 0) throw Fault("cannot start a process for the trial");
   if (child == 0) {
@@ -58,7 +59,7 @@ Child run_model(const std::string& directory) {
   ::wait4(child, &status, 0, &used);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
           seconds_of(used.ru_utime) + seconds_of(used.ru_stime),
-          std::max(0.0, static_cast<double>(used.ru_maxrss) * 1024.0 - before) + kProgram};
+          std::max(0.0, static_cast<double>(used.ru_maxrss) * 1024.0 - before)};
 }
 
 std::vector<std::string> lines_of(const std::string& path) {
