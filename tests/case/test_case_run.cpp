@@ -94,6 +94,38 @@ TEST(CaseRun, GoesToItsDailyCycleWithoutAWarning) {
   EXPECT_NEAR(direct, wanted, 0.005 * wanted);
 }
 
+// No wall of the block stands in another's shadow: a face is in the sun from the hour before it
+// turns to the sun, so that a straight line between the hours finds it whole when the beam comes.
+TEST(CaseRun, FacesAreInTheSunFromTheHourBeforeItComes) {
+  const Parts parts({.day = "07-21", .from = {}, .to = {}});
+  const TempFolder folder;
+  write_run(parts.run(), folder.path());
+  const run_case::Lines lines = run_case::lines_of(folder.path("Sun.txt"));
+  const std::size_t patches = parts.scene.patches.size();
+  const std::vector<SunHour>& hours = parts.sunlit.hours;
+  ASSERT_EQ(lines.size(), 1 + hours.size() * patches);
+  std::size_t turns = 0;
+  for (std::size_t h = 0; h + 1 < hours.size(); ++h) {
+    for (std::size_t p = 0; p < patches; ++p) {
+      const Group& group =
+          parts.scene.groups[static_cast<std::size_t>(parts.scene.patches[p].group)];
+      if (group.kind != PatchKind::building) continue;
+      const run_case::Lines fields = run_case::fields_of(lines[1 + h * patches + p]);
+      const bool up = hours[h].sun.z > 0.0;
+      const bool faces = dot(hours[h].sun, group.normal) > 0.0;
+      const bool comes = dot(hours[h + 1].sun, group.normal) > 0.0;
+      if (!up) {
+        EXPECT_EQ(fields[3], "0");
+      }
+      if (up && (faces || comes)) {
+        EXPECT_EQ(fields[3], "1") << lines[1 + h * patches + p];
+      }
+      if (up && comes && !faces) ++turns;
+    }
+  }
+  EXPECT_GT(turns, 0U);
+}
+
 /// A crown of one cell over the corner of the plate, with patches on all its faces.
 void add_tree(Scene& scene) {
   using block_scene::add;

@@ -81,6 +81,19 @@ TEST(CaseEpw, FaultsNameFileAndLine) {
   }
 }
 
+TEST(CaseEpw, EndsInOrderWhereverItIsCut) {
+  make_epw::Options july;
+  july.period = "DATA PERIODS,1,1,Data,Sunday,7/1,7/31";
+  july.first_month = july.last_month = 7;
+  const std::string whole = make_epw::text(july);
+  EXPECT_EQ(read(whole).hours.size(), 31U * 24U);
+  std::size_t faults = 0, cuts = 0;
+  for (std::size_t end = 0; end < whole.size() - 200; end += 97, ++cuts) {
+    if (fault_of([&] { read(whole.substr(0, end)); }) != "no fault") ++faults;
+  }
+  EXPECT_EQ(faults, cuts);
+}
+
 TEST(CaseEpw, FillsWhatIsMissingAndCounts) {
   make_epw::Options options;
   options.edit = [](Row& row) {

@@ -1,18 +1,19 @@
 #include "check_run.hpp"
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <set>
+#include <iterator>
 #include <sstream>
 
 #include "driver/flw_main00.hpp"
+#include "frame/numbers.hpp"
 #include "text_file.hpp"
 
 namespace townskin_case {
@@ -25,12 +26,12 @@ double seconds_of(const timeval& time) {
   return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
 }
 
-/// Memory that this process holds now [bytes].
-double resident() {
+/// Memory that a process started now begins with: what this one holds but for files [bytes].
+double held() {
   std::ifstream file("/proc/self/statm");
-  double all = 0.0, pages = 0.0;
-  file >> all >> pages;
-  return pages * static_cast<double>(::sysconf(_SC_PAGESIZE));
+  double all = 0.0, resident = 0.0, of_files = 0.0;
+  file >> all >> resident >> of_files;
+  return (resident - of_files) * static_cast<double>(::sysconf(_SC_PAGESIZE));
 }
 
 struct Child {
@@ -40,8 +41,8 @@ struct Child {
 
 /// Runs the model in a process of its own, whose memory can be told apart from the tool's.
 Child run_model(const std::string& directory) {
-  constexpr double kProgram = 8e6;  // what the model's own process takes before it reads anything
-  const double before = resident();
+  ::malloc_trim(0);  // what the tool has freed is not to be taken up unseen
+  const double before = held();
   const pid_t child = ::fork();
   if (child < 0) throw Fault("cannot start a process for the trial");
   if (child == 0) {
@@ -58,7 +59,7 @@ Child run_model(const std::string& directory) {
   ::wait4(child, &status, 0, &used);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
           seconds_of(used.ru_utime) + seconds_of(used.ru_stime),
-          std::max(0.0, static_cast<double>(used.ru_maxrss) * 1024.0 - before) + kProgram};
+          std::max(0.0, static_cast<double>(used.ru_maxrss) * 1024.0 - before)};
 }
 
 std::vector<std::string> lines_of(const std::string& path) {
@@ -68,14 +69,40 @@ std::vector<std::string> lines_of(const std::string& path) {
   return lines;
 }
 
-/// Processor seconds of a row of the log's table; 0 for any other line.
+std::vector<std::string> words_of(const std::string& line) {
+  std::istringstream text(line);
+  return {std::istream_iterator<std::string>(text), {}};
+}
+
+double number_of(const std::string& word) {
+  double value = 0.0;
+  frame::parse_number(word, value);
+  return value;
+}
+
+/// Processor seconds of a step's work: the rows "< 2> rad_admin : 0.25( 26.2) ..." of the log's
+/// table; 0 for any other line.
 double accounted(const std::string& line) {
-  std::array<char, 32> name{};
-  double seconds = 0.0;
-  int row = 0;
-  if (std::sscanf(line.c_str(), " < %d> %31s : %lf", &row, name.data(), &seconds) != 3) return 0.0;
-  const std::set<std::string> steps{"rad_admin", "therm1d", "window", "solid1d", "building"};
-  return steps.contains(name.data()) ? seconds : 0.0;
+  static constexpr std::array<std::string_view, 5> kSteps{"rad_admin", "therm1d", "window",
+                                                          "solid1d", "building"};
+  const std::vector<std::string> words = words_of(line);
+  if (words.size() < 5 || words[0] != "<" || words[3] != ":") return 0.0;
+  if (std::ranges::find(kSteps, words[2]) == kSteps.end()) return 0.0;
+  return number_of(words[4].substr(0, words[4].find('(')));
+}
+
+/// What the log says of a run that went through.
+void take_log(const std::vector<std::string>& log, Trial& trial, double& in_steps) {
+  constexpr std::string_view kCorrection = "%%% correction factor for view area =";
+  for (const std::string& line : log) {
+    if (line.starts_with("%%% warning")) trial.warnings.push_back(line);
+    if (line.starts_with(kCorrection)) {
+      const std::vector<std::string> factors = words_of(line.substr(kCorrection.size()));
+      trial.least_correction = number_of(factors.at(0));
+      trial.largest_correction = number_of(factors.at(1));
+    }
+    in_steps += accounted(line);
+  }
 }
 
 [[noreturn]] void refused(const std::vector<std::string>& log, int status) {
@@ -108,12 +135,7 @@ Trial try_run(const RunData& run, const std::string& directory) {
   if (child.status != 0) refused(log, child.status);
   Trial trial;
   double in_steps = 0.0;
-  for (const std::string& line : log) {
-    if (line.starts_with("%%% warning")) trial.warnings.push_back(line);
-    std::sscanf(line.c_str(), "%%%%%% correction factor for view area = %lf %lf",
-                &trial.least_correction, &trial.largest_correction);
-    in_steps += accounted(line);
-  }
+  take_log(log, trial, in_steps);
   const double a_step = in_steps / static_cast<double>(kTrialSteps);
   trial.memory = child.memory;
   trial.seconds = child.seconds - in_steps + a_step * static_cast<double>(steps_of(run));

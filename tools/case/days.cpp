@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <span>
 
 #include "inputs/calendar.hpp"
@@ -131,11 +130,12 @@ Days one_day(const Epw& epw, const std::string& text) {
 }  // namespace
 
 CalendarDay calendar_day(const std::string& text) {
+  const auto digit = [&](std::size_t i) { return text[i] >= '0' && text[i] <= '9'; };
   CalendarDay day;
-  int end = 0;
-  const bool read = std::sscanf(text.c_str(), "%2d-%2d%n", &day.month, &day.day, &end) == 2 &&
-                    end == static_cast<int>(text.size());
-  if (!read || day.month < 1 || day.month > 12 || day.day < 1 ||
+  if (text.size() == 5 && digit(0) && digit(1) && text[2] == '-' && digit(3) && digit(4)) {
+    day = {std::stoi(text.substr(0, 2)), std::stoi(text.substr(3))};
+  }
+  if (day.month < 1 || day.month > 12 || day.day < 1 ||
       day.day > tsrf_module_calendar::days_in(day.month)) {
     throw Fault("\"" + text + "\" is no day: wanted are month and day such as 07-21, hottest, " +
                 "coldest, or a month's mean such as mean-07; there is no 29 February");

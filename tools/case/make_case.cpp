@@ -81,6 +81,7 @@ Sunlit follow_sun(const Site& site, const Scene& scene, const RayScene& ray_scen
   settings.seed = static_cast<std::uint64_t>(site.rays.seed);
   settings.threads = static_cast<unsigned>(site.rays.threads);
   std::vector<Vector3> suns;
+  suns.reserve(hours.size());
   for (const SunHour& hour : hours) suns.push_back(hour.sun);
   ProgressLine line(voices.terminal, "sunlit fractions");
   return {std::move(hours), sunlit_fractions(scene, ray_scene, suns, settings, line.progress())};

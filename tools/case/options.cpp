@@ -19,9 +19,13 @@ struct Flags {
 void declare(CLI::App& app, Flags& flags, Options& options) {
   const CLI::Range angle(-90.0, 90.0);
   app.add_option("site", flags.site_file, "Site file (TOML); flags win over it");
-  app.add_option("--buildings", flags.buildings, "Buildings: GeoJSON or CityJSON");
-  app.add_option("--ground", flags.ground, "Ground by its kinds: GeoJSON");
-  app.add_option("--trees", flags.trees, "Trees: GeoJSON");
+  app.add_option("--buildings", flags.buildings,
+                 "Buildings: GeoJSON or CityJSON; one file each time")
+      ->allow_extra_args(false);
+  app.add_option("--ground", flags.ground, "Ground by its kinds: GeoJSON; one file each time")
+      ->allow_extra_args(false);
+  app.add_option("--trees", flags.trees, "Trees: GeoJSON; one file each time")
+      ->allow_extra_args(false);
   app.add_option("--weather", flags.weather, "Weather of a year: EPW");
   app.add_option("--day", flags.day, "Day that repeats: 07-21, hottest, coldest or mean-07");
   app.add_option("--from", flags.from, "First day of a run through real dates: 07-28");

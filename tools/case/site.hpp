@@ -53,7 +53,7 @@ struct SiteRays {
 struct SiteRun {
   DayChoice days;
   double step = 300.0;          ///< [s]
-  std::int64_t most_days = 60;  ///< of a day that repeats, should it never settle
+  std::int64_t most_days = 80;  ///< of a day that repeats, should it never settle
   double convection = 11.6;     ///< coefficient outside [W/m2 K]
 };
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 #include "epw_header.hpp"
 
@@ -24,6 +24,10 @@ std::string rule_of(const Bounds& bounds) {
 TomlTable::TomlTable(const toml::table& table, std::string file, std::string name)
     : table_(&table), file_(std::move(file)), name_(std::move(name)) {}
 
+std::string TomlTable::of(const std::string& key) const {
+  return name_.empty() ? key : key + " of " + name_;
+}
+
 const toml::node* TomlTable::find(const std::string& key) {
   asked_.insert(key);
   return table_->get(key);
@@ -37,18 +41,17 @@ void TomlTable::fault(const std::string& key, const std::string& text) const {
 double TomlTable::number_of(const toml::node& node, const std::string& key,
                             const Bounds& bounds) const {
   const std::optional<double> value = node.is_number() ? node.value<double>() : std::nullopt;
-  if (!value || !std::isfinite(*value)) fault(key, key + " of " + name_ + " must be a number");
+  if (!value || !std::isfinite(*value)) fault(key, of(key) + " must be a number");
   const bool low = bounds.open ? *value <= bounds.least : *value < bounds.least;
   if (low || *value > bounds.most) {
-    fault(key,
-          key + " = " + epw::shortest(*value) + " of " + name_ + " must be " + rule_of(bounds));
+    fault(key, key + " = " + epw::shortest(*value) + of("") + " must be " + rule_of(bounds));
   }
   return *value;
 }
 
 std::string TomlTable::text_of(const toml::node& node, const std::string& key) const {
   const auto value = node.value_exact<std::string>();
-  if (!value) fault(key, key + " of " + name_ + " must be a text in quotes");
+  if (!value) fault(key, of(key) + " must be a text in quotes");
   return *value;
 }
 
@@ -61,7 +64,7 @@ std::optional<double> TomlTable::number(const std::string& key, const Bounds& bo
 std::optional<std::int64_t> TomlTable::integer(const std::string& key, const Bounds& bounds) {
   const std::optional<double> value = number(key, bounds);
   if (!value) return std::nullopt;
-  if (!table_->get(key)->is_integer()) fault(key, key + " of " + name_ + " must be a whole number");
+  if (!table_->get(key)->is_integer()) fault(key, of(key) + " must be a whole number");
   return table_->get(key)->value<std::int64_t>();
 }
 
@@ -82,7 +85,7 @@ std::optional<bool> TomlTable::truth(const std::string& key) {
   const toml::node* node = find(key);
   if (node == nullptr) return std::nullopt;
   const auto value = node->value_exact<bool>();
-  if (!value) fault(key, key + " of " + name_ + " must be true or false");
+  if (!value) fault(key, of(key) + " must be true or false");
   return value;
 }
 
@@ -114,7 +117,7 @@ std::optional<std::vector<std::string>> TomlTable::texts(const std::string& key)
 std::optional<TomlTable> TomlTable::table(const std::string& key) {
   const toml::node* node = find(key);
   if (node == nullptr) return std::nullopt;
-  if (!node->is_table()) fault(key, key + " of " + name_ + " must be a table");
+  if (!node->is_table()) fault(key, of(key) + " must be a table");
   const std::string outer = name_.empty() ? "" : name_.substr(1, name_.size() - 2) + ".";
   return TomlTable(*node->as_table(), file_, "[" + outer + key + "]");
 }
@@ -124,9 +127,9 @@ std::vector<TomlTable> TomlTable::tables(const std::string& key) {
   std::vector<TomlTable> list;
   if (node == nullptr) return list;
   const toml::array* array = node->as_array();
-  if (array == nullptr) fault(key, key + " of " + name_ + " must be a list of tables");
+  if (array == nullptr) fault(key, of(key) + " must be a list of tables");
   for (const toml::node& item : *array) {
-    if (!item.is_table()) fault(key, key + " of " + name_ + " must be a list of tables");
+    if (!item.is_table()) fault(key, of(key) + " must be a list of tables");
     list.emplace_back(*item.as_table(), file_,
                       name_ + " " + key + " " + std::to_string(list.size() + 1));
   }
@@ -161,18 +164,16 @@ void TomlTable::finish() const {
     if (asked_.contains(name)) continue;
     std::string known;
     for (const std::string& other : asked_) known += (known.empty() ? "" : ", ") + other;
-    fault(name,
-          "unknown key " + name + (name_.empty() ? "" : " of " + name_) + "; known are " + known);
+    fault(name, "unknown key " + of(name) + "; known are " + known);
   }
 }
 
 toml::table parse_toml(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
-  std::ostringstream text;
-  if (!stream || !(text << stream.rdbuf()))
-    Report::fault("cannot be read, or is empty", {file, {}});
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  if (!stream.is_open() || stream.bad()) Report::fault("cannot be read", {file, {}});
   try {
-    return toml::parse(text.str(), file);
+    return toml::parse(text, file);
   } catch (const toml::parse_error& error) {
     Report::fault(std::string(error.description()), {file, line_of(error.source())});
   }

@@ -58,6 +58,8 @@ class TomlTable {
   [[nodiscard]] bool has(const std::string& key) const { return table_->contains(key); }
 
  private:
+  /// "margin of [grid]".
+  [[nodiscard]] std::string of(const std::string& key) const;
   const toml::node* find(const std::string& key);
   double number_of(const toml::node& node, const std::string& key, const Bounds& bounds) const;
   std::string text_of(const toml::node& node, const std::string& key) const;

@@ -95,7 +95,7 @@ void write_surface_groups(const RunData& run, TextFile& out) {
   MemberGroup(out, "TSRF_DATA")
       .set("LCNVRG", run.days.dated ? 0 : 1)
       .set("DZG", 0.04)
-      .set("ZLG", 0.75)
+      .set("ZLG", 0.5)  // three to five lengths of the daily wave
       .set("DZW", 0.04)
       .set("WSKY0", 1.0)
       .set("HTRNS", run.site.run.convection)

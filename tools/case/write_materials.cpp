@@ -1,5 +1,6 @@
 // The files of what things are made of: SurfProp and MatEleProp; of leaves LAD and LAD_simple.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 
@@ -9,11 +10,9 @@
 namespace townskin_case {
 namespace {
 
-/// Properties as a line of SurfProp has them; the skin counts where the layer is the outer one.
-struct Properties {
-  double albedo, emissivity, evaporation, density, heat_capacity, conductivity, extinction;
-  auto operator<=>(const Properties&) const = default;
-};
+/// Albedo, emissivity, evaporation, density, heat capacity, conductivity and extinction of a layer;
+/// those of the skin count where it is the outer one.
+using Properties = std::array<double, 7>;
 
 /// All lines of SurfProp, each under its code.
 class Codes {
@@ -40,9 +39,10 @@ void write_lines(const std::vector<Properties>& lines, const std::string& path) 
   TextFile out(path);
   out.line("# SurfCD alb ems beta rho cp alf wext");
   for (std::size_t n = 0; n < lines.size(); ++n) {
-    const Properties& of = lines[n];
-    out.line(n + 1, of.albedo, of.emissivity, of.evaporation, of.density, of.heat_capacity,
-             of.conductivity / (of.density * of.heat_capacity), of.extinction);
+    const auto& [albedo, emissivity, evaporation, density, heat, conductivity, extinction] =
+        lines[n];
+    out.line(n + 1, albedo, emissivity, evaporation, density, heat, conductivity / (density * heat),
+             extinction);
   }
   out.close();
 }
