@@ -87,7 +87,8 @@ void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   State& state = run.state;
   flw_clrho(run.settings, run.grid, true, state);
   flw_clprop(run.settings.species, state);
-  state.dt = flw_cldelt(control, run.work.metrics, run.openings, state, run.work.scratch);
+  state.dt =
+      flw_cldelt(control, run.work.metrics, run.openings, run.urban, state, run.work.scratch);
   sld_limit_deltt();
   state.time += state.dt;
   ++state.iter;
