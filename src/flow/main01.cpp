@@ -107,6 +107,7 @@ void list_and_check_faces(Desk& desk, Run& run) {
   run.openings = mkofrac(desk.log, desk.units.input(frame::kUnitControl), files, run.settings,
                          run.grid, run.boundary, run.urban);
   flw_prep_stiobs(run.boundary, run.openings);
+  warn_of_narrow_cells(desk.log, run.openings);
   mkslit1(slits, run.openings);
   run.faces = list_faces(run.boundary, run.openings);
   flw_prep_ckbnd1(desk.log, run.boundary, run.openings, run.faces);

@@ -96,6 +96,24 @@ void kpc_read_porous(frame::Log& log, frame::TextInput& file, const ShortRecords
   merge_ends(boundary, openings, smaller);
 }
 
+void warn_of_narrow_cells(frame::Log& log, const Openings& openings) {
+  const Box& box = openings.fluid.box();
+  std::int64_t narrow = 0;
+  for_rows(box, [&](std::size_t place, auto, auto) {
+    for (std::size_t c = place; c < place + static_cast<std::size_t>(box.n[0]); ++c) {
+      double faces = 0.0;
+      for (int axis = 0; axis < 3; ++axis) {
+        const Field& gm = openings.gm[static_cast<std::size_t>(axis)];
+        faces += gm[c] + gm[c - box.stride(axis)];
+      }
+      if (openings.fluid[c] > 0 && openings.gmc[c] < 0.5 * (faces / 6.0)) ++narrow;
+    }
+  });
+  if (narrow == 0) return;
+  log.warn("Porous data has cells less than half as open as their faces, clim can raise them",
+           "; cells =", narrow);
+}
+
 void flw_prep_stiobs(const Boundary& boundary, Openings& openings) {
   const Box& box = openings.fluid.box();
   for_rows(box, [&](std::size_t place, auto, auto) {

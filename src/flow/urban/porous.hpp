@@ -20,6 +20,10 @@ namespace flow {
 void kpc_read_porous(frame::Log& log, frame::TextInput& file, const ShortRecords& limits,
                      const Boundary& boundary, Openings& openings);
 
+/// Warns of cells that are less than half as open as their six faces are in the mean: no shape is
+/// so, and a flow that speeds up through such faces takes more momentum than its pressure gives.
+void warn_of_narrow_cells(frame::Log& log, const Openings& openings);
+
 /// flw_prep_stiobs: a cell whose volume is filled is no fluid. Sets the flags, closes the faces of
 /// such cells and puts their volume to 1, by which nothing is divided that counts.
 void flw_prep_stiobs(const Boundary& boundary, Openings& openings);
