@@ -31,7 +31,6 @@ struct Outputs {
 /// What this solver is asked for and has not.
 void refuse_unavailable(frame::Log& log, const Control& control) {
   if (control.itemp) log.fail("### error : calculation of temp. & conc. not available");
-  if (control.iturb != Turbulence::none) log.fail("### error : turbulent model not available");
 }
 
 void read_settings(Desk& desk, Settings& settings) {

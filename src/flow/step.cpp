@@ -56,6 +56,25 @@ void momentum_and_pressure(frame::Log& log, frame::Accounts& accounts, Run& run)
   accounts.end(log, "pressure");
 }
 
+void eddy_viscosity(frame::Log& log, frame::Accounts& accounts, Run& run) {
+  const Turbulence model = run.settings.control.iturb;
+  if (model == Turbulence::none) return;
+  accounts.start(log, "turbulence");
+  if (model == Turbulence::k_epsilon) nlk_stress();
+  set_eddy_viscosity(domain_of(run), run.work.momentum.velocities, run.work.turbulence, run.state);
+  if (model == Turbulence::k_epsilon) mkc_clfbvt();
+  accounts.end(log, "turbulence");
+}
+
+void turbulence(frame::Log& log, frame::Accounts& accounts, Run& run) {
+  if (run.settings.control.iturb != Turbulence::k_epsilon) return;
+  accounts.start(log, "turbulence");
+  nlk_stress();
+  flw_clkeps(log, domain_of(run), momentum_step(run), run.work.momentum.velocities,
+             run.work.momentum.rows, run.work.scalar_system, run.work.turbulence, run.state);
+  accounts.end(log, "turbulence");
+}
+
 }  // namespace
 
 void prepare(frame::Log& log, Run& run) {
@@ -69,6 +88,10 @@ void prepare(frame::Log& log, Run& run) {
     work.metrics = make_metrics(run.grid);
     work.rim = make_rim(run.boundary, run.faces, run.openings);
     work.momentum = make_momentum(log, domain_of(run));
+    work.turbulence = make_turbulence(log, domain_of(run));
+    if (run.settings.control.iturb == Turbulence::k_epsilon) {
+      work.scalar_system = make_scalar_system(log, domain_of(run));
+    }
     work.scratch.assign(3 * static_cast<std::size_t>(box.n[0]), 0.0);
   });
   work.pressure =
@@ -87,6 +110,7 @@ void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   State& state = run.state;
   flw_clrho(run.settings, run.grid, true, state);
   flw_clprop(run.settings.species, state);
+  eddy_viscosity(log, accounts, run);
   state.dt = flw_cldelt(control, run.work.metrics, run.openings, state, run.work.scratch);
   sld_limit_deltt();
   state.time += state.dt;
@@ -95,6 +119,7 @@ void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   stamp_wall_clock();
   if (!control.keeps_pressure) std::fill(state.p.all().begin(), state.p.all().end(), 0.0);
   momentum_and_pressure(log, accounts, run);
+  turbulence(log, accounts, run);
   flw_clsolid(run.work.rim, state);
 }
 

@@ -6,7 +6,9 @@
 #include "flow/metrics.hpp"
 #include "flow/pressure/clprs.hpp"
 #include "flow/rim.hpp"
+#include "flow/scalars/advance.hpp"
 #include "flow/terms/momentum.hpp"
+#include "flow/turbulence/turbulence.hpp"
 
 namespace flow {
 
@@ -15,6 +17,8 @@ struct StepWork {
   Rim rim;
   Momentum momentum;
   PressureStep pressure;
+  TurbulenceWork turbulence;
+  ScalarSystem scalar_system;  ///< of the implicit steps of all scalars
   std::vector<double> scratch;  ///< three rows of cells
 };
 
