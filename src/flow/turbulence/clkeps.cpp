@@ -59,8 +59,7 @@ void add_given_walls(const Domain& domain, TurbulenceWork& work, const State& st
       const double transfer =
           domain.rim.open[place.axis][place.number] * diffusivity * 2.0 * inv_width;
       work.transfer[item][place.axis][place.number] = transfer;
-      work.dqdt[item][at.cell] +=
-          transfer * inv_width * (given[item] - state.ak[item][at.cell]);
+      work.dqdt[item][at.cell] += transfer * inv_width * (given[item] - state.ak[item][at.cell]);
     }
   }
 }

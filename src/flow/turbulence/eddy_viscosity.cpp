@@ -50,8 +50,7 @@ void set_k_epsilon_viscosity(const Domain& domain, State& state) {
   const Box& box = state.mut.box();
   for_rows(box, [&](std::size_t place, auto, auto) {
     k_epsilon_row(static_cast<std::size_t>(box.n[0]), state.r[0].data() + place,
-                  state.ak[0].data() + place, state.ak[1].data() + place,
-                  state.mut.data() + place);
+                  state.ak[0].data() + place, state.ak[1].data() + place, state.mut.data() + place);
   });
   settle(domain, state.mut);
 }

@@ -25,7 +25,8 @@ struct RimCell {
 
 std::vector<RimCell> list_rim_cells(const Rim& rim, const Openings& openings);
 
-/// Coefficients of the derivative at the centre of the cells of an axis: it is upper (q(i+1) - q(i))
+/// Coefficients of the derivative at the centre of the cells of an axis: it is upper (q(i+1) -
+/// q(i))
 /// + lower (q(i) - q(i-1)), of second order also where widths change. Rows begin with entry -1, as
 /// those of AxisMetric do; entries 0..n+1 are set.
 struct CentreSlope {

@@ -163,10 +163,10 @@ void flw_clkdrg(const Domain& domain, const State& state, const Velocities& velo
     square_row(n, velocities.cell[a].data() + row.place, square);
   }
   const auto of = [&row](const Field& field) { return field.data() + row.place; };
-  drag_row(n, c, ce,
-           {of(state.r[0]), of(adrg), of(domain.openings.gmc), square, of(state.ak[0]),
-            of(state.ak[1])},
-           out.gain[0].data(), out.gain[1].data());
+  drag_row(
+      n, c, ce,
+      {of(state.r[0]), of(adrg), of(domain.openings.gmc), square, of(state.ak[0]), of(state.ak[1])},
+      out.gain[0].data(), out.gain[1].data());
 }
 
 }  // namespace flow

@@ -66,8 +66,9 @@ double strain_at(const Domain& domain, const Strain& strain, const Velocities& v
   for (std::size_t a = 0; a < 3; ++a) {
     if (!box.computed(static_cast<int>(a))) continue;
     const Field& face = velocities.face[a];
-    const double stretching = (face[cell.cell] - face[cell.cell - box.stride(static_cast<int>(a))]) /
-                              domain.grid.axis[a].dx(cell.index[a]);
+    const double stretching =
+        (face[cell.cell] - face[cell.cell - box.stride(static_cast<int>(a))]) /
+        domain.grid.axis[a].dx(cell.index[a]);
     sum += 2.0 * (stretching * stretching);
     for (std::size_t b = a + 1; b < 3; ++b) {
       if (!box.computed(static_cast<int>(b))) continue;

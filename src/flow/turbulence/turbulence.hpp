@@ -42,8 +42,8 @@ void set_eddy_viscosity(const Domain& domain, Velocities& velocities, Turbulence
                         State& state);
 
 /// Brings k and epsilon forward by dt [s], halos included. Reads r level 1, mu, mut, t and the new
-/// ru with their halos; `velocities`, `rows` and `system` are memory. First order in time, second in space.
-/// Errors: those of flw_imdqdt, then "(flw_clkeps)".
+/// ru with their halos; `velocities`, `rows` and `system` are memory. First order in time, second
+/// in space. Errors: those of flw_imdqdt, then "(flw_clkeps)".
 void flw_clkeps(frame::Log& log, const Domain& domain, double dt, Velocities& velocities,
                 SweepRows& rows, ScalarSystem& system, TurbulenceWork& work, State& state);
 
