@@ -30,7 +30,6 @@ struct Outputs {
 
 /// What this solver is asked for and has not.
 void refuse_unavailable(frame::Log& log, const Control& control) {
-  if (control.itemp) log.fail("### error : calculation of temp. & conc. not available");
   if (control.iturb != Turbulence::none) log.fail("### error : turbulent model not available");
 }
 
@@ -44,6 +43,7 @@ void read_settings(Desk& desk, Settings& settings) {
   h18_eachtrm_cnstrctr();
   kcp_inputdata();
   refuse_unavailable(desk.log, settings.control);
+  if (settings.control.itemp) check_specific_heat(desk.log, settings.control, settings.species);
   settings.ambient = ambient_state(desk.log, settings.control, settings.species);
 }
 

@@ -6,6 +6,7 @@
 #include "flow/metrics.hpp"
 #include "flow/pressure/clprs.hpp"
 #include "flow/rim.hpp"
+#include "flow/scalars/cldtdt.hpp"
 #include "flow/terms/momentum.hpp"
 
 namespace flow {
@@ -14,6 +15,8 @@ struct StepWork {
   Metrics metrics;
   Rim rim;
   Momentum momentum;
+  Scalars scalars;      ///< made where temperature and species are computed
+  ScalarSystem system;  ///< of all scalars
   PressureStep pressure;
   std::vector<double> scratch;  ///< three rows of cells
 };
