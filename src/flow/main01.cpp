@@ -28,11 +28,6 @@ struct Outputs {
   HistoryFile history;
 };
 
-/// What this solver is asked for and has not.
-void refuse_unavailable(frame::Log& log, const Control& control) {
-  if (control.itemp) log.fail("### error : calculation of temp. & conc. not available");
-}
-
 void read_settings(Desk& desk, Settings& settings) {
   const frame::GridSize& size = desk.size;
   frame::TextInput& control = desk.units.input(frame::kUnitControl);
@@ -42,7 +37,7 @@ void read_settings(Desk& desk, Settings& settings) {
   settings.records = read_short_records(desk.log, control);
   h18_eachtrm_cnstrctr();
   kcp_inputdata();
-  refuse_unavailable(desk.log, settings.control);
+  if (settings.control.itemp) check_specific_heat(desk.log, settings.control, settings.species);
   settings.ambient = ambient_state(desk.log, settings.control, settings.species);
 }
 
