@@ -86,8 +86,11 @@ void turbulence(frame::Log& log, frame::Accounts& accounts, Run& run) {
   if (run.settings.control.iturb != Turbulence::k_epsilon) return;
   accounts.start(log, "turbulence");
   nlk_stress();
-  flw_clkeps(log, domain_of(run), momentum_step(run), run.work.momentum.velocities,
-             run.work.momentum.rows, run.work.system, run.work.turbulence, run.state);
+  StepWork& work = run.work;
+  Exner& exner = work.scalars.exner;
+  if (exner.used()) set_potential(run.state.t, exner);
+  flw_clkeps(log, domain_of(run), momentum_step(run), exner.used() ? exner.theta : run.state.t,
+             work.momentum.velocities, work.momentum.rows, work.system, work.turbulence, run.state);
   accounts.end(log, "turbulence");
 }
 

@@ -16,6 +16,7 @@ struct Step {
   const Domain& domain;
   double dt;
   const Velocities& velocities;
+  const Field& temperature;
   TurbulenceWork& work;
 };
 
@@ -126,7 +127,7 @@ void add_sources(const Step& step, State& state) {
              [&](const double* strain, std::size_t place, std::int32_t j, std::int32_t k) {
                const CellRow row{place, j, k};
                flw_cldspf(state, row, strain, sources);
-               set_buoyancy(domain, step.work.strain, state, state.t, row, sources);
+               set_buoyancy(domain, step.work.strain, state, step.temperature, row, sources);
                set_sources(state, row, sources);
                flw_clkdrg(domain, state, step.velocities, row, kDragGain, kDragScale, sources);
                take_row(step, place, state);
@@ -170,13 +171,14 @@ void solve(frame::Log& log, const Step& step, std::size_t item, ScalarSystem& sy
 
 }  // namespace
 
-void flw_clkeps(frame::Log& log, const Domain& domain, double dt, Velocities& velocities,
-                SweepRows& rows, ScalarSystem& system, TurbulenceWork& work, State& state) {
+void flw_clkeps(frame::Log& log, const Domain& domain, double dt, const Field& temperature,
+                Velocities& velocities, SweepRows& rows, ScalarSystem& system, TurbulenceWork& work,
+                State& state) {
   const frame::Tag tag(log, "(flw_clkeps)");
   set_velocities(domain.metrics, domain.boundary.ends, state, velocities);
   add_transport(log, domain, rows, work, state);
   add_given_walls(domain, work, state);
-  const Step step{domain, dt, velocities, work};
+  const Step step{domain, dt, velocities, temperature, work};
   add_sources(step, state);
   unst_set_tmprls();
   for (std::size_t item = 0; item < 2; ++item) {

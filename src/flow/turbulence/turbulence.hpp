@@ -41,10 +41,12 @@ TurbulenceWork make_turbulence(frame::Log& log, const Domain& domain);
 void set_eddy_viscosity(const Domain& domain, Velocities& velocities, TurbulenceWork& work,
                         State& state);
 
-/// Brings k and epsilon forward by dt [s], halos included. Reads r level 1, mu, mut, t and the new
-/// ru with their halos; `velocities`, `rows` and `system` are memory. First order in time, second
+/// Brings k and epsilon forward by dt [s], halos included. Reads r level 1, mu, mut, the new
+/// ru and the temperature [K] that air keeps when it rises or sinks (t, or the potential one), with
+/// their halos; `velocities`, `rows` and `system` are memory. First order in time, second
 /// in space. Errors: those of flw_imdqdt, then "(flw_clkeps)".
-void flw_clkeps(frame::Log& log, const Domain& domain, double dt, Velocities& velocities,
-                SweepRows& rows, ScalarSystem& system, TurbulenceWork& work, State& state);
+void flw_clkeps(frame::Log& log, const Domain& domain, double dt, const Field& temperature,
+                Velocities& velocities, SweepRows& rows, ScalarSystem& system, TurbulenceWork& work,
+                State& state);
 
 }  // namespace flow
