@@ -72,6 +72,16 @@ struct FlowCase {
                                                          flow::End::symmetric};
   }
 
+  /// k-epsilon from a uniform start.
+  void set_k_epsilon(double k, double eps) {
+    control().iturb = flow::Turbulence::k_epsilon;
+    control().idifk = true;
+    control().acrke = 1.0 / 3.0;
+    run.state.ak = {flow::Field(run.grid.box, k), flow::Field(run.grid.box, eps)};
+    const double least = run.settings.species.mu / 0.09 / 30.0;
+    run.settings.ambient.aklw = run.settings.ambient.aelw = least;
+  }
+
   /// Velocity on all faces by `velocity(axis, x)`, then all that stands before the first step.
   template <class Velocity>
   void start(Velocity&& velocity) {

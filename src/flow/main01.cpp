@@ -30,12 +30,6 @@ struct Outputs {
   HistoryFile history;
 };
 
-/// What this solver is asked for and has not.
-void refuse_unavailable(frame::Log& log, const Control& control) {
-  if (control.itemp) log.fail("### error : calculation of temp. & conc. not available");
-  if (control.iturb != Turbulence::none) log.fail("### error : turbulent model not available");
-}
-
 void read_settings(Desk& desk, Settings& settings) {
   const frame::GridSize& size = desk.size;
   frame::TextInput& control = desk.units.input(frame::kUnitControl);
@@ -44,7 +38,7 @@ void read_settings(Desk& desk, Settings& settings) {
   settings.history = flw_read_hstpnt(desk.log, control, {size.mx, size.my, size.mz});
   settings.records = read_short_records(desk.log, control);
   h18_eachtrm_cnstrctr();
-  refuse_unavailable(desk.log, settings.control);
+  if (settings.control.itemp) check_specific_heat(desk.log, settings.control, settings.species);
   settings.ambient = ambient_state(desk.log, settings.control, settings.species);
 }
 

@@ -28,16 +28,17 @@ struct Openings {
 };
 
 struct State {
-  std::array<Field, 2> r;     ///< density: now, and at the step before [kg/m3]
-  Field p;                    ///< pressure above the thermodynamic one [Pa]
-  Field t;                    ///< [K]
-  std::vector<Field> ys;      ///< mass fractions
-  std::array<Field, 3> ru;    ///< mass flux density on the faces of each axis [kg/m2 s]
-  std::array<Field, 2> ak;    ///< k [m2/s2] and epsilon [m2/s3]; empty without k-epsilon
-  Field mu;                   ///< molecular viscosity [Pa s]
-  Field mut;                  ///< eddy viscosity [Pa s]
-  Field conductivity;         ///< [W/m K]; empty without temperature
-  std::vector<Field> dif;     ///< diffusivity of each species [kg/m s]; empty without temperature
+  std::array<Field, 2> r;   ///< density: now, and at the step before [kg/m3]
+  Field p;                  ///< pressure above the thermodynamic one [Pa]
+  Field t;                  ///< [K]
+  std::vector<Field> ys;    ///< mass fractions
+  std::array<Field, 3> ru;  ///< mass flux density on the faces of each axis [kg/m2 s]
+  std::array<Field, 2> ak;  ///< k [m2/s2] and epsilon [m2/s3]; empty without k-epsilon
+  Field mu;                 ///< molecular viscosity [Pa s]
+  Field mut;                ///< eddy viscosity [Pa s]
+  Field cp;                 ///< specific heat [J/kg K]; empty without temperature
+  /// Diffusivity of each species but the first [kg/m s], which is empty; none without temperature.
+  std::vector<Field> dif;
   double pt = 0.0;            ///< thermodynamic pressure [Pa]
   double reference_mass = 0;  ///< that a closed domain keeps [kg]; 0: not known yet
   std::int32_t iter = 0;

@@ -66,6 +66,23 @@ double limited_slope(const Muscl& muscl, double ahead, double behind) {
   return muscl.upwind ? 0.0 : slope_of(muscl.c1, muscl.c2, muscl.b, ahead, behind);
 }
 
+void inner_mass_row(const Rim& rim, const std::array<Field, 3>& ru, const FaceRow& row,
+                    double* mass) {
+  const auto a = static_cast<std::size_t>(row.axis);
+  mass_row(row.count, rim.inner[a].data() + row.place, ru[a].data() + row.place, mass);
+}
+
+void advected_row(const Muscl& muscl, const Field& q, const FaceRow& row, const double* mass,
+                  double* flux) {
+  const double* const values = q.data() + row.place;
+  const std::size_t stride = q.box().stride(row.axis);
+  if (muscl.upwind) {
+    upwind_row(row.count, mass, values, stride, flux);
+  } else {
+    muscl_row(row.count, muscl.c1, muscl.c2, muscl.b, mass, values, stride, flux);
+  }
+}
+
 void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
                 const std::array<Field, 3>& ru, Variable variable,
                 std::span<const Advected> advected, double acrk, SweepRows& rows) {
@@ -75,18 +92,10 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
   for (std::size_t v = 0; v < advected.size(); ++v) dqdt[v] = advected[v].dqdt;
   subtract_divergence(box, metrics, std::span(dqdt).first(advected.size()), rows,
                       [&](const FaceRow& row, const FluxRows& out) {
-                        const auto a = static_cast<std::size_t>(row.axis);
-                        double* const m = rows.scratch.data();
-                        mass_row(row.count, rim.inner[a].data() + row.place,
-                                 ru[a].data() + row.place, m);
-                        const std::size_t stride = box.stride(row.axis);
+                        double* const mass = rows.scratch.data();
+                        inner_mass_row(rim, ru, row, mass);
                         for (std::size_t v = 0; v < advected.size(); ++v) {
-                          const double* const q = advected[v].q->data() + row.place;
-                          if (muscl.upwind) {
-                            upwind_row(row.count, m, q, stride, out[v]);
-                          } else {
-                            muscl_row(row.count, muscl.c1, muscl.c2, muscl.b, m, q, stride, out[v]);
-                          }
+                          advected_row(muscl, *advected[v].q, row, mass, out[v]);
                         }
                       });
   for (int axis = 0; axis < 3; ++axis) {

@@ -19,23 +19,20 @@ RimValue momentum_at(const Group& group, int axis, std::size_t component) {
   return {RimValue::level};
 }
 
-RimValue scalar_at(const Group& group, Variable variable, std::size_t item) {
+double given_at(const Group& group, Variable variable, std::size_t item) {
   switch (variable) {
     case Variable::temperature:
-      if (group.it == TemperatureAt::given || group.it == TemperatureAt::log_wall) {
-        return {RimValue::given, group.t};
-      }
-      break;
+      return group.t;
     case Variable::species:
-      if (group.iy == SpeciesAt::given) return {RimValue::given, group.ys[item]};
-      break;
+      return group.ys[item];
     default:
-      if (group.ik == TurbulenceAt::given) {
-        return {RimValue::given, item == 0 ? group.k : group.eps};
-      }
-      break;
+      return item == 0 ? group.k : group.eps;
   }
-  return {RimValue::level};
+}
+
+RimValue scalar_at(const Group& group, Variable variable, std::size_t item) {
+  if (!gives_value(group, variable)) return {RimValue::level};
+  return {RimValue::given, given_at(group, variable, item)};
 }
 
 void check(frame::Log& log, Variable variable, int axis) {
@@ -83,13 +80,15 @@ Passage passage_of(const Rim& rim, const Field& ru, const AxisMetric& metric, in
           AxisMetric::at(metric.inv_width, next.index)};
 }
 
+/// `level` is what the cell's own mass carries: 0 in conservative form.
 void carry_through(const Box& box, int axis, const BoundaryFace& at, const Passage& through,
-                   const RimValue& value, const Muscl& muscl, const Advected& advected) {
+                   const RimValue& value, double level, const Muscl& muscl,
+                   const Advected& advected) {
   const Field& q = *advected.q;
   const double own = q[at.cell];
   const bool carries_given = through.leaving < 0.0 && value.kind == RimValue::given;
   (*advected.dqdt)[at.cell] -=
-      through.leaving * (carries_given ? value.value : own) * through.inv_width;
+      through.leaving * ((carries_given ? value.value : own) - level) * through.inv_width;
 
   // If the cell is upwind of its opposite face, the slope that the sweep took for it had the value
   // beyond the rim in it.
@@ -105,6 +104,19 @@ void carry_through(const Box& box, int axis, const BoundaryFace& at, const Passa
 
 }  // namespace
 
+bool gives_value(const Group& group, Variable variable) {
+  switch (variable) {
+    case Variable::momentum:
+      return group.gives_velocity();
+    case Variable::temperature:
+      return group.it == TemperatureAt::given || group.it == TemperatureAt::log_wall;
+    case Variable::species:
+      return group.iy == SpeciesAt::given;
+    default:
+      return group.ik == TurbulenceAt::given;
+  }
+}
+
 void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
                 const std::array<Field, 3>& ru, Variable variable,
                 std::span<const Advected> advected, const Muscl& muscl, int axis) {
@@ -117,9 +129,12 @@ void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
     const Passage through = passage_of(rim, ru[a], metrics[a], axis, f);
     if (through.leaving == 0.0 && !(through.onward > 0.0)) continue;
     for (const Advected& one : advected) {
-      const RimValue value = variable == Variable::momentum ? momentum_at(group, axis, one.item)
-                                                            : scalar_at(group, variable, one.item);
-      carry_through(box, axis, at, through, value, muscl, one);
+      const bool momentum = variable == Variable::momentum;
+      RimValue value =
+          momentum ? momentum_at(group, axis, one.item) : scalar_at(group, variable, one.item);
+      if (one.given != nullptr) value.value *= (*one.given)[a][f];
+      const double level = momentum ? 0.0 : (*one.q)[at.cell];
+      carry_through(box, axis, at, through, value, level, muscl, one);
     }
   }
 }

@@ -54,24 +54,28 @@ Moment moment_of(const std::vector<std::int32_t>& hours, double seconds_of_day) 
   return round ? Moment{count - 1, 0, hour - hours.back()} : Moment{count - 1, count - 1, 0.0};
 }
 
-void kpc_set_flux(const Urban& urban, const State& state, Field& heat, std::span<Field> vapour) {
-  const bool moist = vapour.size() == 2;
+void kpc_set_flux(const Urban& urban, const State& state, Field& heat, Field* vapour) {
+  for (const HourTable* table : {&urban.tdrg, &urban.heat}) {
+    for (const std::size_t cell : table->cells) {
+      heat[cell] = 0.0;
+      if (vapour != nullptr) (*vapour)[cell] = 0.0;
+    }
+  }
   for_values(urban.tdrg, urban, state, [&](std::size_t cell, const CityValues& tdrg) {
     heat[cell] += tdrg[1] - tdrg[0] * state.t[cell];
-    if (!moist || !(tdrg[0] > 0.0) || !(tdrg[2] > 0.0)) return;
+    if (vapour == nullptr || !(tdrg[0] > 0.0) || !(tdrg[2] > 0.0)) return;
     const double excess = saturated(tdrg[1] / tdrg[0], state.pt) - state.ys[1][cell];
-    vapour[1][cell] += tdrg[2] / moist_air::kAirHeat * excess;
+    (*vapour)[cell] += tdrg[2] / moist_air::kAirHeat * excess;
   });
   for_values(urban.heat, urban, state, [&](std::size_t cell, const CityValues& released) {
     heat[cell] += released[0];
-    if (moist) vapour[1][cell] += released[1] / moist_air::kLatentHeat;
+    if (vapour != nullptr) (*vapour)[cell] += released[1] / moist_air::kLatentHeat;
   });
 }
 
-void kpc_add_exchange(const Urban& urban, const State& state, Field& heat, Field* vapour) {
+void kpc_set_exchange(const Urban& urban, const State& state, Field& exchange) {
   for_values(urban.tdrg, urban, state, [&](std::size_t cell, const CityValues& tdrg) {
-    heat[cell] += tdrg[0];
-    if (vapour != nullptr) (*vapour)[cell] += tdrg[2] / moist_air::kAirHeat;
+    exchange[cell] = tdrg[0] / state.cp[cell];
   });
 }
 

@@ -39,6 +39,9 @@ struct Urban {
   /// surface's wetness [W/m3 K].
   HourTable tdrg;
   HourTable heat;  ///< of buildings, per volume of the cell: sensible and latent [W/m3], and 0
+
+  /// Surfaces or buildings heat the air.
+  [[nodiscard]] bool heats() const { return !tdrg.empty() || !heat.empty(); }
 };
 
 }  // namespace flow

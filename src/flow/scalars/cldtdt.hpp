@@ -1,0 +1,48 @@
+// flw_cldtdt: temperature and species, one step.
+//
+//   r (T_new - T_old)/dt   = -div(ru T) + T div(ru) + (div(conductivity grad T) + heat)/cp
+//   r (ys_new - ys_old)/dt = -div(ru ys) + ys div(ru) + div(diffusivity grad ys) + vapour
+//
+// by the open fractions of cells and faces. The first species is what the others leave: it is the
+// gas that they diffuse in, and takes whatever flux makes the sum of all 0, so that the fractions
+// sum to 1 and each stays in 0..1; with one species there is nothing to do. Called once a step,
+// behind the time step and before momentum; the density must be computed anew behind it.
+#pragma once
+
+#include "flow/scalars/advance.hpp"
+#include "flow/scalars/exner.hpp"
+#include "flow/scalars/wet.hpp"
+
+namespace flow {
+
+/// What is brought into the air of the cells, per volume of the whole cell. A field that nothing
+/// writes stays empty; whoever writes one gives it its size before the first step.
+struct ScalarSources {
+  Field heat;               ///< [W/m3]
+  Field exchange;           ///< part of `heat` that falls with the temperature, over cp [kg/m3 s]
+  std::vector<Field> mass;  ///< by species [kg/m3 s]; with the temperature of the cell
+  Field drain;              ///< minus the sum of `mass`, for the continuity equation
+};
+
+/// Memory of the step, taken once.
+struct Scalars {
+  ScalarSources sources;
+  Exner exner;
+  Wet wet;
+  SweepRows rows;
+  Field dtdt;               ///< [kg K/m3 s]
+  std::vector<Field> dydt;  ///< of the species but the first [kg/m3 s]
+};
+Scalars make_scalars(frame::Log& log, const Domain& domain);
+
+/// Specific heats that are not above 0 at the temperatures of the start and of the ambient air are
+/// a data error.
+void check_specific_heat(frame::Log& log, const Control& control, const Species& species);
+
+/// Brings t and ys forward by dt [s], halos included. Reads r level 1, ru, mu, mut, cp, dif.
+/// Second order in space (the limiter of advection apart), first order in time. Errors: those of
+/// flw_imdqdt; a temperature that is not finite and above 0, a fraction that is not finite.
+void flw_cldtdt(frame::Log& log, const Domain& domain, double dt, Scalars& work,
+                ScalarSystem& system, State& state);
+
+}  // namespace flow
