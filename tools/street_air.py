@@ -29,6 +29,7 @@ from run_directory import number, rows
 ROOT = Path(__file__).resolve().parent.parent
 HOURS = range(3, 25, 3)
 SPIN_UP = 300.0      # s of flow before the hour
+STEP = 1.0           # s, of the flow
 ENOUGH = 0.02        # K
 MOST_TURNS = 8
 ROUGHNESS = 0.3      # m, of the land before the street
@@ -115,7 +116,8 @@ def control(text, seconds, time0, wind, kelvin, vapour):
     air = f"{1.0 - vapour:.6f} {vapour:.6f}"
     _, energy, loss = inflow(STATION, wind)
     for line, record in ((3, f"-1 1000000 {seconds}"), (4, "1000000. 1. 1000000. 0"),
-                         (5, "0.5 1. -999. -999."), (13, air), (14, f"{kelvin} 101325."),
+                         (5, f"0.5 {STEP} -999. -999."),
+                         (8, "-1 1 1"), (13, air), (14, f"{kelvin} 101325."),
                          (15, f"0. {wind} 0."), (16, f"{energy:.6f} {loss:.7f}"), (18, air),
                          (19, f"{kelvin}")):
         lines[line - 1] = record
