@@ -90,6 +90,37 @@ TEST(FlowRestart, TwoHalvesAreTheWhole) {
   }
 }
 
+/// The eddy viscosity is on no set: it must follow from what a set holds.
+TEST(FlowRestart, TwoHalvesAreTheWholeWithTurbulence) {
+  for (const char* models : {"0 1", "0 2", "1 1"}) {
+    for (const char* integration : {"1 1 1", "-1 1 1"}) {
+      SCOPED_TRACE(models);
+      SCOPED_TRACE(integration);
+      const RunCase whole(kDuct);
+      ASSERT_TRUE(whole.set_line("control.txt", 6, models));
+      ASSERT_TRUE(whole.set_line("control.txt", 7, "1 1 1"));
+      ASSERT_TRUE(whole.set_line("control.txt", 8, integration));
+      const RunCase halves(kDuct);
+      halves.copy_in(whole.path());
+      const Outcome outcome = run_flow(whole);
+      ASSERT_EQ(outcome.status, 0);
+      const bool k_epsilon = models[2] == '1';
+      for (const std::string label : {"max. mut   =", "     k & e ="}) {
+        const auto lines = std::ranges::count_if(
+            outcome.log, [&](const std::string& line) { return line.starts_with(label); });
+        EXPECT_EQ(lines, k_epsilon || label[0] == 'm' ? 8 : 0) << label;
+      }
+      set_run(halves, "-1 5 1000.");
+      ASSERT_EQ(run_flow(halves).status, 0);
+      set_run(halves, "5 8 1000.");
+      ASSERT_EQ(run_flow(halves).status, 0);
+      EXPECT_EQ(sets_of(halves, k_epsilon ? kRecords + 1 : kRecords),
+                (std::vector<std::int32_t>{2, 5, 8}));
+      EXPECT_TRUE(halves.content("restart.dat") == whole.content("restart.dat"));
+    }
+  }
+}
+
 TEST(FlowRestart, KeepsTheSetsUpToTheOneMet) {
   const RunCase run(kDuct);
   ASSERT_EQ(run_flow(run).status, 0);
