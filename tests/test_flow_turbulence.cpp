@@ -57,6 +57,32 @@ TEST(FlowTurbulence, LargeEddiesOfALinearShear) {
   }
 }
 
+TEST(FlowTurbulence, StrainOfARowIsThatOfItsCells) {
+  for (const auto& n : {Triple{9, 8, 7}, Triple{9, 1, 7}, Triple{1, 8, 1}}) {
+    FlowCase x({sample::clustered(n[0]), sample::clustered(n[1]), sample::clustered(n[2])});
+    for (int axis = 0; axis < 3; ++axis) {
+      if (n[static_cast<std::size_t>(axis)] > 1) x.ends(axis, VelocityAt::no_slip);
+    }
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> speed(-1.0, 1.0);
+    x.control().iturb = flow::Turbulence::les;
+    x.start([&](int, const Vector&) { return speed(random); });
+    const flow::Domain domain = flow::domain_of(x.run);
+    auto& velocities = x.run.work.momentum.velocities;
+    auto& strain = x.run.work.turbulence.strain;
+    flow::set_velocities(domain.metrics, domain.boundary.ends, x.run.state, velocities);
+    flow::for_rows(x.run.grid.box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+      flow::set_strain_row(domain, strain, velocities, place, j, k, strain.row.data());
+      for (std::int32_t i = 1; i <= n[0]; ++i, ++place) {
+        const flow::RimCell plain{place, {i, j, k}, {{{-1, -1}, {-1, -1}, {-1, -1}}}};
+        const double expected = flow::strain_at(domain, strain, velocities, plain);
+        EXPECT_EQ(strain.row[static_cast<std::size_t>(i) - 1], expected) << i << j << k;
+        EXPECT_GT(expected, 0.0);
+      }
+    });
+  }
+}
+
 TEST(FlowTurbulence, WallDistanceIsThatOfTheNearestFace) {
   std::mt19937 random(7);
   for (const bool periodic : {false, true}) {
@@ -391,7 +417,8 @@ TEST(FlowTurbulence, ColdAirAboveWarmFeedsTurbulence) {
         const std::size_t at = x.run.grid.box.at(c[0], c[1], c[2]);
         const double t = x.run.state.t[at];
         const double slope = itmpt == 2 ? kGravity / 1000.0 : gradient;
-        const double made = x.run.state.mut[at] / 0.9 * -kGravity * slope / t / x.run.state.r[0][at];
+        const double made =
+            x.run.state.mut[at] / 0.9 * -kGravity * slope / t / x.run.state.r[0][at];
         const double k = x.run.state.ak[0][at];
         const double sink = 1.0 + dt * kStart;
         const double found = made > 0.0 ? (k * sink - 1.0) / dt : (k * sink - 1.0) / (dt * k);
