@@ -86,7 +86,8 @@ struct FlowCase {
   template <class Velocity>
   void start(Velocity&& velocity) {
     const flow::Box& box = run.grid.box;
-    run.faces = flow::list_faces(run.boundary, run.openings.fluid);
+    run.faces = flow::list_faces(run.boundary, run.openings);
+    flow::close_faces(run.openings, run.boundary, run.faces);
     for (int axis = 0; axis < 3; ++axis) {
       const auto a = static_cast<std::size_t>(axis);
       const flow::Triple from{axis == 0 ? 0 : 1, axis == 1 ? 0 : 1, axis == 2 ? 0 : 1};

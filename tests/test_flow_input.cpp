@@ -37,7 +37,7 @@ struct Faces : testing::Test {
   }
   /// Group of the face at a side of a cell, -1 without one.
   std::int32_t at(const Triple& cell, std::size_t axis, std::int32_t side) const {
-    const BoundaryFaces faces = list_faces(boundary, fluid);
+    const BoundaryFaces faces = list_faces(boundary, openings);
     Triple below = cell;
     if (side < 0) --below[axis];
     for (const BoundaryFace& face : faces.of[axis]) {
@@ -49,7 +49,8 @@ struct Faces : testing::Test {
     return -1;
   }
 
-  Flags fluid{Box{{3, 2, 1}}, 1};
+  flow::Openings openings{Box{{3, 2, 1}}};
+  Flags& fluid = openings.fluid;
   Boundary boundary;
 };
 
@@ -58,7 +59,7 @@ TEST_F(Faces, TheLaterOfTwoSheetsHolds) {
   sheet(0, 0, 1, 2, 1);
   EXPECT_EQ(at({1, 1, 1}, 0, -1), 0);
   EXPECT_EQ(at({1, 2, 1}, 0, -1), 1);
-  EXPECT_EQ(list_faces(boundary, fluid).of[0].size(), 2U);
+  EXPECT_EQ(list_faces(boundary, openings).of[0].size(), 2U);
 }
 
 TEST_F(Faces, AnInnerSheetHoldsTheSideOfItsFluid) {
@@ -83,7 +84,7 @@ TEST_F(Faces, ABlockHoldsItsSolidsButNoEnd) {
   EXPECT_EQ(at({1, 1, 1}, 0, 1), 1);
   EXPECT_EQ(at({2, 2, 1}, 1, -1), 1);
   EXPECT_EQ(at({3, 2, 1}, 1, -1), 1);
-  const BoundaryFaces faces = list_faces(boundary, fluid);
+  const BoundaryFaces faces = list_faces(boundary, openings);
   EXPECT_EQ(faces.of[0].size(), 1U);
   EXPECT_EQ(faces.of[1].size(), 2U);
   EXPECT_TRUE(faces.of[2].empty());

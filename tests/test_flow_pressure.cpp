@@ -78,7 +78,7 @@ struct Case {
       }
       grid.axis[a] = flow::make_axis(nodes, boundary.ends[a][0] == End::periodic);
     }
-    faces = flow::list_faces(boundary, openings.fluid);
+    faces = flow::list_faces(boundary, openings);
     draw_fields();
     return out.lines_of([&] {
       step = flow::make_pressure_step(out.log, settings, grid, openings, boundary, faces);

@@ -6,9 +6,11 @@
 #include <numbers>
 
 #include "../bench/sample_cavity.hpp"
+#include "flow/urban/porous.hpp"
 
 namespace {
 
+using flow::Field;
 using flow::Triple;
 using flow::Vector;
 using flow::VelocityAt;
@@ -154,6 +156,33 @@ TEST(FlowVerification, UniformFlowStaysUniform) {
   }
 }
 
+/// Obstacles, a partly open cell and leaves; `t` turns the axes, the first is mirrored or not.
+template <class Turn>
+void build_up(Turn&& t, bool mirrored, FlowCase& x) {
+  flow::Openings& openings = x.run.openings;
+  const auto at = [&](Field& field, Triple cell, bool face = false) -> double& {
+    if (mirrored) cell[0] = (face ? 8 : 9) - cell[0];
+    Triple to{};
+    for (int a = 0; a < 3; ++a) to[t(a)] = cell[static_cast<std::size_t>(a)];
+    return field(to[0], to[1], to[2]);
+  };
+  auto& walls = x.end(static_cast<int>(t(1)), -1);
+  walls.first = {};
+  walls.last = x.run.grid.box.n;
+  walls.axis = -1;
+  for (const Triple& filled : {Triple{3, 1, 1}, Triple{4, 1, 1}, Triple{3, 2, 1}}) {
+    at(openings.gmc, filled) = 0.0;
+  }
+  at(openings.gmc, {5, 3, 4}) = 0.4;
+  at(openings.gm[t(0)], {4, 3, 4}, true) = 0.7;
+  at(openings.gm[t(1)], {5, 3, 4}) = 0.2;
+  at(openings.gm[t(0)], {6, 4, 3}, true) = 0.0;  // a thin wall
+  flow::flw_prep_stiobs(x.run.boundary, openings);
+  x.run.urban.adrg = Field(x.run.grid.box);
+  at(x.run.urban.adrg, {5, 3, 4}) = 2.0;
+  at(x.run.urban.adrg, {6, 3, 3}) = 1.0;
+}
+
 /// A flow with every kind of condition, its axes a put to `to[a]`, the first one mirrored or not.
 std::unique_ptr<FlowCase> turned(const std::array<int, 3>& to, bool mirrored, std::int32_t intstp) {
   const auto t = [&to](int axis) {
@@ -177,6 +206,7 @@ std::unique_ptr<FlowCase> turned(const std::array<int, 3>& to, bool mirrored, st
   lid.velocity[t(2)] = 0.5;
   x->end(to[2], -1, VelocityAt::slip);
   x->end(to[2], 1, VelocityAt::log_wall);
+  build_up(t, mirrored, *x);
   x->start();
   x->steps(30);
   return x;

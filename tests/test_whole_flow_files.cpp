@@ -121,6 +121,45 @@ TEST(FlowRestart, TwoHalvesAreTheWholeWithTurbulence) {
   }
 }
 
+/// An obstacle, a partly open cell, leaves, warm surfaces and a building; heat and k-epsilon.
+void build_city(const RunCase& run) {
+  run.write("Porous.txt", "3 2 1 0 0 0 0 0 0 0\n5 3 2 .5 1 .5 .5 .5 1 1\n");
+  run.write("SurfTemp.txt", "# title\n4 2 1 12 .5 160. .1 0 0 1\n3 2 1 12 .5 155. 0 0 0 1\n");
+  run.write("BldLoad.txt", "# title\n2 2 1 12 0 0 900. 90.\n");
+  run.write("LAD.txt", "# title\n2 4 2 3.\n");
+  run.write("flow_file_name",
+            run.content("flow_file_name") + "\nPorous.txt\nSurfTemp.txt\nBldLoad.txt\nLAD.txt\n");
+  run.write("control.txt", run.content("control.txt") + "&VFRAC LVFRAC = 1 /\n");
+  run.write("boundary.txt", run.content("boundary.txt") +
+                                "0 6 0 5 0 4 0\n2 3 2 2 3\n0. 0. 0. 300. 0.\n1. 0.\n0. 0.\n");
+  ASSERT_TRUE(run.set_line("boundary.txt", 3, "5"));
+  ASSERT_TRUE(run.set_line("control.txt", 6, "1 1"));
+  ASSERT_TRUE(run.set_line("control.txt", 7, "1 1 1"));
+}
+
+TEST(FlowRestart, ACityGoesOnAsItWouldHave) {
+  for (const char* integration : {"1 1 1", "-1 1 1"}) {
+    SCOPED_TRACE(integration);
+    const RunCase whole(kDuct);
+    build_city(whole);
+    ASSERT_TRUE(whole.set_line("control.txt", 8, integration));
+    const RunCase halves(kDuct);
+    halves.copy_in(whole.path());
+    const Outcome outcome = run_flow(whole);
+    ASSERT_EQ(outcome.status, 0);
+    const run_case::Lines warning{
+        "%%% warning : SurfTemp data gives heat to cells that are not "
+        "fluid, it goes to those at their faces ; cells = 1"};
+    EXPECT_FALSE(std::ranges::search(outcome.log, warning).empty());
+    set_run(halves, "-1 5 1000.");
+    ASSERT_EQ(run_flow(halves).status, 0);
+    set_run(halves, "5 8 1000.");
+    ASSERT_EQ(run_flow(halves).status, 0);
+    EXPECT_EQ(sets_of(halves, kRecords + 1), (std::vector<std::int32_t>{2, 5, 8}));
+    EXPECT_TRUE(halves.content("restart.dat") == whole.content("restart.dat"));
+  }
+}
+
 TEST(FlowRestart, KeepsTheSetsUpToTheOneMet) {
   const RunCase run(kDuct);
   ASSERT_EQ(run_flow(run).status, 0);

@@ -7,8 +7,6 @@ namespace flow {
 
 namespace {
 
-constexpr double kClosed = 1e-20;  ///< a face with less of it open is closed
-
 /// Calls `visit(face, index of the lower cell)` for the faces of an axis, 0..n along it.
 template <class Visit>
 void for_faces(const Box& box, int axis, Visit&& visit) {
@@ -18,12 +16,6 @@ void for_faces(const Box& box, int axis, Visit&& visit) {
       for (std::int32_t i = from[0]; i <= box.n[0]; ++i) visit(box.at(i, j, k), Triple{i, j, k});
     }
   }
-}
-
-Group slip_wall() {
-  Group group;
-  group.iv = VelocityAt::slip;
-  return group;
 }
 
 /// Faces with air on both sides, across which the operators sweep.
@@ -40,7 +32,7 @@ void open_inner_faces(const Boundary& boundary, const Openings& openings, int ax
     const std::size_t lower = low_end ? face + round : face;
     const std::size_t upper = high_end ? face + stride - round : face + stride;
     const bool open = openings.fluid[lower] > 0 && openings.fluid[upper] > 0;
-    if (open && openings.gm[a][face] >= kClosed) rim.inner[a][face] = openings.gm[a][face];
+    if (open && openings.gm[a][face] >= kClosedFace) rim.inner[a][face] = openings.gm[a][face];
   });
 }
 
@@ -124,7 +116,11 @@ Rim make_rim(const Boundary& boundary, const BoundaryFaces& faces, const Opening
       if (boundary.ends[a][side < 0 ? 0 : 1] != End::symmetric) continue;
       list_symmetric_end(openings, axis, side, rim);
     }
-    for (const auto& face : rim.faces[a]) rim.open[a].push_back(openings.gm[a][face.face]);
+    for (const auto& face : rim.faces[a]) {
+      const double open = openings.gm[a][face.face];
+      rim.open[a].push_back(open);
+      rim.wetted[a].push_back(open < kClosedFace ? 1.0 : open);
+    }
   }
   list_free(box, rim);
   list_closed(openings, rim);

@@ -10,10 +10,16 @@
 
 namespace flow {
 
+/// Below this fraction a face is closed, and a cell is filled.
+inline constexpr double kClosedFace = 1e-20;
+
 /// Open fractions; without obstacles all are 1 and every cell is fluid.
+///
+/// A mass flux density is that of the open part of its face: what passes a face is area * fraction
+/// * flux. Every balance divides by the open volume, width * width * width * gmc.
 struct Openings {
-  Flags fluid;              ///< > 0: a cell of fluid
-  Field gmc;                ///< volume
+  Flags fluid;              ///< iobs: > 0: a cell of fluid
+  Field gmc;                ///< volume; 1 in cells that are not fluid, so that it divides anywhere
   std::array<Field, 3> gm;  ///< faces x, y, z (gmx, gmy, gmz); below 1e-20 a face is closed
 
   Openings() = default;

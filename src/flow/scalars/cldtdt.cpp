@@ -5,6 +5,7 @@
 #include "flow/companions.hpp"
 #include "flow/properties.hpp"
 #include "flow/row_kernel.hpp"
+#include "flow/urban/set_flux.hpp"
 
 namespace flow {
 
@@ -12,6 +13,25 @@ namespace {
 
 /// What a turbulent Prandtl or Schmidt number makes of the eddy viscosity.
 double turbulent_factor(double number) { return number > 0.0 ? 1.0 / number : 0.0; }
+
+/// What surfaces and buildings give off needs fields of its own.
+ScalarSources make_sources(const Domain& domain) {
+  const Box& box = domain.grid.box;
+  ScalarSources sources;
+  if (!domain.urban.heats()) return sources;
+  sources.heat = Field(box);
+  if (!domain.urban.tdrg.empty()) sources.exchange = Field(box);
+  if (domain.settings.species.count() != 2) return sources;
+  sources.mass = {Field(), Field(box)};
+  sources.drain = Field(box);
+  return sources;
+}
+
+void set_city_sources(const Urban& urban, const State& state, ScalarSources& sources) {
+  if (!urban.heats()) return;
+  kpc_set_flux(urban, state, sources.heat, sources.mass.empty() ? nullptr : &sources.mass[1]);
+  if (!sources.exchange.empty()) kpc_set_exchange(urban, state, sources.exchange);
+}
 
 /// rate = heat over what a kg of q takes up.
 void start_heat(const Domain& domain, const State& state, Scalars& work) {
@@ -59,6 +79,7 @@ ScalarStep heat_step(const Domain& domain, Scalars& work, State& state) {
     step.by.diffusivity = {&state.mu, 1.0 / settings.species.prlmnr,
                            turbulent_factor(settings.control.prturb), &state.cp};
   }
+  if (!work.sources.exchange.empty()) step.sink = &work.sources.exchange;
   step.transfer = &work.wet.fwtt;
   step.factor = potential ? &work.exner.function : nullptr;
   step.least = std::numeric_limits<double>::min();
@@ -138,8 +159,9 @@ void advance_all(frame::Log& log, const Domain& domain, double dt, Scalars& work
 Scalars make_scalars(frame::Log& log, const Domain& domain) {
   const Box& box = domain.grid.box;
   const std::size_t others = domain.settings.species.count() - 1;
-  return {{},         flw_init_exner(log, domain),           make_wet(domain), SweepRows(box),
-          Field(box), std::vector<Field>(others, Field(box))};
+  return {make_sources(domain), flw_init_exner(log, domain),
+          make_wet(domain),     SweepRows(box),
+          Field(box),           std::vector<Field>(others, Field(box))};
 }
 
 void check_specific_heat(frame::Log& log, const Control& control, const Species& species) {
@@ -155,7 +177,7 @@ void check_specific_heat(frame::Log& log, const Control& control, const Species&
 void flw_cldtdt(frame::Log& log, const Domain& domain, double dt, Scalars& work,
                 ScalarSystem& system, State& state) {
   const frame::Tag tag(log, "(flw_cldtdt)");
-  kpc_set_flux();
+  set_city_sources(domain.urban, state, work.sources);
   if (work.exner.used()) set_potential(state.t, work.exner);
   const Transported heat = heat_step(domain, work, state).by;
   start_heat(domain, state, work);

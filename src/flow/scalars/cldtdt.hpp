@@ -19,6 +19,7 @@ namespace flow {
 /// writes stays empty; whoever writes one gives it its size before the first step.
 struct ScalarSources {
   Field heat;               ///< [W/m3]
+  Field exchange;           ///< part of `heat` that falls with the temperature, over cp [kg/m3 s]
   std::vector<Field> mass;  ///< by species [kg/m3 s]; with the temperature of the cell
   Field drain;              ///< minus the sum of `mass`, for the continuity equation
 };

@@ -67,7 +67,7 @@ void for_rim(const Domain& domain, RimFactors& factors, Use&& use) {
       const BoundaryFace& at = rim.faces[a][f];
       const RimCell cell{at, rim.groups[static_cast<std::size_t>(at.group)], axis,
                          0.5 * domain.grid.axis[a].dx(at.index[a])};
-      use(cell, f, factors[a][f], exchange_part(rim.open[a][f]),
+      use(cell, f, factors[a][f], rim.wetted[a][f],
           AxisMetric::at(domain.metrics[a].inv_width, at.index[a]));
     }
   }

@@ -21,9 +21,6 @@ struct Wet {
 };
 Wet make_wet(const Domain& domain);
 
-/// Part of a face of the rim over which it exchanges: its open part; a closed one is a wall whole.
-inline double exchange_part(double open) { return open < 1e-20 ? 1.0 : open; }
-
 /// Writes `fwtt` and adds what walls give to the rate of the temperature q [kg K/m3 s]; `given` are
 /// the factors on given temperatures, `factor` that from q to a temperature (null: 1). Without
 /// diffusion (`idift`) only fluxes count. Reads ru, r level 1, mu, cp. First order in the half

@@ -26,7 +26,7 @@ FLOW_INLINE void rate_row(std::size_t count, const Rows& at, Weight gap, Weight 
   for (std::size_t i = 0; i < count; ++i) {
     const double mean =
         lower[i] * (at.q[i] / at.volume[i]) + upper[i] * (at.q[i + s] / at.volume[i + s]);
-    const double gradient = at.inner[i] * ((at.p[i + s] - at.p[i]) * gap[i]);
+    const double gradient = (at.p[i + s] - at.p[i]) * gap[i];
     const double density = lower[i] * at.r[i] + upper[i] * at.r[i + s];
     const double rate = mean - gradient + (density - at.ramb) * at.gravity;
     out[i] = at.inner[i] > 0.0 ? rate : 0.0;
@@ -83,12 +83,12 @@ double held_pressure(const Domain& domain, const Group& group, int axis, const B
 
 /// ubx_bc_grdprs: what moves the flux at a free face of the rim.
 double free_rate(const Domain& domain, const Field& dqdt, int axis, const BoundaryFace& at,
-                 double open, const State& state) {
+                 const State& state) {
   const auto a = static_cast<std::size_t>(axis);
   const Group& group = domain.rim.groups[static_cast<std::size_t>(at.group)];
   const double half = 0.5 * domain.grid.axis[a].dx(at.index[a]);
   const double beyond = held_pressure(domain, group, axis, at);
-  const double gradient = open * at.side * (beyond - state.p[at.cell]) / half;
+  const double gradient = at.side * (beyond - state.p[at.cell]) / half;
   return dqdt[at.cell] / domain.openings.gmc[at.cell] - gradient +
          (state.r[0][at.cell] - domain.settings.ambient.ramb) * domain.settings.control.gravity[a];
 }
@@ -98,10 +98,9 @@ template <class Use>
 void for_free_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
                     Use&& use) {
   const auto a = static_cast<std::size_t>(axis);
-  for (std::size_t f = 0; f < domain.rim.faces[a].size(); ++f) {
-    const BoundaryFace& at = domain.rim.faces[a][f];
-    if (domain.rim.groups[static_cast<std::size_t>(at.group)].iv != VelocityAt::free) continue;
-    use(at.face, free_rate(domain, dqdt, axis, at, domain.rim.open[a][f], state));
+  for (const FreeFace& free : domain.rim.free[a]) {
+    const BoundaryFace& at = domain.rim.faces[a][free.number];
+    use(at.face, free_rate(domain, dqdt, axis, at, state));
   }
 }
 

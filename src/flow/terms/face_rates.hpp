@@ -4,6 +4,10 @@
 // mean that is linear between their centres, the gradient of the pressure, and gravity on the
 // density that exceeds the ambient one. At a free face of the rim the cell's own tendency and the
 // gradient over its half towards the pressure of the condition.
+//
+// A flux is that of the open part of its face, and pressure acts on all air alike: on a partly open
+// face the gradient counts whole, as in the correction of the pressure step. Tendencies are forces
+// and fluxes per whole volume of a cell and divide by the open fraction of it.
 #pragma once
 
 #include <span>

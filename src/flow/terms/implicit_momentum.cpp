@@ -39,7 +39,9 @@ void add_rim(const RowsOf& of, const ShearCoefficients& shear, int across) {
   const auto a = static_cast<std::size_t>(across);
   for (std::size_t f = 0; f < of.domain.rim.faces[a].size(); ++f) {
     const BoundaryFace& at = of.domain.rim.faces[a][f];
-    const double h = across == of.axis ? shear[a][f].normal : shear[a][f].along;
+    const auto& coefficient = shear[a][f];
+    const double h =
+        of.domain.rim.wetted[a][f] * (across == of.axis ? coefficient.normal : coefficient.along);
     const double leaving = at.side * of.domain.rim.open[a][f] * of.state.ru[a][at.face];
     of.rows.diagonal[at.cell] += row_scale(of.domain, of.dt, across, at.cell, at.index[a]) *
                                  (h + std::max(leaving, 0.0)) / of.state.r[0][at.cell];
@@ -120,13 +122,15 @@ ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain) {
           {Field(domain.grid.box), Field(domain.grid.box), Field(domain.grid.box)}};
 }
 
-void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear, int axis,
-                  double dt, std::span<double> scratch, ImplicitMomentum& work, const State& state,
-                  Field& dqdt) {
+void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear,
+                  const Drag& drag, int axis, double dt, std::span<double> scratch,
+                  ImplicitMomentum& work, const State& state, Field& dqdt) {
   std::fill(work.rate.all().begin(), work.rate.all().end(), 0.0);
   set_face_rates(domain, dqdt, axis, state, scratch, work.rate);
+  take_sink(drag, static_cast<std::size_t>(axis), 1.0, work.rate);
   set_right_side(domain, axis, dt, work.rate, dqdt);
   set_rows({domain, state, dt, axis, work.rows}, shear);
+  add_drag_diagonal(drag, static_cast<std::size_t>(axis), dt, work.rows.diagonal);
   const auto& control = domain.settings.control;
   flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
   fill_halos(dqdt, domain.boundary.ends);

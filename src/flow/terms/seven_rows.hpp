@@ -27,10 +27,9 @@ struct FaceRates {
   double upper_own, upper_other;
 };
 
-/// Volume fraction that balances divide by: that of the cell, held above `clim` and 1e-20.
-inline double held_fraction(const Domain& domain) {
-  return std::max(domain.settings.records.clim, 1e-20);
-}
+/// Volume fraction that balances divide by: that of the cell, which mkofrac holds above `clim`, and
+/// at least this.
+inline double held_fraction(const Domain& /*domain*/) { return kClosedFace; }
 
 /// dt/(open volume * width) of a cell.
 inline double row_scale(const Domain& domain, double dt, int axis, std::size_t cell,

@@ -97,12 +97,13 @@ void add_wall_shear(const GridTables& grid, const Metrics& metrics, const Rim& r
       const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
       const double half = half_cell(grid, axis, at);
       const auto h = shear[a][f] = coefficient_of(group, axis, at, half, state, velocities);
-      const double inv_width = AxisMetric::at(metrics[a].inv_width, at.index[a]);
+      const double per_volume =
+          rim.wetted[a][f] * AxisMetric::at(metrics[a].inv_width, at.index[a]);
       for (std::size_t b = 0; b < 3; ++b) {
         if (!grid.box.computed(static_cast<int>(b))) continue;
         const double wall = group.iv == VelocityAt::slip ? 0.0 : group.velocity[b];
         const double stress = (a == b ? h.normal : h.along) * (wall - velocities.cell[b][at.cell]);
-        dqdt[b][at.cell] += stress * inv_width;
+        dqdt[b][at.cell] += stress * per_volume;
       }
     }
   }

@@ -58,7 +58,7 @@ void add_given_walls(const Domain& domain, TurbulenceWork& work, const State& st
     for (std::size_t item = 0; item < 2; ++item) {
       const double diffusivity = state.mu[at.cell] + turbulent_part(item) * state.mut[at.cell];
       const double transfer =
-          domain.rim.open[place.axis][place.number] * diffusivity * 2.0 * inv_width;
+          domain.rim.wetted[place.axis][place.number] * diffusivity * 2.0 * inv_width;
       work.transfer[item][place.axis][place.number] = transfer;
       work.dqdt[item][at.cell] += transfer * inv_width * (given[item] - state.ak[item][at.cell]);
     }
