@@ -3,6 +3,7 @@
 // mark solution.
 #pragma once
 
+#include "flow/properties.hpp"
 #include "sample_flow.hpp"
 
 namespace sample {
@@ -18,6 +19,20 @@ struct HeatCase : FlowCase {
     control().itemp = control().idift = true;
     control().acrkt = control().acrky = 1.0 / 3.0;
     control().ambient = control().start = {{1.0}, 300.0};
+  }
+  /// A second gas with the properties of the first, of which everything holds `y`. Behind all ends.
+  void add_vapour(double y) {
+    auto& species = run.settings.species;
+    species.wm.push_back(species.wm[0]);
+    species.acpk.push_back(species.acpk[0]);
+    run.state.ys = {flow::Field(run.grid.box, 1.0 - y), flow::Field(run.grid.box, y)};
+    control().ambient.ys = control().start.ys = {1.0 - y, y};
+    for (flow::Group& group : run.boundary.groups) group.ys = {1.0 - y, y};
+  }
+  /// Temperature and species alone, the flow held as it is.
+  void carry(double dt) {
+    flow::flw_clprop(run.settings.species, run.state);
+    flow::flw_cldtdt(log, flow::domain_of(run), dt, run.work.scalars, run.work.system, run.state);
   }
   flow::Group& wall(int axis, int side, double t) {
     flow::Group& group = end(axis, side);
@@ -40,6 +55,13 @@ struct WarmCavity : HeatCase {
     wall(a, -1, 301.5);
     wall(a, 1, 298.5);
     ends(b, flow::VelocityAt::no_slip);
+  }
+
+  /// Implicit steps; loose tolerances do, of changes that vanish themselves.
+  void take_long_steps() {
+    control().intstp = -1;
+    control().momentum.dtmax = control().scalar.dtmax = 0.1;
+    control().epscg = control().epsbcg = 1e-2;
   }
 
   /// Steps until the heat that enters and the heat that leaves differ by less than `part`.

@@ -9,6 +9,7 @@
 #include "../bench/sample_surfaces.hpp"
 #include "flow/monitors.hpp"
 #include "flow/properties.hpp"
+#include "flow/run.hpp"
 #include "flow/terms/viscous.hpp"
 #include "flow/time_limit.hpp"
 
@@ -78,6 +79,37 @@ TEST(FlowTerms, HaveTheBitsOfThePlainForms) {
         plain::diffuse(x.metrics, x.rim, x.state, x.velocities, b, expected);
         EXPECT_TRUE(std::ranges::equal(expected.all(), fast[static_cast<std::size_t>(b)].all()))
             << "acrk " << acrk << ", component " << b << ", cells in x " << cells[0];
+      }
+    }
+  }
+}
+
+TEST(FlowTerms, ScalarsHaveTheBitsOfThePlainForm) {
+  std::uint32_t seed = 50;
+  for (const Triple& cells : {Triple{13, 7, 5}, Triple{34, 6, 1}, Triple{1, 9, 8}}) {
+    for (const double acrk : {1.0 / 3.0, 2.0}) {
+      RandomBox x(cells, ++seed);
+      std::ostringstream out;
+      frame::Log log(out, out);
+      const flow::Run rest;
+      const flow::Domain domain{rest.settings, x.grid,        x.metrics, rest.boundary,
+                                x.rim,         rest.openings, rest.urban};
+      const Field q = x.filled(-1.0, 1.0);
+      Field capacity(x.grid.box);
+      for (double& value : capacity.all()) value = x.draw(1.0, 2.0);
+      std::array<Field, 3> fast{x.filled(-1, 1), x.filled(-1, 1), x.filled(-1, 1)};
+      std::array<Field, 3> plain = fast;
+      const std::array<flow::Transported, 3> all{
+          {{{&q, &fast[0]}, {&x.state.mu, 2.0, 0.7}},
+           {{&x.velocities.cell[0], &fast[1]}, {}},
+           {{&q, &fast[2]}, {&x.state.mut, 0.5, 0.9, &capacity}}}};
+      flow::transport(log, domain, x.state, flow::Variable::species, std::span(all).first(2), acrk,
+                      x.rows);
+      flow::transport(log, domain, x.state, flow::Variable::temperature, std::span(all).last(1),
+                      acrk, x.rows);
+      for (std::size_t v = 0; v < 3; ++v) {
+        plain::transport(x.metrics, x.rim, x.state, all[v], acrk, plain[v]);
+        EXPECT_TRUE(std::ranges::equal(plain[v].all(), fast[v].all())) << v << cells[0];
       }
     }
   }

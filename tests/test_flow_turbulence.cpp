@@ -4,7 +4,7 @@
 #include <memory>
 #include <random>
 
-#include "../bench/sample_flow.hpp"
+#include "../bench/sample_heat.hpp"
 #include "flow/terms/wall_shear.hpp"
 #include "flow/turbulence/eddy_viscosity.hpp"
 #include "flow/turbulence/wall_distance.hpp"
@@ -54,6 +54,32 @@ TEST(FlowTurbulence, LargeEddiesOfALinearShear) {
         }
       }
     }
+  }
+}
+
+TEST(FlowTurbulence, StrainOfARowIsThatOfItsCells) {
+  for (const auto& n : {Triple{9, 8, 7}, Triple{9, 1, 7}, Triple{1, 8, 1}}) {
+    FlowCase x({sample::clustered(n[0]), sample::clustered(n[1]), sample::clustered(n[2])});
+    for (int axis = 0; axis < 3; ++axis) {
+      if (n[static_cast<std::size_t>(axis)] > 1) x.ends(axis, VelocityAt::no_slip);
+    }
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> speed(-1.0, 1.0);
+    x.control().iturb = flow::Turbulence::les;
+    x.start([&](int, const Vector&) { return speed(random); });
+    const flow::Domain domain = flow::domain_of(x.run);
+    auto& velocities = x.run.work.momentum.velocities;
+    auto& strain = x.run.work.turbulence.strain;
+    flow::set_velocities(domain.metrics, domain.boundary.ends, x.run.state, velocities);
+    flow::for_rows(x.run.grid.box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+      flow::set_strain_row(domain, strain, velocities, place, j, k, strain.row.data());
+      for (std::int32_t i = 1; i <= n[0]; ++i, ++place) {
+        const flow::RimCell plain{place, {i, j, k}, {{{-1, -1}, {-1, -1}, {-1, -1}}}};
+        const double expected = flow::strain_at(domain, strain, velocities, plain);
+        EXPECT_EQ(strain.row[static_cast<std::size_t>(i) - 1], expected) << i << j << k;
+        EXPECT_GT(expected, 0.0);
+      }
+    });
   }
 }
 
@@ -357,6 +383,50 @@ TEST(FlowTurbulence, LeavesFeedTurbulenceByTheirDrag) {
   const double eps = (0.3 + dt * 1.5 * 0.3 * made / 0.5) / (1.0 + dt * 1.92 * 0.3 / 0.5);
   EXPECT_NEAR(x.run.state.ak[0](2, 2, 2), k, 1e-6);
   EXPECT_NEAR(x.run.state.ak[1](2, 2, 2), eps, 1e-6);
+}
+
+TEST(FlowTurbulence, ColdAirAboveWarmFeedsTurbulence) {
+  constexpr double kGravity = 9.81;
+  constexpr double kStart = 0.001;  // epsilon, at k = 1
+  for (const int up : {0, 2}) {
+    // The last: air of one temperature is stable, for what rises cools by g/cp.
+    for (const auto& [gradient, itmpt] : {std::pair{-5.0, 1}, {5.0, 1}, {0.0, 2}}) {
+      sample::Nodes nodes{sample::equal(1), sample::equal(1), sample::equal(1)};
+      nodes[static_cast<std::size_t>(up)] = sample::clustered(8);
+      sample::HeatCase x(nodes);
+      x.ends(up, VelocityAt::no_slip);
+      x.set_viscosity(1e-6);
+      x.set_k_epsilon(1.0, kStart);
+      x.control().gravity[static_cast<std::size_t>(up)] = -kGravity;
+      x.control().prturb = 0.9;
+      x.control().idift = false;
+      x.control().smaller.dtmax = 1e-5;
+      x.run.settings.records.itmpt = x.run.settings.records.idrdp = itmpt;
+      if (itmpt == 2) x.run.settings.ambient.ramb = 0.0;
+      const auto& table = x.run.grid.axis[static_cast<std::size_t>(up)];
+      Triple c{1, 1, 1};
+      for (std::int32_t n = 1; n <= 8; ++n) {
+        c[static_cast<std::size_t>(up)] = n;
+        x.run.state.t(c[0], c[1], c[2]) = 300.0 + gradient * table.xc(n);
+      }
+      x.start();
+      x.steps(1);
+      const double dt = x.run.state.dt;
+      for (const std::int32_t n : {1, 4, 8}) {
+        c[static_cast<std::size_t>(up)] = n;
+        const std::size_t at = x.run.grid.box.at(c[0], c[1], c[2]);
+        const double t = x.run.state.t[at];
+        const double slope = itmpt == 2 ? kGravity / 1000.0 : gradient;
+        const double made =
+            x.run.state.mut[at] / 0.9 * -kGravity * slope / t / x.run.state.r[0][at];
+        const double k = x.run.state.ak[0][at];
+        const double sink = 1.0 + dt * kStart;
+        const double found = made > 0.0 ? (k * sink - 1.0) / dt : (k * sink - 1.0) / (dt * k);
+        EXPECT_NEAR(found / made, 1.0, 1e-3) << up << gradient << n;
+        EXPECT_GT(std::fabs(made), 1e-3);
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -68,22 +68,65 @@ void close(const RunCase& run) {
   ASSERT_TRUE(run.set_line("control.txt", 15, "0. 0. 0."));
 }
 
+/// Temperature and species, a warm floor behind a cold, damp inlet.
+void warm(const RunCase& run) {
+  ASSERT_TRUE(run.set_line("control.txt", 6, "1 0"));
+  ASSERT_TRUE(run.set_line("control.txt", 7, "1 1 0"));
+  ASSERT_TRUE(
+      run.replace("boundary.txt", "2 5 2 2 3\n0. 0. 0. 300. 0.", "2 3 3 2 3\n0. 0. 0. 320. 0."));
+  ASSERT_TRUE(
+      run.replace("boundary.txt", "1. 0. 0. 300. 0.\n0.99 0.01", "1. 0. 0. 290. 0.\n0.98 0.02"));
+}
+
 TEST(FlowRestart, TwoHalvesAreTheWhole) {
-  for (const bool closed : {false, true}) {
-    for (const char* integration : {"1 1 0", "1 1 1", "-1 1 1"}) {
-      SCOPED_TRACE(closed ? "closed" : "open");
+  for (const bool heat : {false, true})
+    for (const bool closed : {false, true}) {
+      for (const char* integration : {"1 1 0", "1 1 1", "-1 1 1"}) {
+        SCOPED_TRACE(closed ? "closed" : "open");
+        SCOPED_TRACE(integration);
+        const RunCase whole(kDuct);
+        if (heat) warm(whole);
+        if (closed) close(whole);
+        ASSERT_TRUE(whole.set_line("control.txt", 8, integration));
+        const RunCase halves(kDuct);
+        halves.copy_in(whole.path());
+        ASSERT_EQ(run_flow(whole).status, 0);
+        set_run(halves, "-1 5 1000.");
+        ASSERT_EQ(run_flow(halves).status, 0);
+        set_run(halves, "5 8 1000.");
+        ASSERT_EQ(run_flow(halves).status, 0);
+        EXPECT_EQ(sets_of(halves, closed ? kRecords + 1 : kRecords),
+                  (std::vector<std::int32_t>{2, 5, 8}));
+        EXPECT_TRUE(halves.content("restart.dat") == whole.content("restart.dat"));
+      }
+    }
+}
+
+/// The eddy viscosity is on no set: it must follow from what a set holds.
+TEST(FlowRestart, TwoHalvesAreTheWholeWithTurbulence) {
+  for (const char* models : {"0 1", "0 2", "1 1"}) {
+    for (const char* integration : {"1 1 1", "-1 1 1"}) {
+      SCOPED_TRACE(models);
       SCOPED_TRACE(integration);
       const RunCase whole(kDuct);
-      if (closed) close(whole);
+      ASSERT_TRUE(whole.set_line("control.txt", 6, models));
+      ASSERT_TRUE(whole.set_line("control.txt", 7, "1 1 1"));
       ASSERT_TRUE(whole.set_line("control.txt", 8, integration));
       const RunCase halves(kDuct);
       halves.copy_in(whole.path());
-      ASSERT_EQ(run_flow(whole).status, 0);
+      const Outcome outcome = run_flow(whole);
+      ASSERT_EQ(outcome.status, 0);
+      const bool k_epsilon = models[2] == '1';
+      for (const std::string label : {"max. mut   =", "     k & e ="}) {
+        const auto lines = std::ranges::count_if(
+            outcome.log, [&](const std::string& line) { return line.starts_with(label); });
+        EXPECT_EQ(lines, k_epsilon || label[0] == 'm' ? 8 : 0) << label;
+      }
       set_run(halves, "-1 5 1000.");
       ASSERT_EQ(run_flow(halves).status, 0);
       set_run(halves, "5 8 1000.");
       ASSERT_EQ(run_flow(halves).status, 0);
-      EXPECT_EQ(sets_of(halves, closed ? kRecords + 1 : kRecords),
+      EXPECT_EQ(sets_of(halves, k_epsilon ? kRecords + 1 : kRecords),
                 (std::vector<std::int32_t>{2, 5, 8}));
       EXPECT_TRUE(halves.content("restart.dat") == whole.content("restart.dat"));
     }

@@ -102,13 +102,9 @@ ScalarStep species_step(const Domain& domain, Scalars& work, std::size_t s, Stat
 }
 
 void transport_species(frame::Log& log, const Domain& domain, Scalars& work, State& state) {
-  for (std::size_t first = 1; first < state.ys.size(); first += kTransportWidth) {
-    std::array<Transported, kTransportWidth> all{};
-    std::size_t count = 0;
-    for (std::size_t s = first; s < state.ys.size() && count < all.size(); ++s) {
-      all[count++] = species_step(domain, work, s, state).by;
-    }
-    transport(log, domain, state, Variable::species, std::span(all).first(count),
+  for (std::size_t s = 1; s < state.ys.size(); ++s) {
+    const Transported one = species_step(domain, work, s, state).by;
+    transport(log, domain, state, Variable::species, std::span(&one, 1),
               domain.settings.control.acrky, work.rows);
   }
 }

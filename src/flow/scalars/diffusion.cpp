@@ -32,7 +32,8 @@ FLOW_INLINE void diffuse_row(std::size_t count, const Rows& at, Weight gap, Weig
       next *= at.capacity[i + s];
     }
     const double mean = at.inner[i] * (lower[i] * here + upper[i] * next);
-    flux[i] -= mean * ((at.q[i + s] - at.q[i]) * gap[i]);
+    const double diffused = mean * ((at.q[i + s] - at.q[i]) * gap[i]);
+    flux[i] = kWithCapacity ? -diffused : flux[i] - diffused;
   }
 }
 

@@ -72,6 +72,11 @@ Cells cells_of(const Transported& one, std::size_t place) {
           one.advected.dqdt->data() + place};
 }
 
+/// Rows that `all` fill.
+bool is_used(std::span<const Transported> all, std::size_t row) {
+  return row < all.size() || row == kMass || cells_of(all[0], 0).capacity != nullptr;
+}
+
 /// Forms the fluxes of a row of faces.
 void form(const Domain& domain, const State& state, std::span<const Transported> all,
           const Muscl& muscl, const FaceRow& row, const FluxRows& out) {
@@ -81,9 +86,8 @@ void form(const Domain& domain, const State& state, std::span<const Transported>
     const Diffusivity& by = all[v].diffusivity;
     advected_row(muscl, q, row, out[kMass], out[v]);
     if (by.molecular == nullptr) continue;
-    double* const diffused = by.capacity == nullptr ? out[v] : out[kHeat];
-    if (by.capacity != nullptr) std::fill_n(diffused, row.count, 0.0);
-    flw_cldif0(domain.metrics, domain.rim, state.mut, by, q, row, diffused);
+    flw_cldif0(domain.metrics, domain.rim, state.mut, by, q, row,
+               by.capacity == nullptr ? out[v] : out[kHeat]);
   }
 }
 
@@ -116,7 +120,9 @@ void transport(frame::Log& log, const Domain& domain, const State& state, Variab
                       between(fluxes, before, kHeat), cells_of(all[v], place),
                       AxisMetric::at(inv_width, index));
         }
-        for (std::size_t v = 0; v < kSweepWidth; ++v) std::copy_n(fluxes[v], n, before[v]);
+        for (std::size_t v = 0; v < kSweepWidth; ++v) {
+          if (is_used(all, v)) std::copy_n(fluxes[v], n, before[v]);
+        }
       });
   std::array<Advected, kTransportWidth> advected{};
   for (std::size_t v = 0; v < all.size(); ++v) advected[v] = all[v].advected;

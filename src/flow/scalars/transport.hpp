@@ -41,7 +41,8 @@ inline constexpr std::size_t kTransportWidth = kSweepWidth - 1;
 void transport(frame::Log& log, const Domain& domain, const State& state, Variable variable,
                std::span<const Transported> all, double acrk, SweepRows& rows);
 
-/// flw_cldif0: takes what diffuses through a row of faces from `flux`.
+/// flw_cldif0: takes what diffuses through a row of faces from `flux`; with a capacity it is heat and
+/// goes to `flux` alone.
 void flw_cldif0(const Metrics& metrics, const Rim& rim, const Field& mut, const Diffusivity& by,
                 const Field& q, const FaceRow& row, double* flux);
 

@@ -9,20 +9,16 @@ namespace flow {
 
 namespace {
 
-/// The smaller of two slopes of one sign, 0 of slopes that differ in it.
-FLOW_INLINE double minmod(double a, double b) {
-  const double size_a = std::fabs(a);
-  const double size_b = std::fabs(b);
-  const double size = size_a < size_b ? size_a : size_b;
-  return size * (0.5 * (std::copysign(1.0, a) + std::copysign(1.0, b)));
-}
+FLOW_INLINE double smaller(double a, double b) { return a < b ? a : b; }
 
+/// c1 minmod(ahead, b behind) + c2 minmod(behind, b ahead): minmod is the smaller of two slopes of
+/// one sign, 0 of slopes that differ in it. Both share the sign.
 FLOW_INLINE double slope_of(double c1, double c2, double b, double ahead, double behind) {
-  return c1 * minmod(ahead, b * behind) + c2 * minmod(behind, b * ahead);
-}
-
-FLOW_INLINE double upwind_of(double m, double left, double right) {
-  return (0.0 < m ? m : 0.0) * left + (m < 0.0 ? m : 0.0) * right;
+  const double size_ahead = std::fabs(ahead);
+  const double size_behind = std::fabs(behind);
+  const double sign = 0.5 * (std::copysign(1.0, ahead) + std::copysign(1.0, behind));
+  return sign * (c1 * smaller(size_ahead, b * size_behind) +
+                 c2 * smaller(size_behind, b * size_ahead));
 }
 
 /// Mass flux through inner faces; 0 on the rim.
@@ -38,19 +34,20 @@ FLOW_CLONES void muscl_row(std::size_t count, double c1, double c2, double b, co
   const double* const next = q + s;
   const double* const after = next + s;
   for (std::size_t i = 0; i < count; ++i) {
+    // Seen from the upwind cell: what is behind it, and which way the slope goes.
+    const bool forward = 0.0 < m[i];
     const double d0 = q[i] - before[i];
     const double d1 = next[i] - q[i];
     const double d2 = after[i] - next[i];
-    const double left = q[i] + slope_of(c1, c2, b, d1, d0);
-    const double right = next[i] - slope_of(c1, c2, b, d1, d2);
-    out[i] = upwind_of(m[i], left, right);
+    const double slope = slope_of(c1, c2, b, d1, forward ? d0 : d2);
+    out[i] = m[i] * (forward ? q[i] + slope : next[i] - slope);
   }
 }
 
 FLOW_CLONES void upwind_row(std::size_t count, const double* m, const double* q, std::size_t s,
                             double* __restrict out) {
   const double* const next = q + s;
-  for (std::size_t i = 0; i < count; ++i) out[i] = upwind_of(m[i], q[i], next[i]);
+  for (std::size_t i = 0; i < count; ++i) out[i] = m[i] * (0.0 < m[i] ? q[i] : next[i]);
 }
 
 }  // namespace

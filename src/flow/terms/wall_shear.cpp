@@ -76,7 +76,7 @@ double friction_velocity(double speed, double y, double nu) {
     const double law = std::log(s) / kKarman + kLogLaw;
     const double step = (reynolds - s * law) / (law + 1.0 / kKarman);
     s += step;
-    if (std::fabs(step) <= 1e-14 * s) break;
+    if (std::fabs(step) <= 1e-8 * s) break;  // what is left is of its square
   }
   return s * nu / y;
 }

@@ -67,8 +67,8 @@ double strain_at(const Domain& domain, const Strain& strain, const Velocities& v
     if (!box.computed(static_cast<int>(a))) continue;
     const Field& face = velocities.face[a];
     const double stretching =
-        (face[cell.cell] - face[cell.cell - box.stride(static_cast<int>(a))]) /
-        domain.grid.axis[a].dx(cell.index[a]);
+        (face[cell.cell] - face[cell.cell - box.stride(static_cast<int>(a))]) *
+        AxisMetric::at(domain.metrics[a].inv_width, cell.index[a]);
     sum += 2.0 * (stretching * stretching);
     for (std::size_t b = a + 1; b < 3; ++b) {
       if (!box.computed(static_cast<int>(b))) continue;
