@@ -54,8 +54,8 @@ void transport(benchmark::State& state) {
   WarmSwirls& x = swirls();
   const flow::Transported one = heat(x);
   for ([[maybe_unused]] auto turn : state) {
-    flow::transport(x.log, flow::domain_of(x.run), x.run.state, flow::Variable::temperature,
-                    std::span(&one, 1), 1.0 / 3.0, x.run.work.scalars.rows);
+    flow::transport(x.log, flow::domain_of(x.run), x.run.state, std::span(&one, 1),
+                    flow::Tendency::begins, x.run.work.scalars.rows);
   }
 }
 BENCHMARK(transport)->Unit(benchmark::kMillisecond);
@@ -64,8 +64,7 @@ void transport_plain(benchmark::State& state) {
   WarmSwirls& x = swirls();
   const flow::Transported one = heat(x);
   for ([[maybe_unused]] auto turn : state) {
-    plain::transport(x.run.work.metrics, x.run.work.rim, x.run.state, one, 1.0 / 3.0,
-                     *one.advected.dqdt);
+    plain::transport(x.run.work.metrics, x.run.work.rim, x.run.state, one, *one.advected.dqdt);
   }
 }
 BENCHMARK(transport_plain)->Unit(benchmark::kMillisecond);
@@ -80,7 +79,8 @@ BENCHMARK(properties)->Unit(benchmark::kMillisecond);
 
 void density(benchmark::State& state) {
   WarmSwirls& x = swirls();
-  for ([[maybe_unused]] auto turn : state) flow::flw_clrho(x.run.settings, x.run.grid, false, x.run.state);
+  for ([[maybe_unused]] auto turn : state)
+    flow::flw_clrho(x.run.settings, x.run.grid, false, x.run.state);
 }
 BENCHMARK(density)->Unit(benchmark::kMillisecond);
 

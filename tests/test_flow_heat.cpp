@@ -184,10 +184,9 @@ TEST(FlowHeat, TheAirTakesWhatItIsGiven) {
     x->start();
     auto& sources = x->run.work.scalars.sources;
     const flow::Box& box = x->run.grid.box;
-    sources.heat = sources.drain = Field(box);
-    sources.mass = {Field(), Field(box)};
+    sources.heat = sources.vapour = sources.drain = Field(box);
     sources.heat(2, 2, 3) = 4000.0;
-    sources.mass[1](7, 5, 6) = 0.3;
+    sources.vapour(7, 5, 6) = 0.3;
     double heat = 4000.0 * x->run.grid.volume(2, 2, 3);
     const double mass = 0.3 * x->run.grid.volume(7, 5, 6);
     for (std::size_t a = 0; a < 3; ++a) {
