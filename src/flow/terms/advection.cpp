@@ -17,8 +17,8 @@ FLOW_INLINE double slope_of(double c1, double c2, double b, double ahead, double
   const double size_ahead = std::fabs(ahead);
   const double size_behind = std::fabs(behind);
   const double sign = 0.5 * (std::copysign(1.0, ahead) + std::copysign(1.0, behind));
-  return sign * (c1 * smaller(size_ahead, b * size_behind) +
-                 c2 * smaller(size_behind, b * size_ahead));
+  return sign *
+         (c1 * smaller(size_ahead, b * size_behind) + c2 * smaller(size_behind, b * size_ahead));
 }
 
 /// Mass flux through inner faces; 0 on the rim.
@@ -95,9 +95,11 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
                           advected_row(muscl, *advected[v].q, row, mass, out[v]);
                         }
                       });
+  std::array<Carried, kSweepWidth> carried{};
+  for (std::size_t v = 0; v < advected.size(); ++v) carried[v] = {advected[v], variable, muscl};
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    advect_rim(log, metrics, rim, ru, variable, advected, muscl, axis);
+    advect_rim(log, metrics, rim, ru, std::span(carried).first(advected.size()), axis);
   }
 }
 
