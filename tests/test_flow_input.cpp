@@ -5,6 +5,7 @@
 #include "flow/boundary.hpp"
 #include "flow/input/schedule.hpp"
 #include "flow/output/restart.hpp"
+#include "recorded_log.hpp"
 
 namespace {
 
@@ -160,6 +161,20 @@ TEST(FlowInitial, SpreadsWithoutDivergence) {
       }
     }
   }
+}
+
+TEST(FlowInitial, ValuesThatNoAirHasAreTold) {
+  const auto words = [](double t, double pressure) {
+    RecordedLog out;
+    FlowSet set;
+    set.t = {300.0, t};
+    set.has_pressure = true;
+    set.pressure = {pressure, 1.0};
+    return out.lines_of([&] { check_values(out.log, "### heading", set); });
+  };
+  EXPECT_EQ(words(1e-3, 1.0), "");
+  EXPECT_EQ(words(0.0, 1.0), "### heading\nt <= 0\nvalue no. of t = 2\n");
+  EXPECT_EQ(words(300.0, 0.0), "### heading\nthermodynamic pressure <= 0\n");
 }
 
 }  // namespace

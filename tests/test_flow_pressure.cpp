@@ -255,6 +255,13 @@ TEST(PressureStep, FixesThePressureOfClosedParts) {
   // Walls let nothing through, so the fixed cell has nothing left either.
   EXPECT_LT(x.divergence(), 1e-10);
 
+  Case ring({2, 4, 2});  // joined through the periodic ends only
+  ring.end_as(1, End::periodic);
+  ring.solid({1, 1, 1}, {2, 3, 1});
+  ring.solid({1, 2, 2}, {2, 3, 2});
+  ring.start();
+  EXPECT_EQ(ring.step.solver.fixed.size(), 1U);
+
   Case none({2, 2, 2});
   none.solid({1, 1, 1}, {2, 2, 2});
   EXPECT_EQ(none.start(), "### program error -1- (flw_matrix)\n");

@@ -207,6 +207,22 @@ std::unique_ptr<FlowCase> turned(const std::array<int, 3>& to, bool mirrored, st
   x->end(to[2], -1, VelocityAt::slip);
   x->end(to[2], 1, VelocityAt::log_wall);
   build_up(t, mirrored, *x);
+  // Each cell has a density and a viscosity of its own.
+  auto& species = x->run.settings.species;
+  species.sutherland = true;
+  species.T = 200.0;
+  species.C = 110.0;
+  for (std::int32_t i = 1; i <= 8; ++i) {
+    for (std::int32_t j = 1; j <= 7; ++j) {
+      for (std::int32_t k = 1; k <= 6; ++k) {
+        Triple cell{};
+        cell[t(0)] = mirrored ? 9 - i : i;
+        cell[t(1)] = j;
+        cell[t(2)] = k;
+        x->run.state.t(cell[0], cell[1], cell[2]) = 150.0 + (7 * i + 5 * j + 3 * k) % 40;
+      }
+    }
+  }
   x->start();
   x->steps(30);
   return x;

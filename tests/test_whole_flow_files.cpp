@@ -348,6 +348,7 @@ TEST(FlowRun, ShowsItsProgressOnATerminalAndNothingElse) {
   EXPECT_EQ(flow::run_program({run.path().string(), screen, errors, true}), 0);
   EXPECT_EQ(screen.str(), "%%% normaly terminated\n");
   EXPECT_TRUE(errors.str().starts_with("\rstep 1 of at most 8, time "));
+  EXPECT_EQ(errors.str().find(" %)"), errors.str().find("(12 %)") + 3);
   EXPECT_NE(errors.str().find("\rstep 8 of at most 8, time "), std::string::npos);
   EXPECT_TRUE(errors.str().ends_with(" (100 %)    \n"));
 }

@@ -4,8 +4,8 @@
 
 #include "flow/ambient.hpp"
 #include "flow/companions.hpp"
+#include "flow/domains/list_cmmbnd.hpp"
 #include "flow/input/control.hpp"
-#include "flow/input/domain.hpp"
 #include "flow/input/schedule.hpp"
 #include "flow/output/flow_set.hpp"
 #include "flow/output/history.hpp"
@@ -66,7 +66,7 @@ void read_boundary(Desk& desk, Run& run) {
   chk_bc_exnr(desk.log, settings.records, settings.ambient);
   frame::TextInput* domain =
       desk.names[kDomain].empty() ? nullptr : &desk.units.input(frame::kUnitDomain);
-  flw_list_cmmbnd(desk.log, domain, file, cells);
+  run.domains = flw_list_cmmbnd(desk.log, desk.layer, domain, file, cells);
   run.grid =
       flw_read_grid(desk.log, desk.units.input(frame::kUnitGrid), cells, run.boundary.periodic_y());
   for (int axis = 0; axis < 3; ++axis) {
