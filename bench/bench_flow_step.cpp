@@ -41,8 +41,8 @@ void step(Swirls& x) {
   flow::Run& run = x.run;
   flow::flw_clrho(run.settings, run.grid, true, run.state);
   flow::flw_clprop(run.settings.species, run.state);
-  run.state.dt = flow::flw_cldelt(run.settings.control, run.work.metrics, run.openings, run.urban,
-                                  run.state, run.work.scratch);
+  run.state.dt = flow::flw_cldelt(run.settings.control, run.work.metrics, run.openings, run.state,
+                                  run.work.scratch);
   flow::flw_cldvdt(x.log, flow::domain_of(x.run), 1e-3 * run.state.dt, run.work.momentum,
                    run.state);
   flow::flw_clsolid(run.work.rim, run.state);

@@ -209,7 +209,7 @@ TEST(FlowTerms, StepAndMonitorsOfAKnownFlow) {
   x.run.state.mut(2, 69, 1) = 0.25;
   const double thick = 1.75 / 0.1 + 4.0 * 0.26 * (1.0 / 0.25 + 1.0 / 0.01);
   const auto dt = [&] {
-    return flow::flw_cldelt(x.control(), run.work.metrics, run.openings, run.urban, run.state,
+    return flow::flw_cldelt(x.control(), run.work.metrics, run.openings, run.state,
                             x.run.work.scratch);
   };
   EXPECT_NEAR(dt(), 0.5 / thick, 1e-12);

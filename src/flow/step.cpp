@@ -131,8 +131,7 @@ void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   flw_clrho(run.settings, run.grid, true, state);
   flw_clprop(run.settings.species, state);
   eddy_viscosity(log, accounts, run);
-  state.dt =
-      flw_cldelt(control, run.work.metrics, run.openings, run.urban, state, run.work.scratch);
+  state.dt = flw_cldelt(control, run.work.metrics, run.openings, state, run.work.scratch);
   sld_limit_deltt();
   state.time += state.dt;
   ++state.iter;

@@ -51,32 +51,17 @@ FLOW_CLONES void set_diffusion(std::size_t count, double factor, const double* m
   }
 }
 
-/// Leaves hold the air back at the rate adrg |u|; `rate` gains it times the density. `s` are the
-/// distances of the lower faces.
-FLOW_CLONES void add_drag(std::size_t count, const std::array<const double*, 3>& ru,
-                          const std::array<std::size_t, 3>& s, const double* adrg, double* rate) {
-  for (std::size_t i = 0; i < count; ++i) {
-    double square = 0.0;
-    for (std::size_t a = 0; a < 3; ++a) {
-      const double flux = larger(std::fabs(ru[a][i - s[a]]), std::fabs(ru[a][i]));
-      square += flux * flux;
-    }
-    rate[i] += adrg[i] * std::sqrt(square);
-  }
-}
-
-/// What passes the faces of a cell passes its open volume.
 FLOW_CLONES void keep_largest(std::size_t count, const std::int32_t* fluid, const double* rate,
-                              const double* r, const double* volume, double* best) {
+                              const double* r, double* best) {
   for (std::size_t i = 0; i < count; ++i) {
-    best[i] = larger(best[i], fluid[i] > 0 ? rate[i] / (r[i] * volume[i]) : 0.0);
+    best[i] = larger(best[i], fluid[i] > 0 ? rate[i] / r[i] : 0.0);
   }
 }
 
 }  // namespace
 
 double flw_cldelt(const Control& control, const Metrics& metrics, const Openings& openings,
-                  const Urban& urban, const State& state, std::span<double> scratch) {
+                  const State& state, std::span<double> scratch) {
   if (control.implicit()) return std::min(control.momentum.dtmax, control.scalar.dtmax);
   const Box& box = state.mu.box();
   const auto n = static_cast<std::size_t>(box.n[0]);
@@ -97,12 +82,7 @@ double flw_cldelt(const Control& control, const Metrics& metrics, const Openings
         add_across(n, at, diffusion, metrics[a], axis == 1 ? j : k, rate);
       }
     }
-    if (!urban.adrg.empty()) {
-      add_drag(n, {&state.ru[0][place], &state.ru[1][place], &state.ru[2][place]},
-               {box.stride(0), box.stride(1), box.stride(2)}, &urban.adrg[place], rate);
-    }
-    keep_largest(n, openings.fluid.data() + place, rate, state.r[0].data() + place,
-                 openings.gmc.data() + place, best);
+    keep_largest(n, openings.fluid.data() + place, rate, state.r[0].data() + place, best);
   });
   const double largest = *std::max_element(best, best + n);
   return std::min(control.smaller.dtmax, control.smaller.dtsafe / largest);
