@@ -17,8 +17,8 @@ FLOW_INLINE double slope_of(double c1, double c2, double b, double ahead, double
   const double size_ahead = std::fabs(ahead);
   const double size_behind = std::fabs(behind);
   const double sign = 0.5 * (std::copysign(1.0, ahead) + std::copysign(1.0, behind));
-  return sign * (c1 * smaller(size_ahead, b * size_behind) +
-                 c2 * smaller(size_behind, b * size_ahead));
+  return sign *
+         (c1 * smaller(size_ahead, b * size_behind) + c2 * smaller(size_behind, b * size_ahead));
 }
 
 /// Mass flux through inner faces; 0 on the rim.

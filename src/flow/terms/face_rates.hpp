@@ -13,17 +13,19 @@
 #include <span>
 
 #include "flow/terms/domain.hpp"
+#include "flow/terms/velocities.hpp"
 
 namespace flow {
 
 /// Brings ru of the computed axes forward by dt [s] at inner and free faces. Reads p, r level 1,
-/// and the tendencies `dqdt` of the centres, with halos along a periodic axis. Second order.
-/// `scratch` holds a row of faces.
-void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt, double dt,
-                   std::span<double> scratch, State& state);
+/// the tendencies `dqdt` of the centres, with halos along a periodic axis, and what they were
+/// formed from: the velocities, mu and mut. Second order. `scratch` holds a row of faces.
+void advance_faces(const Domain& domain, const Velocities& velocities,
+                   const std::array<Field, 3>& dqdt, double dt, std::span<double> scratch,
+                   State& state);
 
 /// The rates of one axis as a field, 0 at faces that are neither inner nor free.
-void set_face_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
-                    std::span<double> scratch, Field& rate);
+void set_face_rates(const Domain& domain, const Velocities& velocities, const Field& dqdt, int axis,
+                    const State& state, std::span<double> scratch, Field& rate);
 
 }  // namespace flow

@@ -44,13 +44,13 @@ void advance_fluxes(frame::Log& log, const Domain& domain, double dt, Momentum& 
     if (wraps) fill_halos(work.dqdt[a], domain.boundary.ends);
   });
   if (!domain.settings.control.implicit()) {
-    advance_faces(domain, work.dqdt, dt, work.rows.scratch, state);
+    advance_faces(domain, work.velocities, work.dqdt, dt, work.rows.scratch, state);
     for_components(domain, [&](int, std::size_t a) { take_sink(work.drag, a, dt, state.ru[a]); });
     return;
   }
   for_components(domain, [&](int axis, std::size_t a) {
-    solve_change(log, domain, work.shear, work.drag, axis, dt, work.rows.scratch, work.implicit,
-                 state, work.dqdt[a]);
+    solve_change(log, domain, work.velocities, work.shear, work.drag, axis, dt, work.rows.scratch,
+                 work.implicit, state, work.dqdt[a]);
   });
   add_changes(work.implicit, state);
 }
