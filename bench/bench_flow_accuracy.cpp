@@ -1,10 +1,13 @@
 // The cavity on fine grids against its published centre lines: each benchmark marches one cavity to
 // its steady state by implicit steps. Counters: largest differences of u and v, per cent of the
-// lid's speed, and steps. The table of docs/flow_method.md come from here.
+// lid's speed, and steps. The same of the cavity with a warm and a cold side: mean Nusselt number,
+// and its difference from the published one, per cent. The tables of docs/flow_method.md come from
+// here.
 #include <benchmark/benchmark.h>
 
 #include "sample_building.hpp"
 #include "sample_cavity.hpp"
+#include "sample_heat.hpp"
 
 namespace {
 
@@ -62,5 +65,26 @@ void building(benchmark::State& state) {
 }
 BENCHMARK(building)->ArgName("cells")->Arg(6)->Arg(8)->Arg(12)->Iterations(1)->Unit(
     benchmark::kSecond);
+
+void warm_cavity(benchmark::State& state) {
+  const auto cells = static_cast<std::int32_t>(state.range(0));
+  const auto& published = sample::kConvection[static_cast<std::size_t>(state.range(1))];
+  const bool stretched = state.range(2) != 0;
+  for ([[maybe_unused]] auto turn : state) {
+    sample::WarmCavity x(stretched ? sample::clustered(cells, 1.8) : sample::equal(cells),
+                         published.rayleigh, 0, 2);
+    x.take_long_steps();
+    x.start();
+    x.settle(1e-4);
+    state.counters["Nu"] = x.nusselt(-1);
+    state.counters["off"] = 100.0 * (x.nusselt(-1) / published.nusselt - 1.0);
+    state.counters["steps"] = x.run.state.iter;
+  }
+}
+BENCHMARK(warm_cavity)
+    ->ArgNames({"cells", "rayleigh_number", "stretched"})
+    ->ArgsProduct({{20, 40, 80}, {0, 1, 2}, {0, 1}})
+    ->Iterations(1)
+    ->Unit(benchmark::kSecond);
 
 }  // namespace

@@ -76,7 +76,7 @@ inline void advect(const Metrics& metrics, const flow::Rim& rim, const std::arra
 /// Transport of a scalar between inner faces: each face gives a cell what its flux has beside the
 /// cell's own value.
 inline void transport(const Metrics& metrics, const flow::Rim& rim, const flow::State& state,
-                      const flow::Transported& one, double acrk, Field& dqdt) {
+                      const flow::Transported& one, Field& dqdt) {
   const Field& q = *one.advected.q;
   const auto& by = one.diffusivity;
   const bool held = by.capacity != nullptr;
@@ -93,7 +93,7 @@ inline void transport(const Metrics& metrics, const flow::Rim& rim, const flow::
     Field unused(q.box());
     take_divergence(metrics, axis, unused, [&](std::size_t f, const Triple& index) {
       mass[f] = rim.inner[a][f] * state.ru[a][f];
-      carried[f] = face_flux(q, f, s, mass[f], acrk);
+      carried[f] = face_flux(q, f, s, mass[f], one.acrk);
       if (by.molecular == nullptr) return 0.0;
       const double mean =
           rim.inner[a][f] * (AxisMetric::at(m.lower, index[a]) * coefficient(f) +

@@ -3,6 +3,7 @@
 // mark solution.
 #pragma once
 
+#include "flow/halo.hpp"
 #include "flow/properties.hpp"
 #include "sample_flow.hpp"
 
@@ -41,6 +42,47 @@ struct HeatCase : FlowCase {
     return group;
   }
 };
+
+/// Calls `visit(place, i, j, k)` for all cells.
+template <class Visit>
+void for_cells(const flow::Box& box, Visit&& visit) {
+  for (std::int32_t k = 1; k <= box.n[2]; ++k) {
+    for (std::int32_t j = 1; j <= box.n[1]; ++j) {
+      for (std::int32_t i = 1; i <= box.n[0]; ++i) visit(box.at(i, j, k), i, j, k);
+    }
+  }
+}
+
+/// Sum over the open volume of the fluid cells.
+template <class Value>
+double total(const HeatCase& x, Value&& value) {
+  double sum = 0.0;
+  for_cells(x.run.grid.box, [&](std::size_t c, auto... index) {
+    if (x.run.openings.fluid[c] > 0) sum += value(c) * x.run.grid.volume(index...);
+  });
+  return sum;
+}
+
+/// Largest distance of a field's cells from `expected(i, j, k)`.
+template <class Expected>
+double distance(const flow::Field& field, Expected&& expected) {
+  double worst = 0.0;
+  for_cells(field.box(), [&](std::size_t c, auto... index) {
+    const double error = std::fabs(field[c] - expected(index...));
+    worst = error <= worst ? worst : error;  // keeps a NaN
+  });
+  return worst;
+}
+
+/// Fills t (or a field of its kind) by the place of the centres, halos included.
+template <class Value>
+void fill(HeatCase& x, flow::Field& field, Value&& value) {
+  for_cells(field.box(), [&](std::size_t c, std::int32_t i, std::int32_t j, std::int32_t k) {
+    field[c] = value(
+        flow::Vector{x.run.grid.axis[0].xc(i), x.run.grid.axis[1].xc(j), x.run.grid.axis[2].xc(k)});
+  });
+  flow::fill_halos(field, x.run.boundary.ends);
+}
 
 /// The cavity in the plane of the axes a (from the warm to the cold side) and b (upwards), walls of
 /// 301.5 and 298.5 K one unit apart. In units of the velocity that buoyancy gives.

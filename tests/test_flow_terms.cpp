@@ -97,18 +97,21 @@ TEST(FlowTerms, ScalarsHaveTheBitsOfThePlainForm) {
       const Field q = x.filled(-1.0, 1.0);
       Field capacity(x.grid.box);
       for (double& value : capacity.all()) value = x.draw(1.0, 2.0);
-      std::array<Field, 3> fast{x.filled(-1, 1), x.filled(-1, 1), x.filled(-1, 1)};
+      std::array<Field, 3> fast{x.filled(-1, 1), x.filled(-1, 1), Field(x.grid.box)};
       std::array<Field, 3> plain = fast;
+      flow::for_rows(x.grid.box,
+                     [&](std::size_t c, auto...) { fast[2][c] = 9.0; });  // is forgotten
       const std::array<flow::Transported, 3> all{
-          {{{&q, &fast[0]}, {&x.state.mu, 2.0, 0.7}},
-           {{&x.velocities.cell[0], &fast[1]}, {}},
-           {{&q, &fast[2]}, {&x.state.mut, 0.5, 0.9, &capacity}}}};
-      flow::transport(log, domain, x.state, flow::Variable::species, std::span(all).first(2), acrk,
-                      x.rows);
-      flow::transport(log, domain, x.state, flow::Variable::temperature, std::span(all).last(1),
-                      acrk, x.rows);
+          {{{&q, &fast[0]}, {&x.state.mu, 2.0, 0.7, &capacity}, flow::Variable::species, acrk},
+           {{&x.velocities.cell[0], &fast[1]},
+            {&x.state.mut, 0.5, 0.9},
+            flow::Variable::turbulence,
+            0.2},
+           {{&q, &fast[2]}, {}, flow::Variable::temperature, acrk}}};
+      flow::transport(log, domain, x.state, std::span(all).first(2), flow::Tendency::adds, x.rows);
+      flow::transport(log, domain, x.state, std::span(all).last(1), flow::Tendency::begins, x.rows);
       for (std::size_t v = 0; v < 3; ++v) {
-        plain::transport(x.metrics, x.rim, x.state, all[v], acrk, plain[v]);
+        plain::transport(x.metrics, x.rim, x.state, all[v], plain[v]);
         EXPECT_TRUE(std::ranges::equal(plain[v].all(), fast[v].all())) << v << cells[0];
       }
     }

@@ -41,10 +41,9 @@ void set_transport(const Species& species, std::size_t place, std::size_t count,
     add_species(count, species.acpk[s], species.wm[s], state.ys[s].data() + place,
                 state.t.data() + place, state.cp.data() + place, moles);
   }
-  for (std::size_t s = 1; s < state.ys.size(); ++s) {
-    set_diffusivity(count, species.sclmnr, species.wm[s], state.mu.data() + place,
-                    state.ys[s].data() + place, moles, state.dif[s].data() + place);
-  }
+  if (state.dif.empty()) return;
+  set_diffusivity(count, species.sclmnr, species.wm[1], state.mu.data() + place,
+                  state.ys[1].data() + place, moles, state.dif.data() + place);
 }
 
 }  // namespace

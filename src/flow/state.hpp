@@ -37,9 +37,8 @@ struct State {
   Field mu;                 ///< molecular viscosity [Pa s]
   Field mut;                ///< eddy viscosity [Pa s]
   Field cp;                 ///< specific heat [J/kg K]; empty without temperature
-  /// Diffusivity of each species but the first [kg/m s], which is empty; none without temperature.
-  std::vector<Field> dif;
-  double pt = 0.0;            ///< thermodynamic pressure [Pa]
+  Field dif;        ///< diffusivity of the second species [kg/m s]; empty without it or temperature
+  double pt = 0.0;  ///< thermodynamic pressure [Pa]
   double reference_mass = 0;  ///< that a closed domain keeps [kg]; 0: not known yet
   std::int32_t iter = 0;
   double time = 0.0;  ///< [s]

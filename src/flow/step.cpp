@@ -102,8 +102,7 @@ void prepare(frame::Log& log, Run& run) {
   frame::allocating(log, "work fields", frame::bytes_of<double>(box.size(), 8), [&] {
     if (run.settings.control.itemp) {
       run.state.cp = Field(box);
-      run.state.dif.assign(run.settings.species.count(), Field(box));
-      run.state.dif[0] = Field();
+      if (run.settings.species.count() > 1) run.state.dif = Field(box);
     }
     work.metrics = make_metrics(run.grid);
     work.rim = make_rim(run.boundary, run.faces, run.openings);

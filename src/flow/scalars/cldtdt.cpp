@@ -22,48 +22,39 @@ ScalarSources make_sources(const Domain& domain) {
   sources.heat = Field(box);
   if (!domain.urban.tdrg.empty()) sources.exchange = Field(box);
   if (domain.settings.species.count() != 2) return sources;
-  sources.mass = {Field(), Field(box)};
-  sources.drain = Field(box);
+  sources.vapour = sources.drain = Field(box);
   return sources;
 }
 
 void set_city_sources(const Urban& urban, const State& state, ScalarSources& sources) {
   if (!urban.heats()) return;
-  kpc_set_flux(urban, state, sources.heat, sources.mass.empty() ? nullptr : &sources.mass[1]);
+  kpc_set_flux(urban, state, sources.heat, sources.vapour.empty() ? nullptr : &sources.vapour);
   if (!sources.exchange.empty()) kpc_set_exchange(urban, state, sources.exchange);
 }
 
-/// rate = heat over what a kg of q takes up.
-void start_heat(const Domain& domain, const State& state, Scalars& work) {
+/// Adds the heat that is brought in, over what a kg of q takes up.
+void add_heat(const Domain& domain, const State& state, Scalars& work) {
   const Field& heat = work.sources.heat;
-  if (heat.empty()) {
-    std::ranges::fill(work.dtdt.all(), 0.0);
-    return;
-  }
+  if (heat.empty()) return;
   const auto n = static_cast<std::size_t>(domain.grid.box.n[0]);
   for_rows(domain.grid.box, [&](std::size_t place, auto, auto) {
     for (std::size_t c = place; c < place + n; ++c) {
       const double factor = work.exner.used() ? work.exner.function[c] : 1.0;
-      work.dtdt[c] = heat[c] / (state.cp[c] * factor);
+      work.dtdt[c] += heat[c] / (state.cp[c] * factor);
     }
   });
 }
 
-/// What enters takes part of the mixture's mass, and thins the others.
-void start_species(const Domain& domain, const State& state, Scalars& work) {
-  for (Field& dydt : work.dydt) std::ranges::fill(dydt.all(), 0.0);
+/// Adds the vapour that is brought in: it takes its part of the mixture, and thins the rest.
+void add_vapour(const State& state, Scalars& work) {
   ScalarSources& sources = work.sources;
-  if (sources.mass.empty()) return;
-  const auto n = static_cast<std::size_t>(domain.grid.box.n[0]);
-  for_rows(domain.grid.box, [&](std::size_t place, auto, auto) {
+  if (sources.vapour.empty()) return;
+  const Box& box = sources.vapour.box();
+  const auto n = static_cast<std::size_t>(box.n[0]);
+  for_rows(box, [&](std::size_t place, auto, auto) {
     for (std::size_t c = place; c < place + n; ++c) {
-      double sum = 0.0;
-      for (const Field& mass : sources.mass) sum += mass.empty() ? 0.0 : mass[c];
-      sources.drain[c] = -sum;
-      for (std::size_t s = 1; s < state.ys.size(); ++s) {
-        const double own = sources.mass[s].empty() ? 0.0 : sources.mass[s][c];
-        work.dydt[s - 1][c] = own - state.ys[s][c] * sum;
-      }
+      sources.drain[c] = -sources.vapour[c];
+      work.dydt[c] += sources.vapour[c] * (1.0 - state.ys[1][c]);
     }
   });
 }
@@ -79,6 +70,7 @@ ScalarStep heat_step(const Domain& domain, Scalars& work, State& state) {
     step.by.diffusivity = {&state.mu, 1.0 / settings.species.prlmnr,
                            turbulent_factor(settings.control.prturb), &state.cp};
   }
+  step.by.acrk = settings.control.acrkt;
   if (!work.sources.exchange.empty()) step.sink = &work.sources.exchange;
   step.transfer = &work.wet.fwtt;
   step.factor = potential ? &work.exner.function : nullptr;
@@ -86,78 +78,49 @@ ScalarStep heat_step(const Domain& domain, Scalars& work, State& state) {
   return step;
 }
 
-ScalarStep species_step(const Domain& domain, Scalars& work, std::size_t s, State& state) {
+ScalarStep vapour_step(const Domain& domain, Scalars& work, State& state) {
   const Settings& settings = domain.settings;
   ScalarStep step;
-  step.q = &state.ys[s];
-  step.variable = Variable::species;
-  step.by.advected = {&state.ys[s], &work.dydt[s - 1], s};
+  step.q = &state.ys[1];
+  step.by.advected = {&state.ys[1], &work.dydt, 1};
   if (settings.control.idift) {
-    step.by.diffusivity = {&state.dif[s], 1.0, turbulent_factor(settings.control.scturb)};
+    step.by.diffusivity = {&state.dif, 1.0, turbulent_factor(settings.control.scturb)};
   }
-  step.transfer = &work.wet.fwty[s];
+  step.by.variable = Variable::species;
+  step.by.acrk = settings.control.acrky;
+  step.transfer = &work.wet.fwty;
   step.least = 0.0;
-  step.raises = true;
+  step.most = 1.0;
+  step.holds = true;
   return step;
 }
 
-void transport_species(frame::Log& log, const Domain& domain, Scalars& work, State& state) {
-  for (std::size_t s = 1; s < state.ys.size(); ++s) {
-    const Transported one = species_step(domain, work, s, state).by;
-    transport(log, domain, state, Variable::species, std::span(&one, 1),
-              domain.settings.control.acrky, work.rows);
+FLOW_CLONES void leave_rest(std::size_t count, const double* second, double* first) {
+  for (std::size_t i = 0; i < count; ++i) first[i] = 1.0 - second[i];
+}
+
+void advance_all(frame::Log& log, const Domain& domain, double dt,
+                 std::span<const ScalarStep> steps, ScalarSystem& system, State& state) {
+  const std::size_t bad = advance_scalars(log, domain, state, dt, steps, system);
+  if (bad < steps.size()) {
+    fail_at_first(log, bad == 0 ? "temperature <= 0 or not finite" : "mass fraction not finite",
+                  domain.openings.fluid, steps[bad]);
   }
-}
-
-FLOW_CLONES void add_fraction(std::size_t count, const double* y, double* sum) {
-  for (std::size_t i = 0; i < count; ++i) sum[i] += y[i];
-}
-
-FLOW_CLONES void leave_rest(std::size_t count, double* first) {
-  for (std::size_t i = 0; i < count; ++i) first[i] = first[i] < 1.0 ? 1.0 - first[i] : 0.0;
-}
-
-/// The first species is what the others leave; where they are more than all, they share it.
-void close_mixture(State& state) {
-  if (state.ys.size() < 2) return;
+  if (steps.size() < 2) return;
   for_wide_rows(state.t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
-    double* const first = state.ys[0].data() + place;
-    std::fill_n(first, count, 0.0);
-    for (std::size_t s = 1; s < state.ys.size(); ++s) {
-      add_fraction(count, state.ys[s].data() + place, first);
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-      if (first[i] <= 1.0) continue;
-      for (std::size_t s = 1; s < state.ys.size(); ++s) state.ys[s][place + i] /= first[i];
-    }
-    leave_rest(count, first);
+    leave_rest(count, state.ys[1].data() + place, state.ys[0].data() + place);
   });
-}
-
-void advance_all(frame::Log& log, const Domain& domain, double dt, Scalars& work,
-                 ScalarSystem& system, State& state) {
-  const Flags& fluid = domain.openings.fluid;
-  const ScalarStep heat = heat_step(domain, work, state);
-  if (!advance_scalar(log, domain, state, dt, heat, system)) {
-    fail_at_first(log, "temperature <= 0 or not finite", fluid, state.t, heat.least);
-  }
-  for (std::size_t s = 1; s < state.ys.size(); ++s) {
-    const ScalarStep step = species_step(domain, work, s, state);
-    if (!advance_scalar(log, domain, state, dt, step, system)) {
-      fail_at_first(log, "mass fraction not finite", fluid, state.ys[s], step.least);
-    }
-  }
-  close_mixture(state);
 }
 
 }  // namespace
 
 Scalars make_scalars(frame::Log& log, const Domain& domain) {
   const Box& box = domain.grid.box;
-  const std::size_t others = domain.settings.species.count() - 1;
-  return {make_sources(domain), flw_init_exner(log, domain),
-          make_wet(domain),     SweepRows(box),
-          Field(box),           std::vector<Field>(others, Field(box))};
+  Scalars work{make_sources(domain), flw_init_exner(log, domain),
+               make_wet(domain),     SweepRows(box),
+               Field(box),           {}};
+  if (domain.settings.species.count() > 1) work.dydt = Field(box);
+  return work;
 }
 
 void check_specific_heat(frame::Log& log, const Control& control, const Species& species) {
@@ -165,7 +128,7 @@ void check_specific_heat(frame::Log& log, const Control& control, const Species&
     for (std::size_t s = 0; s < species.count(); ++s) {
       const double cp = specific_heat(species, s, T);
       if (cp > 0.0) continue;
-      log.data_error(frame::items("species,T,cp =", s + 1, T, cp), "Cp must be > 0");
+      log.data_error(frame::items("species,T,cp =", s + 1, T, cp), "cp must be > 0");
     }
   }
 }
@@ -174,21 +137,22 @@ void flw_cldtdt(frame::Log& log, const Domain& domain, double dt, Scalars& work,
                 ScalarSystem& system, State& state) {
   const frame::Tag tag(log, "(flw_cldtdt)");
   set_city_sources(domain.urban, state, work.sources);
+  const bool damp = !work.dydt.empty();
   if (work.exner.used()) set_potential(state.t, work.exner);
-  const Transported heat = heat_step(domain, work, state).by;
-  start_heat(domain, state, work);
-  start_species(domain, state, work);
-  add_wall_heat(domain, state, *heat.advected.q, heat.advected.given,
-                work.exner.used() ? &work.exner.function : nullptr, work.wet, work.dtdt);
-  for (std::size_t s = 1; s < state.ys.size(); ++s) {
-    add_wall_vapour(domain, state, s, work.wet, work.dydt[s - 1]);
+  std::array<ScalarStep, 2> steps{heat_step(domain, work, state)};
+  if (damp) steps[1] = vapour_step(domain, work, state);
+  const std::size_t count = damp ? 2 : 1;
+  const std::array<Transported, 2> all{steps[0].by, steps[1].by};
+  transport(log, domain, state, std::span(all).first(count), Tendency::begins, work.rows);
+  add_heat(domain, state, work);
+  add_wall_heat(domain, state, steps[0], work.wet);
+  if (damp) {
+    add_vapour(state, work);
+    add_wall_vapour(domain, state, work.wet, work.dydt);
   }
-  transport(log, domain, state, Variable::temperature, std::span(&heat, 1),
-            domain.settings.control.acrkt, work.rows);
-  transport_species(log, domain, work, state);
   unst_set_tmprlq();
   unst_set_tmprls();
-  advance_all(log, domain, dt, work, system, state);
+  advance_all(log, domain, dt, std::span(steps).first(count), system, state);
 }
 
 }  // namespace flow

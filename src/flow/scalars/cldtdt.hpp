@@ -3,10 +3,11 @@
 //   r (T_new - T_old)/dt   = -div(ru T) + T div(ru) + (div(conductivity grad T) + heat)/cp
 //   r (ys_new - ys_old)/dt = -div(ru ys) + ys div(ru) + div(diffusivity grad ys) + vapour
 //
-// by the open fractions of cells and faces. The first species is what the others leave: it is the
-// gas that they diffuse in, and takes whatever flux makes the sum of all 0, so that the fractions
-// sum to 1 and each stays in 0..1; with one species there is nothing to do. Called once a step,
-// behind the time step and before momentum; the density must be computed anew behind it.
+// by the open fractions of cells and faces. Of two species, the most that there can be, the second
+// goes forward so and the first is what it leaves: the gas that it diffuses in takes whatever flux
+// makes the sum of both 0, so that the fractions sum to 1 and stay in 0..1. Both equations go
+// through one sweep, and sources and walls add to what it leaves. Called once a step, behind the
+// time step and before momentum; the density must be computed anew behind it.
 #pragma once
 
 #include "flow/scalars/advance.hpp"
@@ -18,10 +19,10 @@ namespace flow {
 /// What is brought into the air of the cells, per volume of the whole cell. A field that nothing
 /// writes stays empty; whoever writes one gives it its size before the first step.
 struct ScalarSources {
-  Field heat;               ///< [W/m3]
-  Field exchange;           ///< part of `heat` that falls with the temperature, over cp [kg/m3 s]
-  std::vector<Field> mass;  ///< by species [kg/m3 s]; with the temperature of the cell
-  Field drain;              ///< minus the sum of `mass`, for the continuity equation
+  Field heat;      ///< [W/m3]
+  Field exchange;  ///< part of `heat` that falls with the temperature, over cp [kg/m3 s]
+  Field vapour;    ///< mass of the second species [kg/m3 s], with the temperature of the cell
+  Field drain;     ///< minus `vapour`, for the continuity equation: there where `vapour` is
 };
 
 /// Memory of the step, taken once.
@@ -30,8 +31,8 @@ struct Scalars {
   Exner exner;
   Wet wet;
   SweepRows rows;
-  Field dtdt;               ///< [kg K/m3 s]
-  std::vector<Field> dydt;  ///< of the species but the first [kg/m3 s]
+  Field dtdt;  ///< [kg K/m3 s]
+  Field dydt;  ///< of the second species [kg/m3 s]; empty where there is one
 };
 Scalars make_scalars(frame::Log& log, const Domain& domain);
 

@@ -47,7 +47,7 @@ void add_rim(const RowsOf& of, int axis, SevenPoint& rows) {
     const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
     double rate = of.step.transfer == nullptr ? 0.0 : (*of.step.transfer)[a][f];
     const double leaving = at.side * rim.open[a][f] * of.state.ru[a][at.face];
-    if (gives_value(group, of.step.variable)) rate += std::max(-leaving, 0.0);
+    if (gives_value(group, of.step.by.variable)) rate += std::max(-leaving, 0.0);
     rows.diagonal[at.cell] += row_scale(of.domain, of.dt, axis, at.cell, at.index[a]) * rate;
   }
 }

@@ -8,9 +8,15 @@ namespace flow {
 
 namespace {
 
-/// Rows of the sweep: the variables' own fluxes first, the mass behind them all.
-constexpr std::size_t kHeat = 1;  ///< what diffuses of a variable with a capacity
+/// Rows of the sweep: one of each variable, those of heat behind them, the mass last.
 constexpr std::size_t kMass = kSweepWidth - 1;
+
+/// What goes through together, and the row of its heat (kMass: none).
+struct Passenger {
+  Transported of;
+  Muscl muscl;
+  std::size_t heat;
+};
 
 /// Fluxes above and below the cells of a row.
 struct Fluxes {
@@ -65,71 +71,109 @@ FLOW_CLONES void take_across(std::size_t count, const Fluxes& flux, const Fluxes
   take_row(count, flux, mass, heat, cells, Same{inv_width});
 }
 
-Cells cells_of(const Transported& one, std::size_t place) {
-  const Field* const capacity = one.diffusivity.molecular == nullptr ? nullptr  //
-                                                                     : one.diffusivity.capacity;
-  return {one.advected.q->data() + place, capacity == nullptr ? nullptr : capacity->data() + place,
-          one.advected.dqdt->data() + place};
+Cells cells_of(const Passenger& one, std::size_t place) {
+  const Field* const capacity = one.of.diffusivity.capacity;
+  return {one.of.advected.q->data() + place, one.heat == kMass ? nullptr : capacity->data() + place,
+          one.of.advected.dqdt->data() + place};
 }
 
-/// Rows that `all` fill.
-bool is_used(std::span<const Transported> all, std::size_t row) {
-  return row < all.size() || row == kMass || cells_of(all[0], 0).capacity != nullptr;
-}
+using Passengers = std::array<Passenger, kTransportWidth>;
 
-/// Forms the fluxes of a row of faces.
-void form(const Domain& domain, const State& state, std::span<const Transported> all,
-          const Muscl& muscl, const FaceRow& row, const FluxRows& out) {
-  inner_mass_row(domain.rim, state.ru, row, out[kMass]);
+/// Fills the first of the seats.
+void seat(std::span<const Transported> all, Passengers& seated) {
+  std::size_t heat = all.size();
   for (std::size_t v = 0; v < all.size(); ++v) {
-    const Field& q = *all[v].advected.q;
     const Diffusivity& by = all[v].diffusivity;
-    advected_row(muscl, q, row, out[kMass], out[v]);
-    if (by.molecular == nullptr) continue;
-    flw_cldif0(domain.metrics, domain.rim, state.mut, by, q, row,
-               by.capacity == nullptr ? out[v] : out[kHeat]);
+    const bool warms = by.molecular != nullptr && by.capacity != nullptr;
+    seated[v] = {all[v], Muscl(all[v].acrk), warms ? heat++ : kMass};
   }
 }
 
-}  // namespace
+/// What a sweep works on.
+struct Sweep {
+  const Domain& domain;
+  const State& state;
+  std::span<const Passenger> all;
+  Tendency before;
+  std::size_t rows;  ///< of fluxes, without the mass
+};
 
-void transport(frame::Log& log, const Domain& domain, const State& state, Variable variable,
-               std::span<const Transported> all, double acrk, SweepRows& rows) {
-  const Box& box = state.mut.box();
+/// Forms the fluxes of a row of faces.
+void form(const Sweep& sweep, const FaceRow& row, const FluxRows& out) {
+  const Domain& domain = sweep.domain;
+  inner_mass_row(domain.rim, sweep.state.ru, row, out[kMass]);
+  for (std::size_t v = 0; v < sweep.all.size(); ++v) {
+    const Passenger& one = sweep.all[v];
+    const Field& q = *one.of.advected.q;
+    advected_row(one.muscl, q, row, out[kMass], out[v]);
+    if (one.of.diffusivity.molecular == nullptr) continue;
+    flw_cldif0(domain.metrics, domain.rim, sweep.state.mut, one.of.diffusivity, q, row,
+               one.heat == kMass ? out[v] : out[one.heat]);
+  }
+}
+
+Fluxes between(const FluxRows& above, const FluxRows& below, std::size_t row) {
+  return {above[row], below[row]};
+}
+
+/// Where the tendencies begin, so does a row of cells.
+void start(const Sweep& sweep, std::size_t place, std::size_t count) {
+  if (sweep.before == Tendency::adds) return;
+  for (const Passenger& one : sweep.all) std::fill_n(cells_of(one, place).dqdt, count, 0.0);
+}
+
+void sweep_all(const Sweep& sweep, SweepRows& rows) {
+  const Box& box = sweep.state.mut.box();
   const auto n = static_cast<std::size_t>(box.n[0]);
-  const Muscl muscl(acrk);
-  const auto between = [](const FluxRows& above, const FluxRows& below, std::size_t v) {
-    return Fluxes{above[v], below[v]};
-  };
+  const int first = box.computed(0) ? 0 : box.computed(1) ? 1 : 2;
   sweep_faces(
-      box, rows,
-      [&](const FaceRow& row, const FluxRows& out) { form(domain, state, all, muscl, row, out); },
+      box, rows, [&](const FaceRow& row, const FluxRows& out) { form(sweep, row, out); },
       [&](std::size_t place, const FluxRows& fluxes) {
-        const FluxRows above{fluxes[0] + 1, fluxes[1] + 1, fluxes[2] + 1};
-        for (std::size_t v = 0; v < all.size(); ++v) {
+        start(sweep, place, n);
+        FluxRows above = fluxes;
+        for (double*& row : above) ++row;
+        for (std::size_t v = 0; v < sweep.all.size(); ++v) {
           take_along(n, between(above, fluxes, v), between(above, fluxes, kMass),
-                     between(above, fluxes, kHeat), cells_of(all[v], place),
-                     AxisMetric::from(domain.metrics[0].inv_width, 1));
+                     between(above, fluxes, sweep.all[v].heat), cells_of(sweep.all[v], place),
+                     AxisMetric::from(sweep.domain.metrics[0].inv_width, 1));
         }
       },
       [&](int axis, std::int32_t index, std::size_t place, const FluxRows& fluxes,
           const FluxRows& before) {
-        const auto& inv_width = domain.metrics[static_cast<std::size_t>(axis)].inv_width;
-        for (std::size_t v = 0; v < all.size(); ++v) {
+        if (axis == first) start(sweep, place, n);
+        const auto& inv_width = sweep.domain.metrics[static_cast<std::size_t>(axis)].inv_width;
+        for (std::size_t v = 0; v < sweep.all.size(); ++v) {
           take_across(n, between(fluxes, before, v), between(fluxes, before, kMass),
-                      between(fluxes, before, kHeat), cells_of(all[v], place),
+                      between(fluxes, before, sweep.all[v].heat), cells_of(sweep.all[v], place),
                       AxisMetric::at(inv_width, index));
         }
-        for (std::size_t v = 0; v < kSweepWidth; ++v) {
-          if (is_used(all, v)) std::copy_n(fluxes[v], n, before[v]);
-        }
+        for (std::size_t v = 0; v < sweep.rows; ++v) std::copy_n(fluxes[v], n, before[v]);
+        std::copy_n(fluxes[kMass], n, before[kMass]);
       });
-  std::array<Advected, kTransportWidth> advected{};
-  for (std::size_t v = 0; v < all.size(); ++v) advected[v] = all[v].advected;
+}
+
+}  // namespace
+
+void transport(frame::Log& log, const Domain& domain, const State& state,
+               std::span<const Transported> all, Tendency before, SweepRows& rows) {
+  const Box& box = domain.grid.box;
+  const bool moves = box.computed(0) || box.computed(1) || box.computed(2);
+  if (!moves && before == Tendency::begins) {
+    for (const Transported& one : all) std::ranges::fill(one.advected.dqdt->all(), 0.0);
+  }
+  Passengers seated{};
+  seat(all, seated);
+  const std::span<const Passenger> used = std::span(seated).first(all.size());
+  const auto warm = std::ranges::count_if(used, [](auto& one) { return one.heat != kMass; });
+  sweep_all({domain, state, used, before, all.size() + static_cast<std::size_t>(warm)}, rows);
+  std::array<Carried, kTransportWidth> carried{};
+  for (std::size_t v = 0; v < all.size(); ++v) {
+    carried[v] = {all[v].advected, all[v].variable, seated[v].muscl};
+  }
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    advect_rim(log, domain.metrics, domain.rim, state.ru, variable,
-               std::span(advected).first(all.size()), muscl, axis);
+    advect_rim(log, domain.metrics, domain.rim, state.ru, std::span(carried).first(all.size()),
+               axis);
   }
 }
 

@@ -29,20 +29,25 @@ struct Diffusivity {
 struct Transported {
   Advected advected;
   Diffusivity diffusivity;
+  Variable variable = Variable::temperature;
+  double acrk = 1.0 / 3.0;  ///< scheme of advection
 };
 
-/// Variables that go together: two, or one with a capacity.
+/// Variables that go together; one with a capacity counts twice.
 inline constexpr std::size_t kTransportWidth = kSweepWidth - 1;
 
-/// Adds advection and diffusion to the tendencies of the fluid cells, per volume of the whole cell
-/// and by the open fractions of the faces. Reads ru, mut and the fields of `all` with their halos;
-/// writes their dqdt. Through the faces of the rim passes what the air carries and nothing else:
-/// conditions add their own diffusion. Second order in space. Errors: those of flw_cladv0.
-void transport(frame::Log& log, const Domain& domain, const State& state, Variable variable,
-               std::span<const Transported> all, double acrk, SweepRows& rows);
+/// What the tendencies hold before: part of the sum, or nothing.
+enum class Tendency : std::int32_t { adds, begins };
 
-/// flw_cldif0: takes what diffuses through a row of faces from `flux`; with a capacity it is heat and
-/// goes to `flux` alone.
+/// Advection and diffusion of the fluid cells, per volume of the whole cell and by the open
+/// fractions of the faces, into the tendencies. Reads ru, mut and the fields of `all` with their
+/// halos; writes their dqdt. Through the faces of the rim passes what the air carries and nothing
+/// else: conditions add their own diffusion. Second order in space. Errors: those of flw_cladv0.
+void transport(frame::Log& log, const Domain& domain, const State& state,
+               std::span<const Transported> all, Tendency before, SweepRows& rows);
+
+/// flw_cldif0: takes what diffuses through a row of faces from `flux`; with a capacity it is heat
+/// and goes to `flux` alone.
 void flw_cldif0(const Metrics& metrics, const Rim& rim, const Field& mut, const Diffusivity& by,
                 const Field& q, const FaceRow& row, double* flux);
 

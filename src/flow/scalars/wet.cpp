@@ -48,12 +48,12 @@ double heat_exchange(const Domain& domain, const RimCell& cell, const State& sta
   return state.mu[cell.at.cell] / domain.settings.species.prlmnr / cell.half;
 }
 
-double vapour_exchange(const Domain& domain, const RimCell& cell, const State& state, std::size_t s,
+double vapour_exchange(const Domain& domain, const RimCell& cell, const State& state,
                        const WallLaw& law) {
   if (!domain.settings.control.idift || !exchanges(cell, state)) return 0.0;
   if (cell.group.iy != SpeciesAt::given) return 0.0;
   if (cell.group.iv == VelocityAt::log_wall) return by_law(law, cell, state);
-  return state.dif[s][cell.at.cell] / cell.half;
+  return state.dif[cell.at.cell] / cell.half;
 }
 
 /// Calls `use(cell, factor of the face, part of it, 1/width)` for all faces of the rim.
@@ -84,37 +84,37 @@ RimFactors factors_of(const Rim& rim) {
 Wet make_wet(const Domain& domain) {
   const Control& control = domain.settings.control;
   const Species& species = domain.settings.species;
-  return {factors_of(domain.rim),
-          {species.count(), factors_of(domain.rim)},
-          WallLaw(species.prlmnr, control.prturb),
+  return {factors_of(domain.rim), factors_of(domain.rim), WallLaw(species.prlmnr, control.prturb),
           WallLaw(species.sclmnr, control.scturb)};
 }
 
-void add_wall_heat(const Domain& domain, const State& state, const Field& q,
-                   const RimFactors* given, const Field* factor, Wet& wet, Field& dqdt) {
+void add_wall_heat(const Domain& domain, const State& state, const ScalarStep& heat, Wet& wet) {
+  const Field& q = *heat.by.advected.q;
+  Field& dqdt = *heat.by.advected.dqdt;
+  const RimFactors* const given = heat.by.advected.given;
   for_rim(domain, wet.fwtt,
           [&](const RimCell& cell, std::size_t f, double& fwtt, double part, double inv_width) {
             const std::size_t c = cell.at.cell;
-            fwtt = part * heat_exchange(domain, cell, state, wet.heat);
-            const double scale =
-                given == nullptr ? 1.0 : (*given)[static_cast<std::size_t>(cell.axis)][f];
-            double rate = fwtt * (scale * cell.group.t - q[c]);
             if (cell.group.it == TemperatureAt::flux) {
-              const double of_q = factor == nullptr ? 1.0 : (*factor)[c];
-              rate = part * cell.group.t / (state.cp[c] * of_q);
+              const double factor = heat.factor == nullptr ? 1.0 : (*heat.factor)[c];
+              dqdt[c] += part * cell.group.t / (state.cp[c] * factor) * inv_width;
+              return;
             }
-            dqdt[c] += rate * inv_width;
+            fwtt = part * heat_exchange(domain, cell, state, wet.heat);
+            if (fwtt == 0.0) return;
+            const auto a = static_cast<std::size_t>(cell.axis);
+            const double wall = cell.group.t * (given == nullptr ? 1.0 : (*given)[a][f]);
+            dqdt[c] += fwtt * (wall - q[c]) * inv_width;
           });
 }
 
-void add_wall_vapour(const Domain& domain, const State& state, std::size_t s, Wet& wet,
-                     Field& dqdt) {
-  for_rim(domain, wet.fwty[s],
+void add_wall_vapour(const Domain& domain, const State& state, Wet& wet, Field& dqdt) {
+  for_rim(domain, wet.fwty,
           [&](const RimCell& cell, std::size_t, double& fwty, double part, double inv_width) {
             const std::size_t c = cell.at.cell;
-            fwty = part * vapour_exchange(domain, cell, state, s, wet.vapour);
+            fwty = part * vapour_exchange(domain, cell, state, wet.vapour);
             if (fwty == 0.0) return;
-            dqdt[c] += fwty * (cell.group.ys[s] - state.ys[s][c]) * inv_width;
+            dqdt[c] += fwty * (cell.group.ys[1] - state.ys[1][c]) * inv_width;
           });
 }
 

@@ -6,30 +6,26 @@
 // and species.
 #pragma once
 
+#include "flow/scalars/advance.hpp"
 #include "flow/scalars/wall_law.hpp"
-#include "flow/terms/advection.hpp"
-#include "flow/terms/domain.hpp"
 
 namespace flow {
 
 /// Exchange of each face of the rim by the difference of values, times its area over the face's
 /// [kg/m2 s].
 struct Wet {
-  RimFactors fwtt;               ///< heat, over the specific heat
-  std::vector<RimFactors> fwty;  ///< species, but the first
+  RimFactors fwtt;  ///< heat, over the specific heat
+  RimFactors fwty;  ///< of the second species
   WallLaw heat, vapour;
 };
 Wet make_wet(const Domain& domain);
 
-/// Writes `fwtt` and adds what walls give to the rate of the temperature q [kg K/m3 s]; `given` are
-/// the factors on given temperatures, `factor` that from q to a temperature (null: 1). Without
+/// Writes `fwtt` and adds what walls give to the rate of `heat`'s step [kg K/m3 s]. Without
 /// diffusion (`idift`) only fluxes count. Reads ru, r level 1, mu, cp. First order in the half
-/// cell, which leaves q of second order.
-void add_wall_heat(const Domain& domain, const State& state, const Field& q,
-                   const RimFactors* given, const Field* factor, Wet& wet, Field& dqdt);
+/// cell, which leaves the temperature of second order.
+void add_wall_heat(const Domain& domain, const State& state, const ScalarStep& heat, Wet& wet);
 
-/// The same for species s > 0 [kg/m3 s]; reads ru, r level 1, mu, dif, ys.
-void add_wall_vapour(const Domain& domain, const State& state, std::size_t s, Wet& wet,
-                     Field& dqdt);
+/// The same for the second species [kg/m3 s]; reads ru, r level 1, mu, dif, ys.
+void add_wall_vapour(const Domain& domain, const State& state, Wet& wet, Field& dqdt);
 
 }  // namespace flow

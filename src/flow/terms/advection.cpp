@@ -95,9 +95,11 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
                           advected_row(muscl, *advected[v].q, row, mass, out[v]);
                         }
                       });
+  std::array<Carried, kSweepWidth> carried{};
+  for (std::size_t v = 0; v < advected.size(); ++v) carried[v] = {advected[v], variable, muscl};
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    advect_rim(log, metrics, rim, ru, variable, advected, muscl, axis);
+    advect_rim(log, metrics, rim, ru, std::span(carried).first(advected.size()), axis);
   }
 }
 

@@ -33,6 +33,7 @@ struct Advected {
 
 /// The constants of the kappa scheme.
 struct Muscl {
+  Muscl() : Muscl(1.0 / 3.0) {}
   explicit Muscl(double acrk);
   bool upwind;  ///< first order
   double c1, c2, b;
@@ -57,11 +58,17 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
                 const std::array<Field, 3>& ru, Variable variable,
                 std::span<const Advected> advected, double acrk, SweepRows& rows);
 
+/// A variable on its way, with its scheme.
+struct Carried {
+  Advected of;
+  Variable variable = Variable::momentum;
+  Muscl muscl;
+};
+
 /// What the rim changes: the sweep carries nothing through its faces, and takes the values beyond
-/// them as they stand. Same arguments; `axis` is the normal. Momentum is carried in conservative
-/// form; all others gain what comes in less the cell's own value times its mass.
+/// them as they stand; `axis` is the normal. Momentum is carried in conservative form; all others
+/// gain what comes in less the cell's own value times its mass. Errors: those of flw_cladv0.
 void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& ru, Variable variable,
-                std::span<const Advected> advected, const Muscl& muscl, int axis);
+                const std::array<Field, 3>& ru, std::span<const Carried> carried, int axis);
 
 }  // namespace flow

@@ -49,12 +49,11 @@ FLOW_CLONES void add_row(std::size_t count, double dt, const double* rate, doubl
   for (std::size_t i = 0; i < count; ++i) ru[i] += dt * rate[i];
 }
 
-/// Rates of a row of faces.
-void set_rates(const Domain& domain, const Velocities& velocities, const Field& dqdt,
-               const State& state, const FaceRow& row, double* out) {
-  const int axis = row.axis;
+/// Rates of the row of faces at `place`; `f` is their index along an axis across the row.
+void set_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
+               const Field& velocity, std::size_t place, std::size_t count, std::int32_t f,
+               double* out) {
   const auto a = static_cast<std::size_t>(axis);
-  const std::size_t place = row.place;
   const Rows at{dqdt.data() + place,
                 domain.openings.gmc.data() + place,
                 state.p.data() + place,
@@ -64,11 +63,12 @@ void set_rates(const Domain& domain, const Velocities& velocities, const Field& 
                 domain.settings.control.gravity[a],
                 domain.settings.ambient.ramb};
   if (axis == 0) {
-    rates_along(row.count, at, domain.metrics[0], out);
+    rates_along(count, at, domain.metrics[0], out);
+    damp_waves(domain, state, velocity, {0, place + 1, count - 1, {1, 1, 1}}, out + 1);
   } else {
-    rates_across(row.count, at, domain.metrics[a], row.index[a], out);
+    rates_across(count, at, domain.metrics[a], f, out);
+    if (f > 0) damp_waves(domain, state, velocity, {axis, place, count, {1, f, f}}, out);
   }
-(void)velocities;
 }
 
 /// Pressure that a condition holds at a face: the given one, or the column of the ambient air over
@@ -110,26 +110,24 @@ void for_free_rates(const Domain& domain, const Field& dqdt, int axis, const Sta
 
 }  // namespace
 
-void advance_faces(const Domain& domain, const Velocities& velocities,
-                   const std::array<Field, 3>& dqdt, double dt, std::span<double> scratch,
+void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt,
+                   const Velocities& velocities, double dt, std::span<double> scratch,
                    State& state) {
   const Box& box = domain.grid.box;
   const auto n = static_cast<std::size_t>(box.n[0]);
-  const auto advance = [&](const FaceRow& row) {
-    const auto a = static_cast<std::size_t>(row.axis);
-    set_rates(domain, velocities, dqdt[a], state, row, scratch.data());
-    add_row(row.count, dt, scratch.data(), state.ru[a].data() + row.place);
+  const auto advance = [&](int axis, std::size_t place, std::size_t count, std::int32_t f) {
+    const auto a = static_cast<std::size_t>(axis);
+    set_rates(domain, dqdt[a], axis, state, velocities.face[a], place, count, f, scratch.data());
+    add_row(count, dt, scratch.data(), state.ru[a].data() + place);
   };
   // All axes row by row: they share density, pressure and volume.
   for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
-    if (box.computed(0)) advance({0, place - 1, n + 1, {0, j, k}});
-    if (box.computed(1)) {
-      if (j == 1) advance({1, place - box.stride(1), n, {1, 0, k}});
-      advance({1, place, n, {1, j, k}});
-    }
-    if (box.computed(2)) {
-      if (k == 1) advance({2, place - box.stride(2), n, {1, j, 0}});
-      advance({2, place, n, {1, j, k}});
+    if (box.computed(0)) advance(0, place - 1, n + 1, 0);
+    for (const int axis : {1, 2}) {
+      const std::int32_t f = axis == 1 ? j : k;
+      if (!box.computed(axis)) continue;
+      if (f == 1) advance(axis, place - box.stride(axis), n, 0);
+      advance(axis, place, n, f);
     }
   });
   for (int axis = 0; axis < 3; ++axis) {
@@ -139,14 +137,14 @@ void advance_faces(const Domain& domain, const Velocities& velocities,
   }
 }
 
-void set_face_rates(const Domain& domain, const Velocities& velocities, const Field& dqdt, int axis,
+void set_face_rates(const Domain& domain, const Field& dqdt, const Velocities& velocities, int axis,
                     const State& state, std::span<double> scratch, Field& rate) {
-  for_face_rows(dqdt.box(), axis,
-                [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
-                  const FaceRow row{axis, place, count, {axis == 0 ? 0 : 1, j, k}};
-                  set_rates(domain, velocities, dqdt, state, row, scratch.data());
-                  std::copy_n(scratch.data(), count, rate.data() + place);
-                });
+  for_face_rows(
+      dqdt.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+        set_rates(domain, dqdt, axis, state, velocities.face[static_cast<std::size_t>(axis)], place,
+                  count, axis == 1 ? j : k, scratch.data());
+        std::copy_n(scratch.data(), count, rate.data() + place);
+      });
   for_free_rates(domain, dqdt, axis, state,
                  [&](std::size_t face, double value) { rate[face] = value; });
 }

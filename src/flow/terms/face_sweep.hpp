@@ -14,7 +14,7 @@
 
 namespace flow {
 
-inline constexpr std::size_t kSweepWidth = 3;  ///< variables that go through together
+inline constexpr std::size_t kSweepWidth = 4;  ///< fluxes that go through together
 
 /// The rows of fluxes that a sweep keeps; sized once, for a box.
 struct SweepRows {
@@ -54,7 +54,9 @@ template <class Form, class Along, class Across>
 void sweep_faces(const Box& box, SweepRows& rows, Form&& form, Along&& along, Across&& across) {
   const auto n = static_cast<std::size_t>(box.n[0]);
   const auto pointers = [&](SweepRows::Rows& set, std::size_t offset) {
-    return FluxRows{set[0].data() + offset, set[1].data() + offset, set[2].data() + offset};
+    FluxRows row{};
+    for (std::size_t v = 0; v < kSweepWidth; ++v) row[v] = set[v].data() + offset;
+    return row;
   };
   const FluxRows fresh = pointers(rows.fresh, 0);
   for (std::int32_t k = 1; k <= box.n[2]; ++k) {

@@ -14,7 +14,8 @@ constexpr double kAdvectivePart = 0.125;
 /// A row of faces; cells and faces further along the axis are `s` away.
 template <class Weight>
 struct Rows {
-  const double *cell, *face, *r, *mu, *mut, *inner;
+  const double *face, *open, *inner;
+  const double *r, *mu, *mut;  ///< at the cells below
   std::size_t s;
   double viscous;
   /// Weights of the means on the faces before, here and next.
@@ -22,16 +23,19 @@ struct Rows {
   std::array<Weight, 2> width;  ///< inverse, of the cells below and above
   Weight gap;                   ///< inverse
 
-  /// What the cells do not hold of a face; `step` is -1, 0 or 1 faces on.
-  template <int step>
-  FLOW_INLINE double unseen(std::size_t i) const {
-    constexpr auto at = static_cast<std::size_t>(step + 1);
-    const std::size_t f = step < 0 ? i - s : step > 0 ? i + s : i;
-    return face[f] - (lower[at][i] * cell[f] + upper[at][i] * cell[f + s]);
+  /// Volume that passes a face, by its area; all that is not closed is open whole unless `partly`.
+  template <bool partly>
+  FLOW_INLINE double passing(std::size_t f) const {
+    return partly ? open[f] * face[f] : face[f];
   }
-  /// Exchange of the faces on both sides of a cell.
-  FLOW_INLINE double exchange(std::size_t c, double inv_width) const {
-    return viscous * (mu[c] + mut[c]) * inv_width + kAdvectivePart * r[c] * std::fabs(cell[c]);
+  /// What the means of the cells do not hold of it.
+  template <std::size_t at>
+  FLOW_INLINE double unseen(std::size_t i, double before, double own, double behind) const {
+    return 0.5 * (own - (lower[at][i] * before + upper[at][i] * behind));
+  }
+  /// Exchange of the faces on both sides of a cell, where `through` passes it.
+  FLOW_INLINE double exchange(std::size_t c, double inv_width, double through) const {
+    return viscous * (mu[c] + mut[c]) * inv_width + kAdvectivePart * r[c] * std::fabs(through);
   }
 };
 
@@ -43,15 +47,21 @@ FLOW_INLINE double alternation(double before, double behind) {
   return size * (std::copysign(1.0, behind) - std::copysign(1.0, before));
 }
 
-template <class Weight>
+template <bool partly, class Weight>
 FLOW_INLINE void damp_row(std::size_t count, const Rows<Weight>& at, double* __restrict rate) {
   const std::size_t s = at.s;
   for (std::size_t i = 0; i < count; ++i) {
-    const double here = at.template unseen<0>(i);
-    const double below =
-        at.exchange(i, at.width[0][i]) * alternation(at.template unseen<-1>(i), here);
+    const double m0 = at.template passing<partly>(i - 2 * s);
+    const double m1 = at.template passing<partly>(i - s);
+    const double m2 = at.template passing<partly>(i);
+    const double m3 = at.template passing<partly>(i + s);
+    const double m4 = at.template passing<partly>(i + 2 * s);
+    const double before = at.template unseen<0>(i, m0, m1, m2);
+    const double own = at.template unseen<1>(i, m1, m2, m3);
+    const double behind = at.template unseen<2>(i, m2, m3, m4);
+    const double below = at.exchange(i, at.width[0][i], 0.5 * (m1 + m2)) * alternation(before, own);
     const double above =
-        at.exchange(i + s, at.width[1][i]) * alternation(here, at.template unseen<1>(i));
+        at.exchange(i + s, at.width[1][i], 0.5 * (m2 + m3)) * alternation(own, behind);
     const double in = at.inner[i - s] > 0.0 ? below : 0.0;
     const double out = at.inner[i + s] > 0.0 ? above : 0.0;
     rate[i] += at.inner[i] > 0.0 ? (out - in) * at.gap[i] : 0.0;
@@ -60,18 +70,19 @@ FLOW_INLINE void damp_row(std::size_t count, const Rows<Weight>& at, double* __r
 
 /// `value(row of a metric, ahead)` gives the weights of the faces or cells that many on.
 template <class Value>
-auto rows_of(const Domain& domain, const State& state, const Velocities& velocities,
-             const FaceRow& row, Value&& value) {
+auto rows_of(const Domain& domain, const State& state, const Field& velocity, const FaceRow& row,
+             Value&& value) {
   const auto a = static_cast<std::size_t>(row.axis);
   const AxisMetric& metric = domain.metrics[a];
+  const auto of = [&row](const Field& field) { return field.data() + row.place; };
   using Weight = decltype(value(metric.lower, 0));
-  return Rows<Weight>{velocities.cell[a].data() + row.place,
-                      velocities.face[a].data() + row.place,
-                      state.r[0].data() + row.place,
-                      state.mu.data() + row.place,
-                      state.mut.data() + row.place,
-                      domain.rim.inner[a].data() + row.place,
-                      state.mu.box().stride(row.axis),
+  return Rows<Weight>{of(velocity),
+                      of(domain.openings.gm[a]),
+                      of(domain.rim.inner[a]),
+                      of(state.r[0]),
+                      of(state.mu),
+                      of(state.mut),
+                      velocity.box().stride(row.axis),
                       domain.settings.control.ivisc ? kViscousPart : 0.0,
                       {value(metric.lower, -1), value(metric.lower, 0), value(metric.lower, 1)},
                       {value(metric.upper, -1), value(metric.upper, 0), value(metric.upper, 1)},
@@ -80,28 +91,37 @@ auto rows_of(const Domain& domain, const State& state, const Velocities& velocit
 }
 
 FLOW_CLONES void damp_along(std::size_t count, const Rows<Each>& at, double* rate) {
-  damp_row(count, at, rate);
+  damp_row<false>(count, at, rate);
+}
+FLOW_CLONES void damp_along_partly(std::size_t count, const Rows<Each>& at, double* rate) {
+  damp_row<true>(count, at, rate);
 }
 
 FLOW_CLONES void damp_across(std::size_t count, const Rows<Same>& at, double* rate) {
-  damp_row(count, at, rate);
+  damp_row<false>(count, at, rate);
+}
+FLOW_CLONES void damp_across_partly(std::size_t count, const Rows<Same>& at, double* rate) {
+  damp_row<true>(count, at, rate);
 }
 
 }  // namespace
 
-void damp_waves(const Domain& domain, const State& state, const Velocities& velocities,
-                const FaceRow& row, double* rate) {
+void damp_waves(const Domain& domain, const State& state, const Field& velocity, const FaceRow& row,
+                double* rate) {
   const std::int32_t f = row.index[static_cast<std::size_t>(row.axis)];
+  const bool partly = domain.rim.partly[static_cast<std::size_t>(row.axis)];
   if (row.axis == 0) {
     const auto each = [f](const std::vector<double>& of, std::int32_t ahead) {
       return AxisMetric::from(of, f + ahead);
     };
-    damp_along(row.count, rows_of(domain, state, velocities, row, each), rate);
+    (partly ? damp_along_partly : damp_along)(row.count,
+                                              rows_of(domain, state, velocity, row, each), rate);
   } else {
     const auto same = [f](const std::vector<double>& of, std::int32_t ahead) {
       return Same{AxisMetric::at(of, f + ahead)};
     };
-    damp_across(row.count, rows_of(domain, state, velocities, row, same), rate);
+    (partly ? damp_across_partly : damp_across)(row.count,
+                                                rows_of(domain, state, velocity, row, same), rate);
   }
 }
 

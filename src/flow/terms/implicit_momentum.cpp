@@ -127,7 +127,7 @@ void solve_change(frame::Log& log, const Domain& domain, const Velocities& veloc
                   std::span<double> scratch, ImplicitMomentum& work, const State& state,
                   Field& dqdt) {
   std::fill(work.rate.all().begin(), work.rate.all().end(), 0.0);
-  set_face_rates(domain, velocities, dqdt, axis, state, scratch, work.rate);
+  set_face_rates(domain, dqdt, velocities, axis, state, scratch, work.rate);
   take_sink(drag, static_cast<std::size_t>(axis), 1.0, work.rate);
   set_right_side(domain, axis, dt, work.rate, dqdt);
   set_rows({domain, state, dt, axis, work.rows}, shear);

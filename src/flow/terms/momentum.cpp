@@ -44,7 +44,7 @@ void advance_fluxes(frame::Log& log, const Domain& domain, double dt, Momentum& 
     if (wraps) fill_halos(work.dqdt[a], domain.boundary.ends);
   });
   if (!domain.settings.control.implicit()) {
-    advance_faces(domain, work.velocities, work.dqdt, dt, work.rows.scratch, state);
+    advance_faces(domain, work.dqdt, work.velocities, dt, work.rows.scratch, state);
     for_components(domain, [&](int, std::size_t a) { take_sink(work.drag, a, dt, state.ru[a]); });
     return;
   }

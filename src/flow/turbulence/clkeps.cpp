@@ -31,6 +31,8 @@ Transported transported(const Domain& domain, std::size_t item, TurbulenceWork& 
                         const State& state) {
   Transported one;
   one.advected = {&state.ak[item], &work.dqdt[item], item};
+  one.variable = Variable::turbulence;
+  one.acrk = domain.settings.control.acrke;
   if (domain.settings.control.idifk) one.diffusivity = {&state.mu, 1.0, turbulent_part(item)};
   return one;
 }
@@ -40,10 +42,9 @@ void add_transport(frame::Log& log, const Domain& domain, SweepRows& rows, Turbu
                    const State& state) {
   std::array<Transported, 2> both;
   for (std::size_t item = 0; item < 2; ++item) {
-    std::ranges::fill(work.dqdt[item].all(), 0.0);
     both[item] = transported(domain, item, work, state);
   }
-  transport(log, domain, state, Variable::turbulence, both, domain.settings.control.acrke, rows);
+  transport(log, domain, state, both, Tendency::begins, rows);
 }
 
 /// Diffusion from walls whose k and epsilon are given, over the half cell.
@@ -159,14 +160,14 @@ void solve(frame::Log& log, const Step& step, std::size_t item, ScalarSystem& sy
   });
   ScalarStep scalar;
   scalar.q = &q;
-  scalar.variable = Variable::turbulence;
   scalar.by = transported(step.domain, item, work, state);
   scalar.sink = &work.sink[item];
   scalar.transfer = &work.transfer[item];
   scalar.least = lowest(step.domain, item);
-  scalar.raises = true;
+  scalar.holds = true;
   // What is not finite is found behind the step, with the other fields.
-  static_cast<void>(advance_scalar(log, step.domain, state, step.dt, scalar, system));
+  static_cast<void>(
+      advance_scalars(log, step.domain, state, step.dt, std::span(&scalar, 1), system));
 }
 
 }  // namespace
