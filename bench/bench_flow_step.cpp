@@ -128,7 +128,7 @@ void density_and_limit(benchmark::State& state) {
     flow::flw_clrho(run.settings, run.grid, true, run.state);
     flow::flw_clprop(run.settings.species, run.state);
     benchmark::DoNotOptimize(flow::flw_cldelt(run.settings.control, run.work.metrics, run.openings,
-                                              run.urban, run.state, run.work.scratch));
+                                              run.state, run.work.scratch));
   }
 }
 BENCHMARK(density_and_limit)->Unit(benchmark::kMillisecond);
