@@ -226,6 +226,7 @@ def main():
         sys.exit(f"{run_directory} is there already")
     shutil.copytree(ROOT / "examples/canyon", run_directory)
     shutil.copytree(ROOT / "examples/street_air", run_directory, dirs_exist_ok=True)
+    shutil.copy(run_directory / "Weather.txt", run_directory / "Weather_station.txt")
     station = Station(run_directory / "Weather.txt")
     last = {hour: (0.0, 0.0) for hour in HOURS}
     print("excess over the weather station, K: air at all surfaces (air in the street)\n")

@@ -22,7 +22,9 @@ class Rows {
   bool next(Fields&&... fields) {
     const frame::ReadStatus status = file_.read(fields...);
     if (status == frame::ReadStatus::error) log_.read_error(file_, "### read error : " + title_);
-    return status == frame::ReadStatus::ok;
+    if (status == frame::ReadStatus::end) return false;
+    warn_if_ran_on(log_, file_, title_, told_);
+    return true;
   }
   /// Passes over lines that begin with #.
   void pass_remarks() {
@@ -54,6 +56,7 @@ class Rows {
   frame::Log& log_;
   frame::TextInput& file_;
   std::string title_;
+  bool told_ = false;
 };
 
 void append(frame::Log& log, const CityRow& row, CityRows& rows) {
@@ -61,6 +64,14 @@ void append(frame::Log& log, const CityRow& row, CityRows& rows) {
 }
 
 }  // namespace
+
+void warn_if_ran_on(frame::Log& log, const frame::TextInput& file, std::string_view title,
+                    bool& told) {
+  if (told || !file.ran_on()) return;
+  log.warn("a record of", title, "takes more than one line, file", file.name() + ",", "line",
+           file.record_line());
+  told = true;
+}
 
 CityRows kpc_read_surftemp(frame::Log& log, frame::TextInput& file, const Box& box,
                            const std::array<std::int32_t, 2>& offset) {

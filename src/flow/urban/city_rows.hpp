@@ -21,6 +21,11 @@ struct CityRow {
 };
 using CityRows = std::vector<CityRow>;
 
+/// To be called behind each record that is read: warns of the first that takes more than one line,
+/// mostly because a field is missing and is taken from the next.
+void warn_if_ran_on(frame::Log& log, const frame::TextInput& file, std::string_view title,
+                    bool& told);
+
 /// kpc_read_surftemp: `i j k hour tdrg(1:3)` behind a title line, sums over the surfaces of a cell
 /// [W/K, W, W/K]. The file's i and j are less by `offset` than those of the grid (group DUMMYGRID
 /// of the surface model). Errors: a data error with file and line for a cell outside the grid, an

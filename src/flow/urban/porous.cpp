@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "flow/halo.hpp"
+#include "flow/urban/city_rows.hpp"
 
 namespace flow {
 
@@ -35,7 +36,7 @@ void check(frame::Log& log, const frame::TextInput& file, const Box& box, const 
 
 std::vector<PorousRow> read_rows(frame::Log& log, frame::TextInput& file, const Box& box) {
   std::vector<PorousRow> rows;
-  for (;;) {
+  for (bool told = false;;) {
     PorousRow row;
     const auto status =
         file.read(std::span<std::int32_t>(row.cell), std::span<double>(row.fraction));
@@ -43,6 +44,7 @@ std::vector<PorousRow> read_rows(frame::Log& log, frame::TextInput& file, const 
     if (status == frame::ReadStatus::error) {
       log.read_error(file, "### error : read error in Porous file");
     }
+    warn_if_ran_on(log, file, "Porous data", told);
     check(log, file, box, row);
     frame::allocating(log, "Porous data", frame::bytes_grown(rows), [&] { rows.push_back(row); });
   }
