@@ -63,10 +63,13 @@ double diffusivity(const Species& species, std::size_t s, double y, double moles
 }
 
 void flw_clprop(const Species& species, State& state) {
+  // A constant stands from the first call on.
+  const bool stands = !species.sutherland && state.mu(1, 1, 1) == species.mu;
   for_wide_rows(state.t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
-    if (!species.sutherland) {
+    if (!species.sutherland && !stands) {
       std::fill_n(state.mu.data() + place, count, species.mu);
-    } else {
+    }
+    if (species.sutherland) {
       for (std::size_t c = place; c < place + count; ++c) {
         state.mu[c] = viscosity(species, state.t[c]);
       }
