@@ -15,7 +15,7 @@ constexpr double kAdvectivePart = 0.125;
 template <class Weight>
 struct Rows {
   const double *face, *open, *inner;
-  const double *r, *mu, *mut;  ///< at the cells below
+  const double *r, *mu, *mut, *volume;  ///< at the cells below
   std::size_t s;
   double viscous;
   /// Weights of the means on the faces before, here and next.
@@ -33,9 +33,9 @@ struct Rows {
   FLOW_INLINE double unseen(std::size_t i, double before, double own, double behind) const {
     return 0.5 * (own - (lower[at][i] * before + upper[at][i] * behind));
   }
-  /// Exchange of the faces on both sides of a cell, where `through` passes it.
-  FLOW_INLINE double exchange(std::size_t c, double inv_width, double through) const {
-    return viscous * (mu[c] + mut[c]) * inv_width + kAdvectivePart * r[c] * std::fabs(through);
+  /// Exchange of the faces on both sides of a cell; `speeds` is the sum of theirs.
+  FLOW_INLINE double exchange(std::size_t c, double inv_width, double speeds) const {
+    return viscous * (mu[c] + mut[c]) * inv_width + 0.5 * kAdvectivePart * r[c] * speeds;
   }
 };
 
@@ -59,12 +59,19 @@ FLOW_INLINE void damp_row(std::size_t count, const Rows<Weight>& at, double* __r
     const double before = at.template unseen<0>(i, m0, m1, m2);
     const double own = at.template unseen<1>(i, m1, m2, m3);
     const double behind = at.template unseen<2>(i, m2, m3, m4);
-    const double below = at.exchange(i, at.width[0][i], 0.5 * (m1 + m2)) * alternation(before, own);
+    const double below =
+        at.exchange(i, at.width[0][i], std::fabs(at.face[i - s]) + std::fabs(at.face[i])) *
+        alternation(before, own);
     const double above =
-        at.exchange(i + s, at.width[1][i], 0.5 * (m2 + m3)) * alternation(own, behind);
+        at.exchange(i + s, at.width[1][i], std::fabs(at.face[i]) + std::fabs(at.face[i + s])) *
+        alternation(own, behind);
     const double in = at.inner[i - s] > 0.0 ? below : 0.0;
     const double out = at.inner[i + s] > 0.0 ? above : 0.0;
-    rate[i] += at.inner[i] > 0.0 ? (out - in) * at.gap[i] : 0.0;
+    double change = (out - in) * at.gap[i];
+    if constexpr (partly) {
+      change /= at.volume[i] < at.volume[i + s] ? at.volume[i + s] : at.volume[i];
+    }
+    rate[i] += at.inner[i] > 0.0 ? change : 0.0;
   }
 }
 
@@ -82,6 +89,7 @@ auto rows_of(const Domain& domain, const State& state, const Field& velocity, co
                       of(state.r[0]),
                       of(state.mu),
                       of(state.mut),
+                      of(domain.openings.gmc),
                       velocity.box().stride(row.axis),
                       domain.settings.control.ivisc ? kViscousPart : 0.0,
                       {value(metric.lower, -1), value(metric.lower, 0), value(metric.lower, 1)},

@@ -5,7 +5,7 @@
 // again, and where obstacles leave such waves they would stand and feed turbulence. What is unseen
 // of a face, half the difference of what passes it from the mean of the faces beside it, changes
 // its sign from face to face in such a wave, and keeps it in a smooth flow. Where it changes, it
-// diffuses along the axis by half of mu + mut and by an eighth of what passes a cell; elsewhere
+// diffuses along the axis by half of mu + mut and by an eighth of the flux of its faces; elsewhere
 // nothing is done, so that the order of the scheme stays. Last stage of the momentum predictor.
 #pragma once
 
