@@ -43,8 +43,8 @@ struct Building : FlowCase {
     run.boundary.groups.push_back(block);
     flow::for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
       for (std::int32_t i = 1; i <= box.n[0]; ++i, ++place) {
-        const bool within = std::fabs(centre(0, i)) < 0.5 && centre(1, j) < 0.5 &&
-                            centre(2, k) < 2.0;
+        const bool within =
+            std::fabs(centre(0, i)) < 0.5 && centre(1, j) < 0.5 && centre(2, k) < 2.0;
         if (within) run.openings.fluid[place] = 0;
       }
     });

@@ -1,5 +1,7 @@
 #include "flow/rim.hpp"
 
+#include <algorithm>
+
 #include "flow/density.hpp"
 #include "flow/halo.hpp"
 
@@ -111,7 +113,10 @@ Rim make_rim(const Boundary& boundary, const BoundaryFaces& faces, const Opening
     rim.inner[a] = Field(box);
     if (!box.computed(axis)) continue;
     open_inner_faces(boundary, openings, axis, rim);
+    rim.partly[a] = std::ranges::any_of(openings.gm[a].all(),
+                                        [](double open) { return open > 0.0 && open < 1.0; });
     for (const auto& face : faces.of[a]) rim.inner[a][face.face] = 0.0;
+    if (boundary.ends[a][0] == End::periodic) fill_face_halos(rim.inner[a], axis, boundary.ends);
     for (const std::int32_t side : {-1, 1}) {
       if (boundary.ends[a][side < 0 ? 0 : 1] != End::symmetric) continue;
       list_symmetric_end(openings, axis, side, rim);

@@ -1,9 +1,9 @@
 #include "flow/terms/face_rates.hpp"
 
 #include <algorithm>
-#include <cmath>
 
 #include "flow/row_kernel.hpp"
+#include "flow/terms/face_waves.hpp"
 
 namespace flow {
 
@@ -49,100 +49,6 @@ FLOW_CLONES void add_row(std::size_t count, double dt, const double* rate, doubl
   for (std::size_t i = 0; i < count; ++i) ru[i] += dt * rate[i];
 }
 
-/// What damps the waves that the means do not see, at the faces of a row.
-struct WaveRows {
-  const double* u;                      ///< velocity on the faces
-  const double* open;                   ///< fraction of each face
-  const double* inner;                  ///< the same between two cells of air, else 0
-  const double *r, *mu, *mut, *volume;  ///< at the lower cells
-  std::size_t s;
-  double viscous;  ///< 1, or 0 without viscous terms
-};
-
-/// Half of what a face differs by from the mean of those beside it.
-FLOW_INLINE double crest(double own, double below, double above, double lower, double upper) {
-  return 0.5 * (own - (lower * below + upper * above));
-}
-
-/// Weights of the faces of a row; of those before and of those behind them.
-template <class Weight>
-struct WaveWeights {
-  Weight gap, lower, upper, lower_before, upper_before, lower_behind, upper_behind;
-};
-
-template <class Weight>
-FLOW_INLINE void damp_row(std::size_t count, const WaveRows& at, const WaveWeights<Weight>& w,
-                          double* __restrict out) {
-  const std::size_t s = at.s;
-  const double* const open = at.open - 2 * s;
-  const double* const u = at.u - 2 * s;
-  const double* const inner_before = at.inner - s;
-  const double* const inner_behind = at.inner + s;
-  for (std::size_t i = 0; i < count; ++i) {
-    const double m0 = open[i] * u[i];
-    const double m1 = open[i + s] * u[i + s];
-    const double m2 = open[i + 2 * s] * u[i + 2 * s];
-    const double m3 = open[i + 3 * s] * u[i + 3 * s];
-    const double m4 = open[i + 4 * s] * u[i + 4 * s];
-    const double own = crest(m2, m1, m3, w.lower[i], w.upper[i]);
-    const double first = crest(m1, m0, m2, w.lower_before[i], w.upper_before[i]);
-    const double last = crest(m3, m2, m4, w.lower_behind[i], w.upper_behind[i]);
-    const double before = inner_before[i] > 0.0 ? first : own;
-    const double behind = inner_behind[i] > 0.0 ? last : own;
-    const double wave = crest(own, before, behind, w.lower[i], w.upper[i]);
-    const double mu =
-        w.lower[i] * (at.mu[i] + at.mut[i]) + w.upper[i] * (at.mu[i + s] + at.mut[i + s]);
-    const double r = w.lower[i] * at.r[i] + w.upper[i] * at.r[i + s];
-    const double volume = at.volume[i] < at.volume[i + s] ? at.volume[i + s] : at.volume[i];
-    const double speed = r * std::fabs(at.u[i]) + at.viscous * mu * w.gap[i];
-    const double change = 0.5 * speed * w.gap[i] * wave / volume;
-    out[i] -= at.inner[i] > 0.0 ? change : 0.0;
-  }
-}
-
-FLOW_CLONES void damp_along(std::size_t count, const WaveRows& at, const AxisMetric& x,
-                            std::int32_t f, double* out) {
-  damp_row<Each>(
-      count, at,
-      {AxisMetric::from(x.inv_gap, f), AxisMetric::from(x.lower, f), AxisMetric::from(x.upper, f),
-       AxisMetric::from(x.lower, f - 1), AxisMetric::from(x.upper, f - 1),
-       AxisMetric::from(x.lower, f + 1), AxisMetric::from(x.upper, f + 1)},
-      out);
-}
-
-FLOW_CLONES void damp_across(std::size_t count, const WaveRows& at, const AxisMetric& metric,
-                             std::int32_t f, double* out) {
-  const auto value = [f](const std::vector<double>& of, std::int32_t ahead) {
-    return Same{AxisMetric::at(of, f + ahead)};
-  };
-  damp_row<Same>(count, at,
-                 {value(metric.inv_gap, 0), value(metric.lower, 0), value(metric.upper, 0),
-                  value(metric.lower, -1), value(metric.upper, -1), value(metric.lower, 1),
-                  value(metric.upper, 1)},
-                 out);
-}
-
-/// For the faces from `f` > 0 on along the row (axis 0) or at `f` across it. The first face of a
-/// periodic axis is left out: it takes what the last one, which is the same, becomes.
-void damp_waves(const Domain& domain, int axis, const State& state, const Field& velocity,
-                std::size_t place, std::size_t count, std::int32_t f, double* out) {
-  const auto a = static_cast<std::size_t>(axis);
-  const WaveRows at{velocity.data() + place,
-                    domain.openings.gm[a].data() + place,
-                    domain.rim.inner[a].data() + place,
-                    state.r[0].data() + place,
-                    state.mu.data() + place,
-                    state.mut.data() + place,
-                    domain.openings.gmc.data() + place,
-                    velocity.box().stride(axis),
-                    domain.settings.control.ivisc ? 1.0 : 0.0};
-  if (axis == 0) {
-    damp_along(count, at, domain.metrics[0], f, out);
-  } else {
-    damp_across(count, at, domain.metrics[a], f, out);
-  }
-}
-
 /// Rates of the row of faces at `place`; `f` is their index along an axis across the row.
 void set_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
                const Field& velocity, std::size_t place, std::size_t count, std::int32_t f,
@@ -158,10 +64,10 @@ void set_rates(const Domain& domain, const Field& dqdt, int axis, const State& s
                 domain.settings.ambient.ramb};
   if (axis == 0) {
     rates_along(count, at, domain.metrics[0], out);
-    damp_waves(domain, axis, state, velocity, place + 1, count - 1, 1, out + 1);
+    damp_waves(domain, state, velocity, {0, place + 1, count - 1, {1, 1, 1}}, out + 1);
   } else {
     rates_across(count, at, domain.metrics[a], f, out);
-    if (f > 0) damp_waves(domain, axis, state, velocity, place, count, f, out);
+    if (f > 0) damp_waves(domain, state, velocity, {axis, place, count, {1, f, f}}, out);
   }
 }
 

@@ -8,13 +8,7 @@
 // A flux is that of the open part of its face, and pressure acts on all air alike: on a partly open
 // face the gradient counts whole, as in the correction of the pressure step. Tendencies are forces
 // and fluxes per whole volume of a cell and divide by the open fraction of it.
-//
-// A wave of two cells along an axis, in the component of that axis, has the mean 0 in every cell:
-// the tendencies do not know of it, it would stand for ever, and obstacles in a first step make
-// such waves. So the faces themselves damp it, at half the rate at which advection and diffusion
-// would cross a cell: by the fourth difference of the volume that passes them, the mean of the
-// means beside a face taken off twice, which leaves the rest of second order and takes nothing from
-// a flow that is linear.
+// Waves of two cells are damped here (face_waves.hpp).
 #pragma once
 
 #include <span>
