@@ -63,6 +63,7 @@ std::unique_ptr<FlowCase> everywhere(double fraction, std::int32_t intstp, bool 
   x->control().intstp = intstp;
   x->control().keeps_pressure = keeps;
   x->control().momentum.dtmax = x->control().scalar.dtmax = 0.05;
+  x->control().smaller.dtmax = 0.002;  // the limit of the step counts faces, not volumes
   x->end(0, -1, VelocityAt::given).velocity = {0.7, 0.3, 0.0};
   x->end(0, 1, VelocityAt::free);
   x->end(1, -1, VelocityAt::no_slip);
@@ -206,7 +207,7 @@ TEST(FlowObstacles, DenseLeavesNeverTurnTheFlow) {
         x.steps(1);
         const double now = x.run.state.ru[1](1, 3, 1);
         ASSERT_GE(now, 0.0);
-        ASSERT_LT(now, before);
+        ASSERT_TRUE(now < before || before == 0.0);
         before = now;
       }
       const double exact = 2.0 / (1.0 + adrg * 2.0 * x.run.state.time);
