@@ -72,11 +72,22 @@ struct FlowCase {
                                                          flow::End::symmetric};
   }
 
+  /// k-epsilon from a uniform start.
+  void set_k_epsilon(double k, double eps) {
+    control().iturb = flow::Turbulence::k_epsilon;
+    control().idifk = true;
+    control().acrke = 1.0 / 3.0;
+    run.state.ak = {flow::Field(run.grid.box, k), flow::Field(run.grid.box, eps)};
+    const double least = run.settings.species.mu / 0.09 / 30.0;
+    run.settings.ambient.aklw = run.settings.ambient.aelw = least;
+  }
+
   /// Velocity on all faces by `velocity(axis, x)`, then all that stands before the first step.
   template <class Velocity>
   void start(Velocity&& velocity) {
     const flow::Box& box = run.grid.box;
-    run.faces = flow::list_faces(run.boundary, run.openings.fluid);
+    run.faces = flow::list_faces(run.boundary, run.openings);
+    flow::close_faces(run.openings, run.boundary, run.faces);
     for (int axis = 0; axis < 3; ++axis) {
       const auto a = static_cast<std::size_t>(axis);
       const flow::Triple from{axis == 0 ? 0 : 1, axis == 1 ? 0 : 1, axis == 2 ? 0 : 1};

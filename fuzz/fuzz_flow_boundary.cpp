@@ -43,12 +43,12 @@ void read(frame::Log& log, frame::TextInput& file, unsigned char choice) {
   ambient.aklw = ambient.aelw = 1e-4;
   const flow::Boundary boundary = flow::flw_read_bndcnd(log, file, box.n, species, ambient);
   for (const flow::Group& group : boundary.groups) check_group(group, box.n);
-  flow::Flags fluid(box, 1);
-  if (choice >= 128) fluid(1, 1, 1) = 0;
-  const flow::BoundaryFaces faces = flow::list_faces(boundary, fluid);
-  check_faces(faces, fluid);
-  flow::flw_prep_ckbnd1(log, boundary, fluid, faces);
-  flow::flw_prep_ckbnd2(log, boundary, fluid, faces);
+  flow::Openings openings(box);
+  if (choice >= 128) openings.fluid(1, 1, 1) = 0;
+  const flow::BoundaryFaces faces = flow::list_faces(boundary, openings);
+  check_faces(faces, openings.fluid);
+  flow::flw_prep_ckbnd1(log, boundary, openings, faces);
+  flow::flw_prep_ckbnd2(log, boundary, openings.fluid, faces);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // The calendar of 365-day years, against an odometer that counts days one by one.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "inputs/calendar.hpp"
 #include "recorded_log.hpp"
 
@@ -60,6 +62,16 @@ TEST_F(Calendar, DatesAndTimesAreInverseOverTwentyTwoThousandYears) {
     calendar = Data{};
     const std::string log = recorded.lines_of([&] { date_of(time); });
     EXPECT_TRUE(log.starts_with("### program error -1- (tsrf_module_calendar)\n(sec2date)\n"));
+  }
+}
+
+TEST_F(Calendar, ACycleOfYearsBeginsAtOrBeforeItsTime) {
+  for (int year = -9; year <= 4000; ++year) {
+    const double time = date2sec(calendar, {double(year), 12, 31, 0, 0, 0});
+    const Cycle cycle =
+        cycdate(recorded.log, calendar, time, {2015, 3, 1, 0, 0, 0}, {2017, 5, 1, 0, 0, 0});
+    EXPECT_TRUE(cycle.base[0] <= year && year < cycle.base[0] + 3.0) << year;
+    EXPECT_EQ(std::remainder(cycle.base[0] - 2015.0, 3.0), 0.0) << year;
   }
 }
 

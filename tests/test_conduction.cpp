@@ -9,6 +9,7 @@
 #include "../bench/sample_surfaces.hpp"
 #include "recorded_log.hpp"
 #include "surface/conduction.hpp"
+#include "surface/window.hpp"
 
 namespace {
 
@@ -132,6 +133,36 @@ TEST(Conduction, WarnsOfImplicitColumns) {
 }
 
 #ifndef __SANITIZE_ADDRESS__  // which ends the program where memory fails
+// Building surfaces of glass, the first and the last patch among them, and no others.
+TEST(Glass, TakesWhatDoesNotPassIt) {
+  auto state = sample::empty_state(5, 3);
+  for (std::size_t p = 0; p < 5; ++p) {
+    sample::set_column(state, p, {2, 0.01, 1.0, 2e6, 8.0});
+    state.extc(p, 0) = 10.0;
+    state.extc(p, 1) = 30.0;
+  }
+  tsrf_module_matprp::Data matprp;
+  matprp.materials.resize(2);
+  matprp.materials[1].pos = 3;
+  tsrf_module_lyrstrct::Data lyrstrct;
+  lyrstrct.material = {1, 0, 1, -1, 1};
+  lyrstrct.building = {0, 0, -1, 0, 0};
+  tsrf_module_srfprp::Data srfprp;
+  srfprp.alb = {0.25};
+  RecordedLog recorded;
+  tsrf_window::Glass glass;
+  tsrf_window::set_glass(recorded.log, lyrstrct, matprp, state, glass);
+  frame::PatchTable<double> taken(5, 2);
+  std::vector<double> passed(5), beam(5, 800.0);
+  tsrf_window::window(glass, srfprp, state, beam, taken, passed);
+  for (std::size_t p = 0; p < 5; ++p) {
+    const double in = p == 0 || p == 4 ? 600.0 : 0.0;
+    EXPECT_NEAR(taken(p, 0), in * (std::exp(-0.1) - 1.0), 1e-10) << p;
+    EXPECT_NEAR(passed[p], in * std::exp(-0.4), 1e-10) << p;
+    EXPECT_NEAR(taken(p, 0) + taken(p, 1), passed[p] - in, 1e-10) << p;
+  }
+}
+
 TEST(State, TellsWhichArrayFindsNoMemory) {
   RecordedLog recorded;
   tsrf_module_data::Data data;

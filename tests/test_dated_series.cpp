@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <new>
 #include <random>
 #include <vector>
 
@@ -28,7 +29,10 @@ class Tide {
     };
     const auto check_unit = [&](Counter&, IntDate& date) { return next(date); };
     const auto check = [&] { check_pass(recorded.log, file_, kWords, 1, check_unit, series); };
-    const auto prepare = [&](std::int32_t slots) { values_.resize(std::size_t(slots)); };
+    const auto prepare = [&](std::int32_t slots) {
+      if (slots > memory) throw std::bad_alloc();
+      values_.resize(std::size_t(slots));
+    };
     const auto read = [&](std::int32_t slot, IntDate& date) {
       const frame::ReadStatus status = next(date);
       values_[std::size_t(slot)] = value;
@@ -40,6 +44,7 @@ class Tide {
   }
   RecordedLog recorded;
   Series series;
+  std::int32_t memory = 1000;  ///< units that it can hold
   tsrf_module_calendar::Data calendar;
 
  private:
@@ -132,14 +137,26 @@ TEST(DatedSeries, ReportsEachUnitReadAndReadsNoFileWhenAllIsInMemory) {
 }
 
 TEST(DatedSeries, GivesUpBeyondItsCycles) {
-  for (const std::int32_t stored : {2, 24}) {
-    Tide tide("title\n2015 6 1\n2015 12 2\n2016 3 3\n", {stored, {1, 2}, 100});
+  // How many cycles, or passes where two units are stored, lead to the time.
+  for (const auto& [stored, enough] : {std::pair{2, 1010}, {24, 1510}}) {
+    Tide tide("title\n2015 6 1\n2015 12 2\n2016 3 3\n", {stored, {1, 2}, enough - 1});
     const std::string error = stored == 2 ? "### program error -1- " : "### program error -2- ";
     const std::string log = tide.recorded.lines_of([&] { tide.at(63072000.0); });
     EXPECT_TRUE(log.ends_with(written_out(error + "(tsrf_module_tide)|(set_tide)|63072000|")))
         << log;
-    tide.series = Series({stored, {1, 2}, 2000});  // a hundred cycles were too few
+    tide.series = Series({stored, {1, 2}, enough});
     EXPECT_NEAR(tide.at(63072000.0), 2.0, 1.0);
+  }
+}
+
+TEST(DatedSeries, TellsWhatItsWindowTakes) {
+  for (const auto& [stored, bytes] : {std::pair{2, "16"}, {24, "24"}}) {
+    Tide tide("title\n2015 6 1\n2015 12 2\n2016 3 3\n", {stored, {1, 2}, 100});
+    tide.memory = 1;
+    const std::string log = tide.recorded.lines_of([&] { tide.at(0.0); });
+    EXPECT_TRUE(log.starts_with("### error : allocation failed\narray,bytes = Tide data " +
+                                std::string(bytes) + "\n"))
+        << log;
   }
 }
 

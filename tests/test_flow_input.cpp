@@ -5,6 +5,7 @@
 #include "flow/boundary.hpp"
 #include "flow/input/schedule.hpp"
 #include "flow/output/restart.hpp"
+#include "recorded_log.hpp"
 
 namespace {
 
@@ -37,7 +38,7 @@ struct Faces : testing::Test {
   }
   /// Group of the face at a side of a cell, -1 without one.
   std::int32_t at(const Triple& cell, std::size_t axis, std::int32_t side) const {
-    const BoundaryFaces faces = list_faces(boundary, fluid);
+    const BoundaryFaces faces = list_faces(boundary, openings);
     Triple below = cell;
     if (side < 0) --below[axis];
     for (const BoundaryFace& face : faces.of[axis]) {
@@ -49,7 +50,8 @@ struct Faces : testing::Test {
     return -1;
   }
 
-  Flags fluid{Box{{3, 2, 1}}, 1};
+  flow::Openings openings{Box{{3, 2, 1}}};
+  Flags& fluid = openings.fluid;
   Boundary boundary;
 };
 
@@ -58,7 +60,7 @@ TEST_F(Faces, TheLaterOfTwoSheetsHolds) {
   sheet(0, 0, 1, 2, 1);
   EXPECT_EQ(at({1, 1, 1}, 0, -1), 0);
   EXPECT_EQ(at({1, 2, 1}, 0, -1), 1);
-  EXPECT_EQ(list_faces(boundary, fluid).of[0].size(), 2U);
+  EXPECT_EQ(list_faces(boundary, openings).of[0].size(), 2U);
 }
 
 TEST_F(Faces, AnInnerSheetHoldsTheSideOfItsFluid) {
@@ -83,7 +85,7 @@ TEST_F(Faces, ABlockHoldsItsSolidsButNoEnd) {
   EXPECT_EQ(at({1, 1, 1}, 0, 1), 1);
   EXPECT_EQ(at({2, 2, 1}, 1, -1), 1);
   EXPECT_EQ(at({3, 2, 1}, 1, -1), 1);
-  const BoundaryFaces faces = list_faces(boundary, fluid);
+  const BoundaryFaces faces = list_faces(boundary, openings);
   EXPECT_EQ(faces.of[0].size(), 1U);
   EXPECT_EQ(faces.of[1].size(), 2U);
   EXPECT_TRUE(faces.of[2].empty());
@@ -159,6 +161,20 @@ TEST(FlowInitial, SpreadsWithoutDivergence) {
       }
     }
   }
+}
+
+TEST(FlowInitial, ValuesThatNoAirHasAreTold) {
+  const auto words = [](double t, double pressure) {
+    RecordedLog out;
+    FlowSet set;
+    set.t = {300.0, t};
+    set.has_pressure = true;
+    set.pressure = {pressure, 1.0};
+    return out.lines_of([&] { check_values(out.log, "### heading", set); });
+  };
+  EXPECT_EQ(words(1e-3, 1.0), "");
+  EXPECT_EQ(words(0.0, 1.0), "### heading\nt <= 0\nvalue no. of t = 2\n");
+  EXPECT_EQ(words(300.0, 0.0), "### heading\nthermodynamic pressure <= 0\n");
 }
 
 }  // namespace

@@ -38,6 +38,17 @@ TEST(LinearSolvers, TakeNoStepForARightSideOfNothing) {
   }
 }
 
+// A residual that is as small as it has to be is not made smaller.
+TEST(LinearSolvers, TakeNoStepWhereTheToleranceIsMetExactly) {
+  RecordedLog out;
+  const RandomGeneral x({4, 3, 3}, false, 1);
+  flow::BcgstbSystem work = flow::make_implicit_work(out.log, x.fluid, false);
+  Field q(x.box, 0.5);
+  const std::string lines =
+      out.lines_of([&] { flow::flw_imdqdt(out.log, x.rows, {10, 1.0}, work, q); });
+  EXPECT_TRUE(lines.starts_with("bcgstb 0 L2 1 ")) << lines;
+}
+
 // Another solve in between leaves no trace.
 TEST(LinearSolvers, HaveNoMemoryOfEarlierSolutions) {
   RecordedLog out;

@@ -78,7 +78,7 @@ struct Case {
       }
       grid.axis[a] = flow::make_axis(nodes, boundary.ends[a][0] == End::periodic);
     }
-    faces = flow::list_faces(boundary, openings.fluid);
+    faces = flow::list_faces(boundary, openings);
     draw_fields();
     return out.lines_of([&] {
       step = flow::make_pressure_step(out.log, settings, grid, openings, boundary, faces);
@@ -254,6 +254,13 @@ TEST(PressureStep, FixesThePressureOfClosedParts) {
   EXPECT_LT(x.divergence(largest), 1e-11);
   // Walls let nothing through, so the fixed cell has nothing left either.
   EXPECT_LT(x.divergence(), 1e-10);
+
+  Case ring({2, 4, 2});  // joined through the periodic ends only
+  ring.end_as(1, End::periodic);
+  ring.solid({1, 1, 1}, {2, 3, 1});
+  ring.solid({1, 2, 2}, {2, 3, 2});
+  ring.start();
+  EXPECT_EQ(ring.step.solver.fixed.size(), 1U);
 
   Case none({2, 2, 2});
   none.solid({1, 1, 1}, {2, 2, 2});

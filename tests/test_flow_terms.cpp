@@ -9,6 +9,7 @@
 #include "../bench/sample_surfaces.hpp"
 #include "flow/monitors.hpp"
 #include "flow/properties.hpp"
+#include "flow/run.hpp"
 #include "flow/terms/viscous.hpp"
 #include "flow/time_limit.hpp"
 
@@ -83,6 +84,40 @@ TEST(FlowTerms, HaveTheBitsOfThePlainForms) {
   }
 }
 
+TEST(FlowTerms, ScalarsHaveTheBitsOfThePlainForm) {
+  std::uint32_t seed = 50;
+  for (const Triple& cells : {Triple{13, 7, 5}, Triple{34, 6, 1}, Triple{1, 9, 8}}) {
+    for (const double acrk : {1.0 / 3.0, 2.0}) {
+      RandomBox x(cells, ++seed);
+      std::ostringstream out;
+      frame::Log log(out, out);
+      const flow::Run rest;
+      const flow::Domain domain{rest.settings, x.grid,        x.metrics, rest.boundary,
+                                x.rim,         rest.openings, rest.urban};
+      const Field q = x.filled(-1.0, 1.0);
+      Field capacity(x.grid.box);
+      for (double& value : capacity.all()) value = x.draw(1.0, 2.0);
+      std::array<Field, 3> fast{x.filled(-1, 1), x.filled(-1, 1), Field(x.grid.box)};
+      std::array<Field, 3> plain = fast;
+      flow::for_rows(x.grid.box,
+                     [&](std::size_t c, auto...) { fast[2][c] = 9.0; });  // is forgotten
+      const std::array<flow::Transported, 3> all{
+          {{{&q, &fast[0]}, {&x.state.mu, 2.0, 0.7, &capacity}, flow::Variable::species, acrk},
+           {{&x.velocities.cell[0], &fast[1]},
+            {&x.state.mut, 0.5, 0.9},
+            flow::Variable::turbulence,
+            0.2},
+           {{&q, &fast[2]}, {}, flow::Variable::temperature, acrk}}};
+      flow::transport(log, domain, x.state, std::span(all).first(2), flow::Tendency::adds, x.rows);
+      flow::transport(log, domain, x.state, std::span(all).last(1), flow::Tendency::begins, x.rows);
+      for (std::size_t v = 0; v < 3; ++v) {
+        plain::transport(x.metrics, x.rim, x.state, all[v], plain[v]);
+        EXPECT_TRUE(std::ranges::equal(plain[v].all(), fast[v].all())) << v << cells[0];
+      }
+    }
+  }
+}
+
 TEST(FlowTerms, LawOfTheWallJoinsItsTwoParts) {
   constexpr double kNu = 1.5e-5;
   constexpr double kHeight = 0.1;
@@ -97,6 +132,21 @@ TEST(FlowTerms, LawOfTheWallJoinsItsTwoParts) {
   const double crossing = y * y * kNu / kHeight;
   EXPECT_NEAR(flow::friction_velocity(crossing * (1 + 1e-9), kHeight, kNu),
               flow::friction_velocity(crossing * (1 - 1e-9), kHeight, kNu), 1e-9 * crossing);
+
+  // Air without viscosity has the friction of the least one that a divisor takes.
+  sample::FlowCase x({sample::equal(2), sample::equal(1), sample::equal(2)});
+  x.set_viscosity(0.0);
+  x.ends(0, VelocityAt::free);
+  x.ends(2, VelocityAt::log_wall);
+  x.start([](int axis, const flow::Vector&) { return axis == 0 ? 3.0 : 0.0; });
+  const flow::Run& run = x.run;
+  auto& work = x.run.work.momentum;
+  flow::set_velocities(run.work.metrics, run.boundary.ends, run.state, work.velocities);
+  auto shear = flow::make_shear(run.work.rim);
+  flow::add_wall_shear(run.grid, run.work.metrics, run.work.rim, run.state, work.velocities, shear,
+                       work.dqdt);
+  const double least = flow::friction_velocity(3.0, 0.25, 1e-20);
+  EXPECT_DOUBLE_EQ(shear[2][0].along, least * least / 3.0);
 }
 
 /// Momentum that the terms give to the air of a box, beside what its rim gives.
@@ -175,6 +225,33 @@ TEST(FlowTerms, StepAndMonitorsOfAKnownFlow) {
   EXPECT_NEAR(dt(), 0.5 / 27.5, 1e-12);
   x.control().smaller.dtmax = 1e-3;
   EXPECT_EQ(dt(), 1e-3);
+}
+
+// A uniform start leaves no flow in and on what is solid, nor along an axis with one cell.
+TEST(FlowTerms, AStartFlowsWhereThereIsAir) {
+  sample::FlowCase x({sample::equal(1), sample::equal(5), sample::equal(4)});
+  x.ends(1, VelocityAt::free);
+  x.ends(2, VelocityAt::slip);
+  auto& block = x.end(1, 1);
+  block.axis = -1;
+  block.first = {};
+  const auto solid = [](std::int32_t j, std::int32_t k) { return j >= 2 && j <= 3 && k <= 2; };
+  for (std::int32_t j = 1; j <= 5; ++j) {
+    for (std::int32_t k = 1; k <= 4; ++k) x.run.openings.fluid(1, j, k) = solid(j, k) ? 0 : 1;
+  }
+  x.start([](int, const flow::Vector&) { return 1.0; });
+  for (std::int32_t k = 1; k <= 4; ++k) {
+    for (std::int32_t j = 0; j <= 5; ++j) {
+      EXPECT_EQ(x.run.state.ru[0](1, j, k), 0.0);
+      EXPECT_EQ(x.run.state.ru[1](1, j, k), solid(j, k) || solid(j + 1, k) ? 0.0 : 1.0);
+    }
+  }
+  for (std::int32_t j = 1; j <= 5; ++j) {
+    for (std::int32_t k = 0; k <= 4; ++k) {
+      const bool wall = k == 0 || k == 4 || solid(j, k) || solid(j, k + 1);
+      EXPECT_EQ(x.run.state.ru[2](1, j, k), wall ? 0.0 : 1.0);
+    }
+  }
 }
 
 TEST(FlowTerms, PropertiesAndDensityOfAMixture) {

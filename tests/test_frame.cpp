@@ -226,7 +226,11 @@ TEST(RecordFile, StandsAsItWasWhenItCannotBeReplaced) {
   for (const std::string& name : taken) folder.write(name, name);
   std::filesystem::create_symlink("nowhere", folder.path("data/state.new2"));
   file.replace(recorded.log, as_records({large}));
+  const int input = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);  // the next file may get its number
   file.replace(recorded.log, as_records({large}));
+  ::dup2(input, STDIN_FILENO);
+  ::close(input);
   for (const std::string& name : taken) EXPECT_EQ(folder.content(name), name);
   EXPECT_FALSE(std::filesystem::exists(folder.path("data/nowhere")));
   EXPECT_FALSE(std::filesystem::exists(folder.path("data/state.new4")));

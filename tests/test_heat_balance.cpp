@@ -1,6 +1,7 @@
 // The surface balance: bits of the plain form and its two faults.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 #include "../bench/plain_surface.hpp"
@@ -60,6 +61,14 @@ TEST(HeatBalance, ReportsTemperaturesThatMakeNoSense) {
           "latent heat = 0\n", "it must be >= 1 and <= 10000\n(tsrf_therm1d)\n"}) {
       EXPECT_NE(lines.find(part), std::string::npos) << part << lines;
     }
+  }
+}
+
+TEST(HeatBalance, TakesTheLimitsThatItTells) {
+  for (const double limit : {1.0, 10000.0}) {
+    const double outwards = limit < 2.0 ? 0.0 : 20000.0;
+    EXPECT_TRUE(tsrf_therm1d::plausible(limit));
+    EXPECT_FALSE(tsrf_therm1d::plausible(std::nextafter(limit, outwards)));
   }
 }
 

@@ -92,7 +92,8 @@ TEST(Records, RefuseWhatIsNoNumberAndTellItsLine) {
   expect_refused("1 ",
                  "1e400 -1e400 1e99999999999999999999 0.333150+9223372036854775807 nan NaN inf "
                  "-inf Infinity 1e 1.5e+ 1e+-3 1e-+3 . -. "
-                 "1.2.3 0x1p3 1e5. \"2\" 1d0d0 1__0 e5 1.. 123456789012345678901e300");
+                 "1.2.3 0x1p3 1e5. \"2\" 1d0d0 1__0 e5 1.. 123456789012345678901e300 " +
+                     std::string(400, '7') + " 0" + std::string(400, '7') + ".5e-9");
   for (const std::string& text : {std::string("1 2\0 a\n", 7), std::string("1 2\r\n \r\n")}) {
     TextInput file("in", text);
     EXPECT_EQ(records_of(file), "error 1") << text;
@@ -127,6 +128,7 @@ TEST(Records, FillSpansAndAreCountedAsTheyAreRead) {
   TextInput file("in", "title 1\n3*1. 2.\n 5 tail\n\n1 2 3 4 5\n6 7 8 9 /\n1 2\n");
   ASSERT_TRUE(file.skip_line());
   EXPECT_EQ(file.count_records(5), 4U);  // the one that is cut short counts
+  EXPECT_EQ(TextInput("in", "1 2\n3 4\n5 6\n7 8\n").count_records(3), 2U);
   std::vector<double> values(5);
   for (const char* expected : {"1 1 1 2 5", "1 2 3 4 5", "6 7 8 9 5"}) {
     ASSERT_EQ(file.read(std::span(values)), ReadStatus::ok);

@@ -235,7 +235,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, Hostile, testing::Values("flat", "flow_duct"),
 
 INSTANTIATE_TEST_SUITE_P(Tables, Faults,
                          testing::Values("settings", "surfaces", "series", "frame", "buildings",
-                                         "trees", "dated", "flow", "flow_boundary"),
+                                         "trees", "dated", "flow", "flow_boundary", "flow_city"),
                          [](const auto& table) { return table.param; });
 
 }  // namespace

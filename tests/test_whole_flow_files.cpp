@@ -68,25 +68,110 @@ void close(const RunCase& run) {
   ASSERT_TRUE(run.set_line("control.txt", 15, "0. 0. 0."));
 }
 
+/// Temperature and species, a warm floor behind a cold, damp inlet.
+void warm(const RunCase& run) {
+  ASSERT_TRUE(run.set_line("control.txt", 6, "1 0"));
+  ASSERT_TRUE(run.set_line("control.txt", 7, "1 1 0"));
+  ASSERT_TRUE(
+      run.replace("boundary.txt", "2 5 2 2 3\n0. 0. 0. 300. 0.", "2 3 3 2 3\n0. 0. 0. 320. 0."));
+  ASSERT_TRUE(
+      run.replace("boundary.txt", "1. 0. 0. 300. 0.\n0.99 0.01", "1. 0. 0. 290. 0.\n0.98 0.02"));
+}
+
 TEST(FlowRestart, TwoHalvesAreTheWhole) {
-  for (const bool closed : {false, true}) {
-    for (const char* integration : {"1 1 0", "1 1 1", "-1 1 1"}) {
-      SCOPED_TRACE(closed ? "closed" : "open");
+  for (const bool heat : {false, true}) {
+    for (const bool closed : {false, true}) {
+      for (const char* integration : {"1 1 0", "1 1 1", "-1 1 1"}) {
+        SCOPED_TRACE(closed ? "closed" : "open");
+        SCOPED_TRACE(integration);
+        SCOPED_TRACE(heat ? "warm" : "even");
+        const RunCase whole(kDuct);
+        if (heat) warm(whole);
+        if (closed) close(whole);
+        ASSERT_TRUE(whole.set_line("control.txt", 33, heat && closed ? "2 2 0" : "1 1 0"));
+        ASSERT_TRUE(whole.set_line("control.txt", 8, integration));
+        const RunCase halves(kDuct);
+        halves.copy_in(whole.path());
+        ASSERT_EQ(run_flow(whole).status, 0);
+        set_run(halves, "-1 5 1000.");
+        ASSERT_EQ(run_flow(halves).status, 0);
+        set_run(halves, "5 8 1000.");
+        ASSERT_EQ(run_flow(halves).status, 0);
+        EXPECT_EQ(sets_of(halves, closed ? kRecords + 1 : kRecords),
+                  (std::vector<std::int32_t>{2, 5, 8}));
+        EXPECT_TRUE(halves.content("restart.dat") == whole.content("restart.dat"));
+      }
+    }
+  }
+}
+
+/// The eddy viscosity is on no set: it must follow from what a set holds.
+TEST(FlowRestart, TwoHalvesAreTheWholeWithTurbulence) {
+  for (const char* models : {"0 1", "0 2", "1 1"}) {
+    for (const char* integration : {"1 1 1", "-1 1 1"}) {
+      SCOPED_TRACE(models);
       SCOPED_TRACE(integration);
       const RunCase whole(kDuct);
-      if (closed) close(whole);
+      ASSERT_TRUE(whole.set_line("control.txt", 6, models));
+      ASSERT_TRUE(whole.set_line("control.txt", 7, "1 1 1"));
       ASSERT_TRUE(whole.set_line("control.txt", 8, integration));
       const RunCase halves(kDuct);
       halves.copy_in(whole.path());
-      ASSERT_EQ(run_flow(whole).status, 0);
+      const Outcome outcome = run_flow(whole);
+      ASSERT_EQ(outcome.status, 0);
+      const bool k_epsilon = models[2] == '1';
+      for (const std::string label : {"max. mut   =", "     k & e ="}) {
+        const auto lines = std::ranges::count_if(
+            outcome.log, [&](const std::string& line) { return line.starts_with(label); });
+        EXPECT_EQ(lines, k_epsilon || label[0] == 'm' ? 8 : 0) << label;
+      }
       set_run(halves, "-1 5 1000.");
       ASSERT_EQ(run_flow(halves).status, 0);
       set_run(halves, "5 8 1000.");
       ASSERT_EQ(run_flow(halves).status, 0);
-      EXPECT_EQ(sets_of(halves, closed ? kRecords + 1 : kRecords),
+      EXPECT_EQ(sets_of(halves, k_epsilon ? kRecords + 1 : kRecords),
                 (std::vector<std::int32_t>{2, 5, 8}));
       EXPECT_TRUE(halves.content("restart.dat") == whole.content("restart.dat"));
     }
+  }
+}
+
+/// An obstacle, a partly open cell, leaves, warm surfaces and a building; heat and k-epsilon.
+void build_city(const RunCase& run) {
+  run.write("Porous.txt", "3 2 1 0 0 0 0 0 0 0\n5 3 2 .5 1 .5 .5 .5 1 1\n");
+  run.write("SurfTemp.txt", "# title\n4 2 1 12 .5 160. .1 0 0 1\n3 2 1 12 .5 155. 0 0 0 1\n");
+  run.write("BldLoad.txt", "# title\n2 2 1 12 0 0 900. 90.\n");
+  run.write("LAD.txt", "# title\n2 4 2 3.\n");
+  run.write("flow_file_name",
+            run.content("flow_file_name") + "\nPorous.txt\nSurfTemp.txt\nBldLoad.txt\nLAD.txt\n");
+  run.write("control.txt", run.content("control.txt") + "&VFRAC LVFRAC = 1 /\n");
+  run.write("boundary.txt", run.content("boundary.txt") +
+                                "0 6 0 5 0 4 0\n2 3 2 2 3\n0. 0. 0. 300. 0.\n1. 0.\n0. 0.\n");
+  ASSERT_TRUE(run.set_line("boundary.txt", 3, "5"));
+  ASSERT_TRUE(run.set_line("control.txt", 6, "1 1"));
+  ASSERT_TRUE(run.set_line("control.txt", 7, "1 1 1"));
+}
+
+TEST(FlowRestart, ACityGoesOnAsItWouldHave) {
+  for (const char* integration : {"1 1 1", "-1 1 1"}) {
+    SCOPED_TRACE(integration);
+    const RunCase whole(kDuct);
+    build_city(whole);
+    ASSERT_TRUE(whole.set_line("control.txt", 8, integration));
+    const RunCase halves(kDuct);
+    halves.copy_in(whole.path());
+    const Outcome outcome = run_flow(whole);
+    ASSERT_EQ(outcome.status, 0);
+    const run_case::Lines warning{
+        "%%% warning : SurfTemp data gives heat to cells that are not "
+        "fluid, it goes to those at their faces ; cells = 1"};
+    EXPECT_FALSE(std::ranges::search(outcome.log, warning).empty());
+    set_run(halves, "-1 5 1000.");
+    ASSERT_EQ(run_flow(halves).status, 0);
+    set_run(halves, "5 8 1000.");
+    ASSERT_EQ(run_flow(halves).status, 0);
+    EXPECT_EQ(sets_of(halves, kRecords + 1), (std::vector<std::int32_t>{2, 5, 8}));
+    EXPECT_TRUE(halves.content("restart.dat") == whole.content("restart.dat"));
   }
 }
 
@@ -263,6 +348,7 @@ TEST(FlowRun, ShowsItsProgressOnATerminalAndNothingElse) {
   EXPECT_EQ(flow::run_program({run.path().string(), screen, errors, true}), 0);
   EXPECT_EQ(screen.str(), "%%% normaly terminated\n");
   EXPECT_TRUE(errors.str().starts_with("\rstep 1 of at most 8, time "));
+  EXPECT_EQ(errors.str().find(" %)"), errors.str().find("(12 %)") + 3);
   EXPECT_NE(errors.str().find("\rstep 8 of at most 8, time "), std::string::npos);
   EXPECT_TRUE(errors.str().ends_with(" (100 %)    \n"));
 }

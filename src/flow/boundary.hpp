@@ -12,6 +12,7 @@
 
 #include "flow/box.hpp"
 #include "flow/settings.hpp"
+#include "flow/state.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
 
@@ -53,6 +54,9 @@ struct Group {
   }
 };
 
+/// Neither flow through it nor shear; adiabatic, no flux of species.
+Group slip_wall();
+
 struct Boundary {
   std::array<std::array<End, 2>, 3> ends{};  ///< [axis][lower, upper]
   std::vector<Group> groups;                 ///< without the skipped ones
@@ -84,14 +88,19 @@ Boundary flw_read_bndcnd(frame::Log& log, frame::TextInput& file, const Triple& 
 void settle_mixture(Group& group, const Species& species);
 
 /// Spreads the groups over the faces: of two groups on a face the later holds; a block holds every
-/// face between a fluid and another cell within it or on its surface, never an end of the domain.
-/// Faces of an axis with one cell take no part. `fluid` is > 0 in fluid cells.
-BoundaryFaces list_faces(const Boundary& boundary, const Flags& fluid);
+/// face between a fluid and another cell, and both sides of a closed face between two fluid cells,
+/// within it or on its surface, never an end of the domain. Faces of an axis with one cell take no
+/// part. Reads the fluid flags and the fractions of the faces.
+BoundaryFaces list_faces(const Boundary& boundary, const Openings& openings);
 
-/// Each face of a fluid cell towards a closed neighbour, an open end or a plate (a sheet between
-/// two fluid cells) has a condition, and none stands on a symmetric or periodic end. The first
-/// offence, in cell order (k outer; faces -x +x -y +y -z +z), ends the run.
-void flw_prep_ckbnd1(frame::Log& log, const Boundary& boundary, const Flags& fluid,
+/// A face that its fraction closes lets nothing through: where its group would, a slip wall takes
+/// the group's place. Appends that group to the boundary where it is needed.
+void close_faces(const Openings& openings, Boundary& boundary, BoundaryFaces& faces);
+
+/// Each face of a fluid cell towards a cell that is not, an open end or a closed face (a plate
+/// among them) has a condition, and none stands on a symmetric or periodic end. The first offence,
+/// in cell order (k outer; faces -x +x -y +y -z +z), ends the run.
+void flw_prep_ckbnd1(frame::Log& log, const Boundary& boundary, const Openings& openings,
                      const BoundaryFaces& faces);
 
 /// A plate is a wall: neither a given pressure nor a flow through it has sense there.

@@ -46,8 +46,9 @@ class Held {
            frame::items("index of cell =", cell[0], cell[1], cell[2]));
 }
 
-void check_face(frame::Log& log, const Boundary& boundary, const Flags& fluid, const Held& held,
-                std::size_t axis, std::size_t side, const Triple& cell) {
+void check_face(frame::Log& log, const Boundary& boundary, const Openings& openings,
+                const Held& held, std::size_t axis, std::size_t side, const Triple& cell) {
+  const Flags& fluid = openings.fluid;
   const std::int32_t n = fluid.box().n[axis];
   const bool at_end = side == 0 ? cell[axis] == 1 : cell[axis] == n;
   const Held::Answer found = held.at(axis, cell, side);
@@ -57,15 +58,18 @@ void check_face(frame::Log& log, const Boundary& boundary, const Flags& fluid, c
   }
   Triple beyond = cell;
   beyond[axis] += side == 0 ? -1 : 1;
-  const bool closed = at_end || fluid(beyond[0], beyond[1], beyond[2]) <= 0 || found.any;
+  const Triple& face = side == 0 ? beyond : cell;
+  const bool closed = at_end || fluid(beyond[0], beyond[1], beyond[2]) <= 0 ||
+                      openings.gm[axis](face[0], face[1], face[2]) < kClosedFace || found.any;
   if (closed && !found.own) refuse(log, "no boundary condition specified at", axis, side, cell);
 }
 
 }  // namespace
 
-void flw_prep_ckbnd1(frame::Log& log, const Boundary& boundary, const Flags& fluid,
+void flw_prep_ckbnd1(frame::Log& log, const Boundary& boundary, const Openings& openings,
                      const BoundaryFaces& faces) {
   const frame::Tag tag(log, "(flw_prep_ckbnd1)");
+  const Flags& fluid = openings.fluid;
   const Held held(fluid, faces);
   const Box& box = fluid.box();
   for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
@@ -73,7 +77,7 @@ void flw_prep_ckbnd1(frame::Log& log, const Boundary& boundary, const Flags& flu
       if (fluid[place + static_cast<std::size_t>(i - 1)] <= 0) continue;
       for (std::size_t face = 0; face < 6; ++face) {
         if (!box.computed(static_cast<int>(face / 2))) continue;
-        check_face(log, boundary, fluid, held, face / 2, face % 2, {i, j, k});
+        check_face(log, boundary, openings, held, face / 2, face % 2, {i, j, k});
       }
     }
   });

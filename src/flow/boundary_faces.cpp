@@ -33,8 +33,12 @@ void for_cells(const Triple& first, const Triple& last, Use&& use) {
 /// and above it; 0: none. A face is named by the cell below.
 class Holders {
  public:
-  Holders(const Flags& fluid, int axis)
-      : fluid_(fluid), axis_(axis), below_(fluid.box(), 0), above_(fluid.box(), 0) {}
+  Holders(const Openings& openings, int axis)
+      : fluid_(openings.fluid),
+        open_(openings.gm[static_cast<std::size_t>(axis)]),
+        axis_(axis),
+        below_(fluid_.box(), 0),
+        above_(fluid_.box(), 0) {}
 
   void enter(const Group& group, std::int32_t number) {
     if (group.axis < 0) {
@@ -83,12 +87,15 @@ class Holders {
     for_cells(first, last, [&](const Triple& face) {
       if (along(face) == 0 || along(face) == end()) return;
       const bool below = fluid_at(face);
-      if (below == fluid_at(moved(face, axis_, 1))) return;
-      (below ? below_ : above_)(face[0], face[1], face[2]) = number;
+      const bool above = fluid_at(moved(face, axis_, 1));
+      if (below && above && open_(face[0], face[1], face[2]) >= kClosedFace) return;
+      if (below) below_(face[0], face[1], face[2]) = number;
+      if (above) above_(face[0], face[1], face[2]) = number;
     });
   }
 
   const Flags& fluid_;
+  const Field& open_;  // fractions of the faces
   int axis_;
   Flags below_, above_;
 };
@@ -110,17 +117,40 @@ std::vector<BoundaryFace> faces_of(const Holders& holders, const Flags& fluid, i
 
 }  // namespace
 
-BoundaryFaces list_faces(const Boundary& boundary, const Flags& fluid) {
+Group slip_wall() {
+  Group group;
+  group.iv = VelocityAt::slip;
+  return group;
+}
+
+BoundaryFaces list_faces(const Boundary& boundary, const Openings& openings) {
+  const Flags& fluid = openings.fluid;
   BoundaryFaces faces;
   for (int axis = 0; axis < 3; ++axis) {
     if (!fluid.box().computed(axis)) continue;
-    Holders holders(fluid, axis);
+    Holders holders(openings, axis);
     for (std::size_t g = 0; g < boundary.groups.size(); ++g) {
       holders.enter(boundary.groups[g], static_cast<std::int32_t>(g) + 1);
     }
     faces.of[static_cast<std::size_t>(axis)] = faces_of(holders, fluid, axis);
   }
   return faces;
+}
+
+void close_faces(const Openings& openings, Boundary& boundary, BoundaryFaces& faces) {
+  const auto wall = static_cast<std::int32_t>(boundary.groups.size());
+  bool any = false;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    for (BoundaryFace& face : faces.of[axis]) {
+      if (openings.gm[axis][face.face] >= kClosedFace) continue;
+      const Group& group = boundary.groups[static_cast<std::size_t>(face.group)];
+      const bool flows = group.gives_velocity() && group.velocity[axis] != 0.0;
+      if (group.iv != VelocityAt::free && !flows) continue;
+      face.group = wall;
+      any = true;
+    }
+  }
+  if (any) boundary.groups.push_back(slip_wall());
 }
 
 bool holds_pressure(const Boundary& boundary, const BoundaryFaces& faces) {

@@ -9,10 +9,6 @@ namespace flow {
 
 // Start.
 inline void h18_eachtrm_cnstrctr() {}  ///< files for the terms of each equation
-inline void kcp_inputdata() {}         ///< settings of the urban flow data
-inline void mkslits() {}               ///< thin plates: rectangles of closed faces
-inline void mkslit1() {}               ///< the plates' closed faces among the fractions
-inline void flw_prep_stiobs() {}       ///< flags of the cells that obstacles fill
 inline void ubx_setsome() {}           ///< constants of the urban boundary modules
 inline void jmk_prep_init() {}         ///< canopy cells of the flow grid
 inline void rad_prep_init() {}         ///< radiosity on the flow grid
@@ -30,7 +26,6 @@ inline void stamp_wall_clock() {}   ///< a line of the wall clock on a unit of i
 inline void jmk_cal_canopy() {}     ///< leaf temperatures and what the leaves give off
 inline void rad_cal_srftmp() {}     ///< surface temperatures by radiosity
 inline void sld_cltsld() {}         ///< temperatures in obstacles
-inline void kpc_set_flux() {}       ///< heat and vapour of the urban surfaces
 inline void unst_set_tmprlq() {}    ///< nudging of temperature towards an outer flow
 inline void unst_set_tmprls() {}    ///< nudging of species and turbulence
 inline void flw_module_resid() {}   ///< largest residuals of each equation

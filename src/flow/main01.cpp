@@ -4,9 +4,8 @@
 
 #include "flow/ambient.hpp"
 #include "flow/companions.hpp"
+#include "flow/domains/list_cmmbnd.hpp"
 #include "flow/input/control.hpp"
-#include "flow/input/domain.hpp"
-#include "flow/input/fractions.hpp"
 #include "flow/input/schedule.hpp"
 #include "flow/output/flow_set.hpp"
 #include "flow/output/history.hpp"
@@ -14,6 +13,9 @@
 #include "flow/output/terminal_line.hpp"
 #include "flow/prep_init.hpp"
 #include "flow/step.hpp"
+#include "flow/urban/mkofrac.hpp"
+#include "flow/urban/porous.hpp"
+#include "flow/urban/slits.hpp"
 #include "frame/record_stream.hpp"
 
 namespace flow {
@@ -28,12 +30,6 @@ struct Outputs {
   HistoryFile history;
 };
 
-/// What this solver is asked for and has not.
-void refuse_unavailable(frame::Log& log, const Control& control) {
-  if (control.itemp) log.fail("### error : calculation of temp. & conc. not available");
-  if (control.iturb != Turbulence::none) log.fail("### error : turbulent model not available");
-}
-
 void read_settings(Desk& desk, Settings& settings) {
   const frame::GridSize& size = desk.size;
   frame::TextInput& control = desk.units.input(frame::kUnitControl);
@@ -42,8 +38,7 @@ void read_settings(Desk& desk, Settings& settings) {
   settings.history = flw_read_hstpnt(desk.log, control, {size.mx, size.my, size.mz});
   settings.records = read_short_records(desk.log, control);
   h18_eachtrm_cnstrctr();
-  kcp_inputdata();
-  refuse_unavailable(desk.log, settings.control);
+  if (settings.control.itemp) check_specific_heat(desk.log, settings.control, settings.species);
   settings.ambient = ambient_state(desk.log, settings.control, settings.species);
 }
 
@@ -71,7 +66,7 @@ void read_boundary(Desk& desk, Run& run) {
   chk_bc_exnr(desk.log, settings.records, settings.ambient);
   frame::TextInput* domain =
       desk.names[kDomain].empty() ? nullptr : &desk.units.input(frame::kUnitDomain);
-  flw_list_cmmbnd(desk.log, domain, file, cells);
+  run.domains = flw_list_cmmbnd(desk.log, desk.layer, domain, file, cells);
   run.grid =
       flw_read_grid(desk.log, desk.units.input(frame::kUnitGrid), cells, run.boundary.periodic_y());
   for (int axis = 0; axis < 3; ++axis) {
@@ -80,15 +75,38 @@ void read_boundary(Desk& desk, Run& run) {
   }
 }
 
+/// A file of the city, opened; null where the run has none. One that the run has no use for is
+/// told and left alone.
+frame::TextInput* city_file(Desk& desk, FileRow row, int unit, bool wanted, std::string_view why) {
+  const std::string& name = desk.names[row];
+  if (name.empty()) return nullptr;
+  if (wanted) return &desk.units.open_input(desk.log, unit, name);
+  desk.log.warn(title_of(row), "=", name, "is not used", why);
+  return nullptr;
+}
+
+CityFiles open_city_files(Desk& desk, const Control& control) {
+  const bool fractions = wants_fractions(desk.log, desk.units.input(frame::kUnitControl));
+  need_name(desk.log, desk.names, kPorous, fractions, "with LVFRAC");
+  constexpr std::string_view kNoHeat = "(itemp <= 0)";
+  return {city_file(desk, kPorous, frame::kUnitPorous, fractions, "(LVFRAC = 0)"),
+          city_file(desk, kSurfTemp, frame::kUnitSurfTemp, control.itemp, kNoHeat),
+          city_file(desk, kBldLoad, frame::kUnitBldLoad, control.itemp, kNoHeat),
+          city_file(desk, kLad, frame::kUnitLad, true, "")};
+}
+
 void list_and_check_faces(Desk& desk, Run& run) {
-  mkslits();
-  flw_prep_stiobs();
-  run.openings = mkofrac(desk.log, desk.units.input(frame::kUnitControl), run.grid.box);
-  mkslit1();
-  const Flags& fluid = run.openings.fluid;
-  run.faces = list_faces(run.boundary, fluid);
-  flw_prep_ckbnd1(desk.log, run.boundary, fluid, run.faces);
-  flw_prep_ckbnd2(desk.log, run.boundary, fluid, run.faces);
+  const Slits slits = mkslits(desk.log, run.grid.box, run.boundary);
+  const CityFiles files = open_city_files(desk, run.settings.control);
+  run.openings = mkofrac(desk.log, desk.units.input(frame::kUnitControl), files, run.settings,
+                         run.grid, run.boundary, run.urban);
+  flw_prep_stiobs(run.boundary, run.openings);
+  warn_of_narrow_cells(desk.log, run.openings);
+  mkslit1(slits, run.openings);
+  run.faces = list_faces(run.boundary, run.openings);
+  flw_prep_ckbnd1(desk.log, run.boundary, run.openings, run.faces);
+  flw_prep_ckbnd2(desk.log, run.boundary, run.openings.fluid, run.faces);
+  close_faces(run.openings, run.boundary, run.faces);
   desk.log.line("no. of total cells=", run.grid.box.cells());
 }
 
@@ -104,6 +122,7 @@ void prepare_companions() {
 Outputs start_up(Desk& desk, Run& run) {
   Outputs outputs;
   read_settings(desk, run.settings);
+  run.urban.TIME0 = kcp_inputdata(desk.log, desk.units.input(frame::kUnitControl));
   const SetFile initial = open_files(desk, run.settings, outputs);
   read_boundary(desk, run);
   list_and_check_faces(desk, run);

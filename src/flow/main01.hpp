@@ -10,6 +10,7 @@
 #include "flow/run.hpp"
 #include "frame/accounts.hpp"
 #include "frame/log.hpp"
+#include "frame/process_layer.hpp"
 #include "frame/unit_table.hpp"
 #include "frame/whole_run.hpp"
 
@@ -19,6 +20,7 @@ namespace flow {
 struct Desk {
   frame::Log& log;
   frame::UnitTable& units;
+  const frame::ProcessLayer& layer;
   FileNames names;
   frame::GridSize size;
   std::ostream* terminal = nullptr;  ///< where one updating line shows how far the run is

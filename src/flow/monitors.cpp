@@ -80,8 +80,11 @@ void take_block(const Flags& fluid, const State& state, bool turbulent, const Ce
   keep(value, cells.first, found.coldest);
   lost += take(cells.count, flags, 1.0, state.p.data() + cells.place, value);
   if (turbulent) {
-    take(cells.count, flags, 1.0, state.mut.data() + cells.place, value);
+    lost += take(cells.count, flags, 1.0, state.mut.data() + cells.place, value);
     keep(value, cells.first, found.mut);
+  }
+  for (const Field& ak : state.ak) {
+    if (!ak.empty()) lost += take(cells.count, flags, 1.0, ak.data() + cells.place, value);
   }
   found.finite = found.finite && lost == 0.0;
 }

@@ -18,11 +18,11 @@ struct Monitors {
   Extreme velocity;          ///< speed at the centre [m/s]
   Extreme warmest, coldest;  ///< [K]
   Extreme mut;               ///< [Pa s]
-  bool finite = true;        ///< speed, t and p of all fluid cells are finite
+  bool finite = true;        ///< the fields of all fluid cells are finite
   bool any = false;          ///< there is a cell of fluid
 };
 
-/// One pass over the fluid cells. Reads ru, r level 1, p, t and, when `turbulent`, mut.
+/// One pass over the fluid cells. Reads ru, r level 1, p, t and, when `turbulent`, mut, k and epsilon.
 Monitors take_monitors(const Flags& fluid, const State& state, bool turbulent);
 
 }  // namespace flow

@@ -3,21 +3,47 @@
 #include <algorithm>
 #include <cmath>
 
+#include "flow/row_kernel.hpp"
+
 namespace flow {
 
 namespace {
 
-void set_transport(const Species& species, std::size_t c, State& state) {
-  double cp = 0.0;
-  double moles = 0.0;
+constexpr std::size_t kBlock = 128;  ///< cells that share a sum over the species
+
+FLOW_INLINE double polynomial(const std::array<double, 5>& a, double T) {
+  return a[0] + T * (a[1] + T * (a[2] + T * (a[3] + T * a[4])));
+}
+
+/// cp += y times that of a species; so the moles.
+FLOW_CLONES void add_species(std::size_t count, const std::array<double, 5>& a, double wm,
+                             const double* y, const double* t, double* cp, double* moles) {
+  for (std::size_t i = 0; i < count; ++i) {
+    cp[i] += y[i] * polynomial(a, t[i]);
+    moles[i] += y[i] / wm;
+  }
+}
+
+FLOW_INLINE double of_species(double mu, double sclmnr, double moles, double y, double wm) {
+  const double others = moles - y / wm;
+  return mu / sclmnr * moles * (1.0 - y) / (others < 1e-20 ? 1e-20 : others);
+}
+
+FLOW_CLONES void set_diffusivity(std::size_t count, double sclmnr, double wm, const double* mu,
+                                 const double* y, const double* moles, double* dif) {
+  for (std::size_t i = 0; i < count; ++i) dif[i] = of_species(mu[i], sclmnr, moles[i], y[i], wm);
+}
+
+void set_transport(const Species& species, std::size_t place, std::size_t count, State& state) {
+  double moles[kBlock] = {};
+  std::fill_n(state.cp.data() + place, count, 0.0);
   for (std::size_t s = 0; s < state.ys.size(); ++s) {
-    cp += state.ys[s][c] * specific_heat(species, s, state.t[c]);
-    moles += state.ys[s][c] / species.wm[s];
+    add_species(count, species.acpk[s], species.wm[s], state.ys[s].data() + place,
+                state.t.data() + place, state.cp.data() + place, moles);
   }
-  state.conductivity[c] = state.mu[c] * cp / species.prlmnr;
-  for (std::size_t s = 0; s < state.dif.size(); ++s) {
-    state.dif[s][c] = diffusivity(species, s, state.ys[s][c], moles, state.mu[c]);
-  }
+  if (state.dif.empty()) return;
+  set_diffusivity(count, species.sclmnr, species.wm[1], state.mu.data() + place,
+                  state.ys[1].data() + place, moles, state.dif.data() + place);
 }
 
 }  // namespace
@@ -29,26 +55,29 @@ double viscosity(const Species& species, double T) {
 }
 
 double specific_heat(const Species& species, std::size_t s, double T) {
-  const auto& a = species.acpk[s];
-  return a[0] + T * (a[1] + T * (a[2] + T * (a[3] + T * a[4])));
+  return polynomial(species.acpk[s], T);
 }
 
 double diffusivity(const Species& species, std::size_t s, double y, double moles, double mu) {
-  const double others = std::max(1e-20, moles - y / species.wm[s]);
-  return mu / species.sclmnr * moles * (1.0 - y) / others;
+  return of_species(mu, species.sclmnr, moles, y, species.wm[s]);
 }
 
 void flw_clprop(const Species& species, State& state) {
+  // A constant stands from the first call on.
+  const bool stands = !species.sutherland && state.mu(1, 1, 1) == species.mu;
   for_wide_rows(state.t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
-    if (!species.sutherland) {
+    if (!species.sutherland && !stands) {
       std::fill_n(state.mu.data() + place, count, species.mu);
-    } else {
+    }
+    if (species.sutherland) {
       for (std::size_t c = place; c < place + count; ++c) {
         state.mu[c] = viscosity(species, state.t[c]);
       }
     }
-    if (state.conductivity.empty()) return;
-    for (std::size_t c = place; c < place + count; ++c) set_transport(species, c, state);
+    if (state.cp.empty()) return;
+    for (std::size_t i = 0; i < count; i += kBlock) {
+      set_transport(species, place + i, std::min(kBlock, count - i), state);
+    }
   });
 }
 

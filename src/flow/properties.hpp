@@ -20,8 +20,8 @@ double specific_heat(const Species& species, std::size_t s, double T);
 /// [kg/m s].
 double diffusivity(const Species& species, std::size_t s, double y, double moles, double mu);
 
-/// Reads t, ys with their halos; writes mu and, where they are not empty, conductivity
-/// (mu cp/prlmnr) and dif, halos of the computed axes included.
+/// Reads t, ys with their halos; writes mu and, with temperature, cp and dif, halos of the computed
+/// axes included. The conductivity is mu cp/prlmnr.
 void flw_clprop(const Species& species, State& state);
 
 }  // namespace flow

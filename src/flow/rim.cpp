@@ -1,13 +1,13 @@
 #include "flow/rim.hpp"
 
+#include <algorithm>
+
 #include "flow/density.hpp"
 #include "flow/halo.hpp"
 
 namespace flow {
 
 namespace {
-
-constexpr double kClosed = 1e-20;  ///< a face with less of it open is closed
 
 /// Calls `visit(face, index of the lower cell)` for the faces of an axis, 0..n along it.
 template <class Visit>
@@ -18,12 +18,6 @@ void for_faces(const Box& box, int axis, Visit&& visit) {
       for (std::int32_t i = from[0]; i <= box.n[0]; ++i) visit(box.at(i, j, k), Triple{i, j, k});
     }
   }
-}
-
-Group slip_wall() {
-  Group group;
-  group.iv = VelocityAt::slip;
-  return group;
 }
 
 /// Faces with air on both sides, across which the operators sweep.
@@ -40,7 +34,7 @@ void open_inner_faces(const Boundary& boundary, const Openings& openings, int ax
     const std::size_t lower = low_end ? face + round : face;
     const std::size_t upper = high_end ? face + stride - round : face + stride;
     const bool open = openings.fluid[lower] > 0 && openings.fluid[upper] > 0;
-    if (open && openings.gm[a][face] >= kClosed) rim.inner[a][face] = openings.gm[a][face];
+    if (open && openings.gm[a][face] >= kClosedFace) rim.inner[a][face] = openings.gm[a][face];
   });
 }
 
@@ -119,12 +113,19 @@ Rim make_rim(const Boundary& boundary, const BoundaryFaces& faces, const Opening
     rim.inner[a] = Field(box);
     if (!box.computed(axis)) continue;
     open_inner_faces(boundary, openings, axis, rim);
+    rim.partly[a] = std::ranges::any_of(openings.gm[a].all(),
+                                        [](double open) { return open > 0.0 && open < 1.0; });
     for (const auto& face : faces.of[a]) rim.inner[a][face.face] = 0.0;
+    if (boundary.ends[a][0] == End::periodic) fill_face_halos(rim.inner[a], axis, boundary.ends);
     for (const std::int32_t side : {-1, 1}) {
       if (boundary.ends[a][side < 0 ? 0 : 1] != End::symmetric) continue;
       list_symmetric_end(openings, axis, side, rim);
     }
-    for (const auto& face : rim.faces[a]) rim.open[a].push_back(openings.gm[a][face.face]);
+    for (const auto& face : rim.faces[a]) {
+      const double open = openings.gm[a][face.face];
+      rim.open[a].push_back(open);
+      rim.wetted[a].push_back(open < kClosedFace ? 1.0 : open);
+    }
   }
   list_free(box, rim);
   list_closed(openings, rim);

@@ -24,10 +24,15 @@ struct FreeFace {
 };
 
 struct Rim {
-  std::array<Field, 3> inner;  ///< open fraction of a face between two cells of fluid, else 0
-  std::vector<Group> groups;   ///< those of the boundary, and a slip wall behind them
+  /// Open fraction of a face between two cells of fluid, else 0; beyond a periodic end as within.
+  std::array<Field, 3> inner;
+  std::array<bool, 3> partly{};  ///< some face of the axis is open in part
+  std::vector<Group> groups;  ///< those of the boundary, and a slip wall behind them
   std::array<std::vector<BoundaryFace>, 3> faces;  ///< by axis; `group` points into `groups`
   std::array<std::vector<double>, 3> open;         ///< open fraction of each of these faces
+  /// Fraction of each of these faces along which air and wall meet: the open one, or 1 where it is
+  /// closed. Shear, heat and vapour pass through it.
+  std::array<std::vector<double>, 3> wetted;
   std::array<std::vector<FreeFace>, 3> free;
   std::vector<std::size_t> closed_cells;                 ///< not fluid
   std::array<std::vector<std::size_t>, 3> closed_faces;  ///< neither inner nor with a condition

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "flow/boundary.hpp"
+#include "flow/domains/domains.hpp"
 #include "flow/grid_tables.hpp"
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
@@ -16,6 +17,7 @@ namespace flow {
 struct Run {
   Settings settings;
   GridTables grid;
+  SubDomains domains;
   Boundary boundary;
   BoundaryFaces faces;
   Openings openings;

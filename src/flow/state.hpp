@@ -10,10 +10,16 @@
 
 namespace flow {
 
+/// Below this fraction a face is closed, and a cell is filled.
+inline constexpr double kClosedFace = 1e-20;
+
 /// Open fractions; without obstacles all are 1 and every cell is fluid.
+///
+/// A mass flux density is that of the open part of its face: what passes a face is area * fraction
+/// * flux. Every balance divides by the open volume, width * width * width * gmc.
 struct Openings {
-  Flags fluid;              ///< > 0: a cell of fluid
-  Field gmc;                ///< volume
+  Flags fluid;              ///< iobs: > 0: a cell of fluid
+  Field gmc;                ///< volume; 1 in cells that are not fluid, so that it divides anywhere
   std::array<Field, 3> gm;  ///< faces x, y, z (gmx, gmy, gmz); below 1e-20 a face is closed
 
   Openings() = default;
@@ -22,17 +28,17 @@ struct Openings {
 };
 
 struct State {
-  std::array<Field, 2> r;     ///< density: now, and at the step before [kg/m3]
-  Field p;                    ///< pressure above the thermodynamic one [Pa]
-  Field t;                    ///< [K]
-  std::vector<Field> ys;      ///< mass fractions
-  std::array<Field, 3> ru;    ///< mass flux density on the faces of each axis [kg/m2 s]
-  std::array<Field, 2> ak;    ///< k [m2/s2] and epsilon [m2/s3]; empty without k-epsilon
-  Field mu;                   ///< molecular viscosity [Pa s]
-  Field mut;                  ///< eddy viscosity [Pa s]
-  Field conductivity;         ///< [W/m K]; empty without temperature
-  std::vector<Field> dif;     ///< diffusivity of each species [kg/m s]; empty without temperature
-  double pt = 0.0;            ///< thermodynamic pressure [Pa]
+  std::array<Field, 2> r;   ///< density: now, and at the step before [kg/m3]
+  Field p;                  ///< pressure above the thermodynamic one [Pa]
+  Field t;                  ///< [K]
+  std::vector<Field> ys;    ///< mass fractions
+  std::array<Field, 3> ru;  ///< mass flux density on the faces of each axis [kg/m2 s]
+  std::array<Field, 2> ak;  ///< k [m2/s2] and epsilon [m2/s3]; empty without k-epsilon
+  Field mu;                 ///< molecular viscosity [Pa s]
+  Field mut;                ///< eddy viscosity [Pa s]
+  Field cp;                 ///< specific heat [J/kg K]; empty without temperature
+  Field dif;        ///< diffusivity of the second species [kg/m s]; empty without it or temperature
+  double pt = 0.0;  ///< thermodynamic pressure [Pa]
   double reference_mass = 0;  ///< that a closed domain keeps [kg]; 0: not known yet
   std::int32_t iter = 0;
   double time = 0.0;  ///< [s]

@@ -45,6 +45,21 @@ double momentum_step(const Run& run) {
   return control.implicit() ? control.momentum.dtmax : run.state.dt;
 }
 
+/// Temperature and species, and the density that they leave: level 2 stays that of the step before,
+/// so that the continuity equation sees what warming does to the air.
+void temperature_and_species(frame::Log& log, frame::Accounts& accounts, Run& run) {
+  const auto& control = run.settings.control;
+  State& state = run.state;
+  accounts.start(log, "temperature");
+  jmk_cal_canopy();
+  rad_cal_srftmp();
+  sld_cltsld();
+  const double dt = control.implicit() ? control.scalar.dtmax : state.dt;
+  flw_cldtdt(log, domain_of(run), dt, run.work.scalars, run.work.system, state);
+  flw_clrho(run.settings, run.grid, false, state);
+  accounts.end(log, "temperature");
+}
+
 void momentum_and_pressure(frame::Log& log, frame::Accounts& accounts, Run& run) {
   const double dt = momentum_step(run);
   accounts.start(log, "momentum");
@@ -52,8 +67,31 @@ void momentum_and_pressure(frame::Log& log, frame::Accounts& accounts, Run& run)
   accounts.end(log, "momentum");
   accounts.start(log, "pressure");
   const auto density = [&run] { set_density(run.settings, run.grid, run.state); };
-  flw_clprs(log, run.work.pressure, dt, nullptr, density, run.state);
+  const Field& drain = run.work.scalars.sources.drain;
+  flw_clprs(log, run.work.pressure, dt, drain.empty() ? nullptr : &drain, density, run.state);
   accounts.end(log, "pressure");
+}
+
+void eddy_viscosity(frame::Log& log, frame::Accounts& accounts, Run& run) {
+  const Turbulence model = run.settings.control.iturb;
+  if (model == Turbulence::none) return;
+  accounts.start(log, "turbulence");
+  if (model == Turbulence::k_epsilon) nlk_stress();
+  set_eddy_viscosity(domain_of(run), run.work.momentum.velocities, run.work.turbulence, run.state);
+  if (model == Turbulence::k_epsilon) mkc_clfbvt();
+  accounts.end(log, "turbulence");
+}
+
+void turbulence(frame::Log& log, frame::Accounts& accounts, Run& run) {
+  if (run.settings.control.iturb != Turbulence::k_epsilon) return;
+  accounts.start(log, "turbulence");
+  nlk_stress();
+  StepWork& work = run.work;
+  Exner& exner = work.scalars.exner;
+  if (exner.used()) set_potential(run.state.t, exner);
+  flw_clkeps(log, domain_of(run), momentum_step(run), exner.used() ? exner.theta : run.state.t,
+             work.momentum.velocities, work.momentum.rows, work.system, work.turbulence, run.state);
+  accounts.end(log, "turbulence");
 }
 
 }  // namespace
@@ -63,12 +101,17 @@ void prepare(frame::Log& log, Run& run) {
   StepWork& work = run.work;
   frame::allocating(log, "work fields", frame::bytes_of<double>(box.size(), 8), [&] {
     if (run.settings.control.itemp) {
-      run.state.conductivity = Field(box);
-      run.state.dif.assign(run.settings.species.count(), Field(box));
+      run.state.cp = Field(box);
+      if (run.settings.species.count() > 1) run.state.dif = Field(box);
     }
     work.metrics = make_metrics(run.grid);
     work.rim = make_rim(run.boundary, run.faces, run.openings);
     work.momentum = make_momentum(log, domain_of(run));
+    work.turbulence = make_turbulence(log, domain_of(run));
+    if (run.settings.control.itemp) work.scalars = make_scalars(log, domain_of(run));
+    if (run.settings.control.itemp || run.settings.control.iturb == Turbulence::k_epsilon) {
+      work.system = make_scalar_system(log, domain_of(run));
+    }
     work.scratch.assign(3 * static_cast<std::size_t>(box.n[0]), 0.0);
   });
   work.pressure =
@@ -87,14 +130,17 @@ void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   State& state = run.state;
   flw_clrho(run.settings, run.grid, true, state);
   flw_clprop(run.settings.species, state);
+  eddy_viscosity(log, accounts, run);
   state.dt = flw_cldelt(control, run.work.metrics, run.openings, state, run.work.scratch);
   sld_limit_deltt();
   state.time += state.dt;
   ++state.iter;
   frame::report_step(log, state.iter, state.time, state.dt);
   stamp_wall_clock();
+  if (control.itemp) temperature_and_species(log, accounts, run);
   if (!control.keeps_pressure) std::fill(state.p.all().begin(), state.p.all().end(), 0.0);
   momentum_and_pressure(log, accounts, run);
+  turbulence(log, accounts, run);
   flw_clsolid(run.work.rim, state);
 }
 

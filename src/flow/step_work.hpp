@@ -6,7 +6,9 @@
 #include "flow/metrics.hpp"
 #include "flow/pressure/clprs.hpp"
 #include "flow/rim.hpp"
+#include "flow/scalars/cldtdt.hpp"
 #include "flow/terms/momentum.hpp"
+#include "flow/turbulence/turbulence.hpp"
 
 namespace flow {
 
@@ -14,7 +16,10 @@ struct StepWork {
   Metrics metrics;
   Rim rim;
   Momentum momentum;
+  Scalars scalars;      ///< made where temperature and species are computed
+  ScalarSystem system;  ///< of all scalars
   PressureStep pressure;
+  TurbulenceWork turbulence;
   std::vector<double> scratch;  ///< three rows of cells
 };
 

@@ -58,6 +58,12 @@ Accounts::Row* Accounts::find(std::string_view process) {
   return found == rows_.end() ? nullptr : &*found;
 }
 
+double Accounts::seconds(std::string_view process) const {
+  const std::string name = padded(process);
+  const auto found = std::ranges::find(rows_, name, &Row::name);
+  return found == rows_.end() ? 0.0 : found->sum.total;
+}
+
 void Accounts::start(Log& log, std::string_view process) {
   Row* row = find(process);
   if (row == nullptr) {

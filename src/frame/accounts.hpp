@@ -32,6 +32,8 @@ class Accounts {
   void start(Log& log, std::string_view process);
   /// Ends it and adds the time.
   void end(Log& log, std::string_view process);
+  /// Processor seconds of the ended stretches of `process` so far.
+  [[nodiscard]] double seconds(std::string_view process) const;
   /// Writes the table; running stopwatches show their ended stretches only.
   void print(Log& log) const;
 

@@ -189,9 +189,10 @@ std::int64_t bytes_grown(const List& list) {
 }
 
 /// Runs `take`, which takes `bytes` or more for what `array` names; memory exhaustion becomes the
-/// orderly failure "### error : allocation failed", which tells both.
+/// orderly failure "### error : allocation failed" (or `words`), which tells both.
 template <class Take>
-void allocating(Log& log, std::string_view array, std::int64_t bytes, Take&& take) {
+void allocating(Log& log, std::string_view array, std::int64_t bytes, Take&& take,
+                std::string_view words = "### error : allocation failed") {
   bool exhausted = false;
   try {
     take();
@@ -201,7 +202,7 @@ void allocating(Log& log, std::string_view array, std::int64_t bytes, Take&& tak
     exhausted = true;
   }
   if (exhausted) {
-    log.fail("### error : allocation failed", items("array,bytes =", array, bytes));
+    log.fail(words, items("array,bytes =", array, bytes));
   }
 }
 

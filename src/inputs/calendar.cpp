@@ -112,9 +112,6 @@ Cycle cycdate(frame::Log& log, Data& calendar, double time, const Date& first, c
   const double year_now = cycle.base[0];
   std::size_t rank = 0;  // the first element in which the dates differ, from 0; at most the hour
   while (rank < 3 && first[rank] == last[rank]) ++rank;
-  for (std::size_t e = rank; e < cycle.base.size(); ++e) {
-    cycle.base[e] = e == 1 || e == 2 ? 1.0 : 0.0;
-  }
   if (rank == 0) {
     const double years = last[0] + 1.0 - first[0];
     const double year = first[0] + std::trunc((year_now - first[0]) / years) * years;

@@ -39,7 +39,8 @@ struct ClosingMonth {
 ClosingMonth date_month(frame::Log& log, Data& calendar, double time);
 
 /// The cycle of a series: where the cycle that holds a time starts, its length, and how many
-/// leading date elements the series' lines do not decide.
+/// leading date elements (`level`) the series' lines do not decide; those of `base` behind them say
+/// nothing.
 struct Cycle {
   Date base;
   Date period;

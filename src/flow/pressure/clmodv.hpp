@@ -16,6 +16,9 @@ namespace flow {
 /// cells that are not fluid. Writes ru and p with their halos. Second order in space on a uniform
 /// grid.
 ///
+/// The temperature takes no part: it is one in all fields, also where its step works with the
+/// potential temperature, so that nothing is converted around the correction.
+///
 /// The continuity equation counts a flux by the open fraction of its face, so the gradient is not
 /// taken by that fraction once more: it would leave a part of the divergence in partly open cells.
 void flw_clmodv(const GridTables& grid, const Openings& openings, const Boundary& boundary,

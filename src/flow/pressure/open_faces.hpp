@@ -13,9 +13,6 @@
 
 namespace flow {
 
-/// Below this fraction a face is closed.
-inline constexpr double kClosedFace = 1e-20;
-
 /// Bit `axis` of a cell stands for its upper face along that axis. The face between the last and
 /// the first cell of a periodic y belongs to the last.
 using OpenFaces = FieldOf<std::uint8_t>;

@@ -19,23 +19,20 @@ RimValue momentum_at(const Group& group, int axis, std::size_t component) {
   return {RimValue::level};
 }
 
-RimValue scalar_at(const Group& group, Variable variable, std::size_t item) {
+double given_at(const Group& group, Variable variable, std::size_t item) {
   switch (variable) {
     case Variable::temperature:
-      if (group.it == TemperatureAt::given || group.it == TemperatureAt::log_wall) {
-        return {RimValue::given, group.t};
-      }
-      break;
+      return group.t;
     case Variable::species:
-      if (group.iy == SpeciesAt::given) return {RimValue::given, group.ys[item]};
-      break;
+      return group.ys[item];
     default:
-      if (group.ik == TurbulenceAt::given) {
-        return {RimValue::given, item == 0 ? group.k : group.eps};
-      }
-      break;
+      return item == 0 ? group.k : group.eps;
   }
-  return {RimValue::level};
+}
+
+RimValue scalar_at(const Group& group, Variable variable, std::size_t item) {
+  if (!gives_value(group, variable)) return {RimValue::level};
+  return {RimValue::given, given_at(group, variable, item)};
 }
 
 void check(frame::Log& log, Variable variable, int axis) {
@@ -59,67 +56,91 @@ struct Neighbour {
 Neighbour cell_onward(const Box& box, int axis, const BoundaryFace& at) {
   const std::int32_t n = box.n[static_cast<std::size_t>(axis)];
   const std::int32_t own = at.index[static_cast<std::size_t>(axis)];
-  const std::int32_t index = (own - at.side - 1 + n) % n + 1;
+  std::int32_t index = own - at.side;
+  if (index < 1) index += n;
+  if (index > n) index -= n;
   const auto shift = static_cast<std::ptrdiff_t>(box.stride(axis)) * (index - own);
   return {at.cell + static_cast<std::size_t>(shift), index};
 }
 
 /// The mass that passes a face of the rim and the opposite face of its cell.
 struct Passage {
+  const BoundaryFace& at;
+  std::size_t stride;
   double leaving;  ///< out of the air
   double onward;   ///< from the cell into the next one
-  Neighbour next;
-  double inv_width, next_inv_width;
+  double inv_width;
 };
 
 Passage passage_of(const Rim& rim, const Field& ru, const AxisMetric& metric, int axis,
                    std::size_t f) {
   const auto a = static_cast<std::size_t>(axis);
   const BoundaryFace& at = rim.faces[a][f];
-  const std::size_t opposite = at.side < 0 ? at.cell : at.cell - ru.box().stride(axis);
-  const Neighbour next = cell_onward(ru.box(), axis, at);
-  return {at.side * rim.open[a][f] * ru[at.face], -at.side * rim.inner[a][opposite] * ru[opposite],
-          next, AxisMetric::at(metric.inv_width, at.index[a]),
-          AxisMetric::at(metric.inv_width, next.index)};
+  const std::size_t stride = ru.box().stride(axis);
+  const std::size_t opposite = at.side < 0 ? at.cell : at.cell - stride;
+  return {at, stride, at.side * rim.open[a][f] * ru[at.face],
+          -at.side * rim.inner[a][opposite] * ru[opposite],
+          AxisMetric::at(metric.inv_width, at.index[a])};
 }
 
-void carry_through(const Box& box, int axis, const BoundaryFace& at, const Passage& through,
-                   const RimValue& value, const Muscl& muscl, const Advected& advected) {
-  const Field& q = *advected.q;
-  const double own = q[at.cell];
+/// `level` is what the cell's own mass carries: 0 in conservative form.
+void carry_out(const Passage& through, const RimValue& value, double level,
+               const Advected& advected) {
+  const double own = (*advected.q)[through.at.cell];
   const bool carries_given = through.leaving < 0.0 && value.kind == RimValue::given;
-  (*advected.dqdt)[at.cell] -=
-      through.leaving * (carries_given ? value.value : own) * through.inv_width;
+  (*advected.dqdt)[through.at.cell] -=
+      through.leaving * ((carries_given ? value.value : own) - level) * through.inv_width;
+}
 
-  // If the cell is upwind of its opposite face, the slope that the sweep took for it had the value
-  // beyond the rim in it.
-  if (!(through.onward > 0.0)) return;
-  const std::size_t stride = box.stride(axis);
-  const double beyond = q[at.side < 0 ? at.cell - stride : at.cell + stride];
-  const double ahead = q[at.side < 0 ? at.cell + stride : at.cell - stride] - own;
-  const double change = limited_slope(muscl, ahead, -difference_across(value, own)) -
-                        limited_slope(muscl, ahead, own - beyond);
-  (*advected.dqdt)[at.cell] -= through.onward * change * through.inv_width;
-  (*advected.dqdt)[through.next.cell] += through.onward * change * through.next_inv_width;
+/// If the cell is upwind of its opposite face, the slope that the sweep took for it had the value
+/// beyond the rim in it.
+void mend_slope(const AxisMetric& metric, int axis, const Passage& through, const RimValue& value,
+                const Carried& carried) {
+  const Field& q = *carried.of.q;
+  const BoundaryFace& at = through.at;
+  const double own = q[at.cell];
+  const double beyond = q[at.side < 0 ? at.cell - through.stride : at.cell + through.stride];
+  const double ahead = q[at.side < 0 ? at.cell + through.stride : at.cell - through.stride] - own;
+  const double change = limited_slope(carried.muscl, ahead, -difference_across(value, own)) -
+                        limited_slope(carried.muscl, ahead, own - beyond);
+  const Neighbour next = cell_onward(q.box(), axis, at);
+  Field& dqdt = *carried.of.dqdt;
+  dqdt[at.cell] -= through.onward * change * through.inv_width;
+  dqdt[next.cell] += through.onward * change * AxisMetric::at(metric.inv_width, next.index);
 }
 
 }  // namespace
 
+bool gives_value(const Group& group, Variable variable) {
+  switch (variable) {
+    case Variable::momentum:
+      return group.gives_velocity();
+    case Variable::temperature:
+      return group.it == TemperatureAt::given || group.it == TemperatureAt::log_wall;
+    case Variable::species:
+      return group.iy == SpeciesAt::given;
+    default:
+      return group.ik == TurbulenceAt::given;
+  }
+}
+
 void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& ru, Variable variable,
-                std::span<const Advected> advected, const Muscl& muscl, int axis) {
-  check(log, variable, axis);
+                const std::array<Field, 3>& ru, std::span<const Carried> carried, int axis) {
+  for (const Carried& one : carried) check(log, one.variable, axis);
   const auto a = static_cast<std::size_t>(axis);
-  const Box& box = ru[a].box();
   for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
-    const BoundaryFace& at = rim.faces[a][f];
-    const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
     const Passage through = passage_of(rim, ru[a], metrics[a], axis, f);
     if (through.leaving == 0.0 && !(through.onward > 0.0)) continue;
-    for (const Advected& one : advected) {
-      const RimValue value = variable == Variable::momentum ? momentum_at(group, axis, one.item)
-                                                            : scalar_at(group, variable, one.item);
-      carry_through(box, axis, at, through, value, muscl, one);
+    const Group& group = rim.groups[static_cast<std::size_t>(through.at.group)];
+    for (const Carried& one : carried) {
+      const bool momentum = one.variable == Variable::momentum;
+      RimValue value = momentum ? momentum_at(group, axis, one.of.item)
+                                : scalar_at(group, one.variable, one.of.item);
+      if (one.of.given != nullptr) value.value *= (*one.of.given)[a][f];
+      if (through.leaving != 0.0) {
+        carry_out(through, value, momentum ? 0.0 : (*one.of.q)[through.at.cell], one.of);
+      }
+      if (through.onward > 0.0) mend_slope(metrics[a], axis, through, value, one);
     }
   }
 }

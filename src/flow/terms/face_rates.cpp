@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "flow/row_kernel.hpp"
+#include "flow/terms/face_waves.hpp"
 
 namespace flow {
 
@@ -26,7 +27,7 @@ FLOW_INLINE void rate_row(std::size_t count, const Rows& at, Weight gap, Weight 
   for (std::size_t i = 0; i < count; ++i) {
     const double mean =
         lower[i] * (at.q[i] / at.volume[i]) + upper[i] * (at.q[i + s] / at.volume[i + s]);
-    const double gradient = at.inner[i] * ((at.p[i + s] - at.p[i]) * gap[i]);
+    const double gradient = (at.p[i + s] - at.p[i]) * gap[i];
     const double density = lower[i] * at.r[i] + upper[i] * at.r[i + s];
     const double rate = mean - gradient + (density - at.ramb) * at.gravity;
     out[i] = at.inner[i] > 0.0 ? rate : 0.0;
@@ -50,7 +51,8 @@ FLOW_CLONES void add_row(std::size_t count, double dt, const double* rate, doubl
 
 /// Rates of the row of faces at `place`; `f` is their index along an axis across the row.
 void set_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
-               std::size_t place, std::size_t count, std::int32_t f, double* out) {
+               const Field& velocity, std::size_t place, std::size_t count, std::int32_t f,
+               double* out) {
   const auto a = static_cast<std::size_t>(axis);
   const Rows at{dqdt.data() + place,
                 domain.openings.gmc.data() + place,
@@ -62,8 +64,10 @@ void set_rates(const Domain& domain, const Field& dqdt, int axis, const State& s
                 domain.settings.ambient.ramb};
   if (axis == 0) {
     rates_along(count, at, domain.metrics[0], out);
+    damp_waves(domain, state, velocity, {0, place + 1, count - 1, {1, 1, 1}}, out + 1);
   } else {
     rates_across(count, at, domain.metrics[a], f, out);
+    if (f > 0) damp_waves(domain, state, velocity, {axis, place, count, {1, f, f}}, out);
   }
 }
 
@@ -83,12 +87,12 @@ double held_pressure(const Domain& domain, const Group& group, int axis, const B
 
 /// ubx_bc_grdprs: what moves the flux at a free face of the rim.
 double free_rate(const Domain& domain, const Field& dqdt, int axis, const BoundaryFace& at,
-                 double open, const State& state) {
+                 const State& state) {
   const auto a = static_cast<std::size_t>(axis);
   const Group& group = domain.rim.groups[static_cast<std::size_t>(at.group)];
   const double half = 0.5 * domain.grid.axis[a].dx(at.index[a]);
   const double beyond = held_pressure(domain, group, axis, at);
-  const double gradient = open * at.side * (beyond - state.p[at.cell]) / half;
+  const double gradient = at.side * (beyond - state.p[at.cell]) / half;
   return dqdt[at.cell] / domain.openings.gmc[at.cell] - gradient +
          (state.r[0][at.cell] - domain.settings.ambient.ramb) * domain.settings.control.gravity[a];
 }
@@ -98,22 +102,22 @@ template <class Use>
 void for_free_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
                     Use&& use) {
   const auto a = static_cast<std::size_t>(axis);
-  for (std::size_t f = 0; f < domain.rim.faces[a].size(); ++f) {
-    const BoundaryFace& at = domain.rim.faces[a][f];
-    if (domain.rim.groups[static_cast<std::size_t>(at.group)].iv != VelocityAt::free) continue;
-    use(at.face, free_rate(domain, dqdt, axis, at, domain.rim.open[a][f], state));
+  for (const FreeFace& free : domain.rim.free[a]) {
+    const BoundaryFace& at = domain.rim.faces[a][free.number];
+    use(at.face, free_rate(domain, dqdt, axis, at, state));
   }
 }
 
 }  // namespace
 
-void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt, double dt,
-                   std::span<double> scratch, State& state) {
+void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt,
+                   const Velocities& velocities, double dt, std::span<double> scratch,
+                   State& state) {
   const Box& box = domain.grid.box;
   const auto n = static_cast<std::size_t>(box.n[0]);
   const auto advance = [&](int axis, std::size_t place, std::size_t count, std::int32_t f) {
     const auto a = static_cast<std::size_t>(axis);
-    set_rates(domain, dqdt[a], axis, state, place, count, f, scratch.data());
+    set_rates(domain, dqdt[a], axis, state, velocities.face[a], place, count, f, scratch.data());
     add_row(count, dt, scratch.data(), state.ru[a].data() + place);
   };
   // All axes row by row: they share density, pressure and volume.
@@ -133,11 +137,12 @@ void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt, doubl
   }
 }
 
-void set_face_rates(const Domain& domain, const Field& dqdt, int axis, const State& state,
-                    std::span<double> scratch, Field& rate) {
+void set_face_rates(const Domain& domain, const Field& dqdt, const Velocities& velocities, int axis,
+                    const State& state, std::span<double> scratch, Field& rate) {
   for_face_rows(
       dqdt.box(), axis, [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
-        set_rates(domain, dqdt, axis, state, place, count, axis == 1 ? j : k, scratch.data());
+        set_rates(domain, dqdt, axis, state, velocities.face[static_cast<std::size_t>(axis)], place,
+                  count, axis == 1 ? j : k, scratch.data());
         std::copy_n(scratch.data(), count, rate.data() + place);
       });
   for_free_rates(domain, dqdt, axis, state,

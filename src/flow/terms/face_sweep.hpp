@@ -14,7 +14,7 @@
 
 namespace flow {
 
-inline constexpr std::size_t kSweepWidth = 3;  ///< variables that go through together
+inline constexpr std::size_t kSweepWidth = 4;  ///< fluxes that go through together
 
 /// The rows of fluxes that a sweep keeps; sized once, for a box.
 struct SweepRows {
@@ -44,46 +44,65 @@ void subtract_along(std::size_t count, const double* flux, const double* inv_wid
 void subtract_across(std::size_t count, const double* flux, double inv_width, double* before,
                      double* dqdt);
 
-/// Takes the divergence of a flux from the tendencies. `flux(row, out)` writes the fluxes of a row
-/// of faces in the positive direction of its axis, each variable into its own row of `out`.
-template <class Flux>
-void subtract_divergence(const Box& box, const Metrics& metrics, std::span<Field* const> dqdt,
-                         SweepRows& rows, Flux&& flux) {
+/// Goes over all faces of the computed axes, a row of cells after the other. `form(row, out)`
+/// writes the fluxes of a row of faces in the positive direction of its axis, each variable into
+/// its own row of `out`; `along(place, fluxes)` takes those of the faces along a row of cells to
+/// its cells, the first of which stands at `place`; `across(axis, index, place, fluxes, before)`
+/// those of the faces above the cells, of number `index` along `axis`, with what passed below them,
+/// and leaves the fluxes in `before`.
+template <class Form, class Along, class Across>
+void sweep_faces(const Box& box, SweepRows& rows, Form&& form, Along&& along, Across&& across) {
   const auto n = static_cast<std::size_t>(box.n[0]);
   const auto pointers = [&](SweepRows::Rows& set, std::size_t offset) {
-    return FluxRows{set[0].data() + offset, set[1].data() + offset, set[2].data() + offset};
+    FluxRows row{};
+    for (std::size_t v = 0; v < kSweepWidth; ++v) row[v] = set[v].data() + offset;
+    return row;
   };
   const FluxRows fresh = pointers(rows.fresh, 0);
   for (std::int32_t k = 1; k <= box.n[2]; ++k) {
     for (std::int32_t j = 1; j <= box.n[1]; ++j) {
       const std::size_t place = box.at(1, j, k);
       if (box.computed(0)) {
-        flux(FaceRow{0, place - 1, n + 1, {0, j, k}}, fresh);
-        for (std::size_t v = 0; v < dqdt.size(); ++v) {
-          subtract_along(n, fresh[v], AxisMetric::from(metrics[0].inv_width, 1),
-                         dqdt[v]->data() + place);
-        }
+        form(FaceRow{0, place - 1, n + 1, {0, j, k}}, fresh);
+        along(place, fresh);
       }
       if (box.computed(1)) {
         const FluxRows below = pointers(rows.below, 0);
-        if (j == 1) flux(FaceRow{1, place - box.stride(1), n, {1, 0, k}}, below);
-        flux(FaceRow{1, place, n, {1, j, k}}, fresh);
-        for (std::size_t v = 0; v < dqdt.size(); ++v) {
-          subtract_across(n, fresh[v], AxisMetric::at(metrics[1].inv_width, j), below[v],
-                          dqdt[v]->data() + place);
-        }
+        if (j == 1) form(FaceRow{1, place - box.stride(1), n, {1, 0, k}}, below);
+        form(FaceRow{1, place, n, {1, j, k}}, fresh);
+        across(1, j, place, fresh, below);
       }
       if (box.computed(2)) {
         const FluxRows under = pointers(rows.under, n * static_cast<std::size_t>(j - 1));
-        if (k == 1) flux(FaceRow{2, place - box.stride(2), n, {1, j, 0}}, under);
-        flux(FaceRow{2, place, n, {1, j, k}}, fresh);
-        for (std::size_t v = 0; v < dqdt.size(); ++v) {
-          subtract_across(n, fresh[v], AxisMetric::at(metrics[2].inv_width, k), under[v],
-                          dqdt[v]->data() + place);
-        }
+        if (k == 1) form(FaceRow{2, place - box.stride(2), n, {1, j, 0}}, under);
+        form(FaceRow{2, place, n, {1, j, k}}, fresh);
+        across(2, k, place, fresh, under);
       }
     }
   }
+}
+
+/// Takes the divergence of a flux from the tendencies; `flux` is the `form` of sweep_faces.
+template <class Flux>
+void subtract_divergence(const Box& box, const Metrics& metrics, std::span<Field* const> dqdt,
+                         SweepRows& rows, Flux&& flux) {
+  const auto n = static_cast<std::size_t>(box.n[0]);
+  sweep_faces(
+      box, rows, flux,
+      [&](std::size_t place, const FluxRows& fluxes) {
+        for (std::size_t v = 0; v < dqdt.size(); ++v) {
+          subtract_along(n, fluxes[v], AxisMetric::from(metrics[0].inv_width, 1),
+                         dqdt[v]->data() + place);
+        }
+      },
+      [&](int axis, std::int32_t index, std::size_t place, const FluxRows& fluxes,
+          const FluxRows& before) {
+        const auto a = static_cast<std::size_t>(axis);
+        const double inv_width = AxisMetric::at(metrics[a].inv_width, index);
+        for (std::size_t v = 0; v < dqdt.size(); ++v) {
+          subtract_across(n, fluxes[v], inv_width, before[v], dqdt[v]->data() + place);
+        }
+      });
 }
 
 }  // namespace flow

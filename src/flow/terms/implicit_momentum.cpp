@@ -3,77 +3,35 @@
 #include <algorithm>
 
 #include "flow/terms/face_rates.hpp"
+#include "flow/terms/seven_rows.hpp"
 
 namespace flow {
 
 namespace {
 
-/// A face between two cells, and its part in the rows of both.
-struct Coupling {
-  std::size_t lower, upper;  ///< cells; their own places beyond a periodic end too
-  std::int32_t index;        ///< of the face along its axis
-  double mass, viscosity;    ///< through the face; viscosity over distance
-};
-
-/// Rows of one component; `scale` is dt over the open volume fraction.
+/// Rows of one component.
 struct RowsOf {
   const Domain& domain;
   const State& state;
   double dt;
   int axis;  ///< of the component
   SevenPoint& rows;
-
-  /// dt/(open volume * width) of a cell.
-  [[nodiscard]] double scale(int across, std::size_t cell, std::int32_t index) const {
-    const auto& inv_width = domain.metrics[static_cast<std::size_t>(across)].inv_width;
-    return dt / domain.openings.gmc[cell] * AxisMetric::at(inv_width, index);
-  }
 };
 
 /// The unknown is r u: a neighbour's velocity is its unknown over its density.
-void add_coupling(const RowsOf& of, int across, const Coupling& face, std::int32_t upper_index) {
-  const auto a = static_cast<std::size_t>(across);
-  const Field& r = of.state.r[0];
-  const double forward = std::max(face.mass, 0.0) + face.viscosity;    // on the lower cell
-  const double backward = std::max(-face.mass, 0.0) + face.viscosity;  // on the upper cell
-  const double low = of.scale(across, face.lower, face.index);
-  const double high = of.scale(across, face.upper, upper_index);
-  if (face.index >= 1) {
-    of.rows.diagonal[face.lower] += low * forward / r[face.lower];
-    of.rows.upper[a][face.lower] = -low * backward / r[face.upper];
-  }
-  if (upper_index <= of.domain.grid.box.n[a]) {
-    of.rows.diagonal[face.upper] += high * backward / r[face.upper];
-    of.rows.lower[a][face.upper] = -high * forward / r[face.lower];
-  }
-}
-
-void add_inner_faces(const RowsOf& of, int across) {
-  const auto a = static_cast<std::size_t>(across);
-  const AxisMetric& metric = of.domain.metrics[a];
+FaceRates rates_of(const RowsOf& of, const InnerFace& face) {
   const State& state = of.state;
-  const std::size_t s = state.mu.box().stride(across);
-  for_face_rows(state.mu.box(), across,
-                [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
-                  for (std::size_t c = place; c < place + count; ++c) {
-                    const double inner = of.domain.rim.inner[a][c];
-                    if (inner <= 0.0) continue;
-                    const std::int32_t f = across == 0   ? static_cast<std::int32_t>(c - place)
-                                           : across == 1 ? j
-                                                         : k;
-                    const double mean =
-                        AxisMetric::at(metric.lower, f) * (state.mu[c] + state.mut[c]) +
-                        AxisMetric::at(metric.upper, f) * (state.mu[c + s] + state.mut[c + s]);
-                    // The transposed part doubles the normal stress.
-                    const double part = !of.domain.settings.control.ivisc ? 0.0
-                                        : across == of.axis               ? 2.0
-                                                                          : 1.0;
-                    add_coupling(of, across,
-                                 {c, c + s, f, inner * state.ru[a][c],
-                                  part * inner * mean * AxisMetric::at(metric.inv_gap, f)},
-                                 f + 1);
-                  }
-                });
+  const AxisMetric& metric = of.domain.metrics[static_cast<std::size_t>(face.axis)];
+  const double mean =
+      face_mean(of.domain, face, [&](std::size_t c) { return state.mu[c] + state.mut[c]; });
+  // The transposed part doubles the normal stress.
+  const double part = !of.domain.settings.control.ivisc ? 0.0 : face.axis == of.axis ? 2.0 : 1.0;
+  const double viscosity = part * face.open * mean * AxisMetric::at(metric.inv_gap, face.index);
+  const double forward = std::max(face.mass, 0.0) + viscosity;    // on the lower cell
+  const double backward = std::max(-face.mass, 0.0) + viscosity;  // on the upper cell
+  const double lower = state.r[0][face.lower];
+  const double upper = state.r[0][face.upper];
+  return {forward / lower, -backward / upper, backward / upper, -forward / lower};
 }
 
 /// Walls hold the change of the momentum back, what leaves carries it off.
@@ -81,22 +39,21 @@ void add_rim(const RowsOf& of, const ShearCoefficients& shear, int across) {
   const auto a = static_cast<std::size_t>(across);
   for (std::size_t f = 0; f < of.domain.rim.faces[a].size(); ++f) {
     const BoundaryFace& at = of.domain.rim.faces[a][f];
-    const double h = across == of.axis ? shear[a][f].normal : shear[a][f].along;
+    const auto& coefficient = shear[a][f];
+    const double h =
+        of.domain.rim.wetted[a][f] * (across == of.axis ? coefficient.normal : coefficient.along);
     const double leaving = at.side * of.domain.rim.open[a][f] * of.state.ru[a][at.face];
-    of.rows.diagonal[at.cell] += of.scale(across, at.cell, at.index[a]) *
+    of.rows.diagonal[at.cell] += row_scale(of.domain, of.dt, across, at.cell, at.index[a]) *
                                  (h + std::max(leaving, 0.0)) / of.state.r[0][at.cell];
   }
 }
 
 void set_rows(const RowsOf& of, const ShearCoefficients& shear) {
-  std::fill(of.rows.diagonal.all().begin(), of.rows.diagonal.all().end(), 1.0);
+  std::ranges::fill(of.rows.diagonal.all(), 1.0);
+  add_inner_faces(of.domain, of.state.ru, of.dt, of.rows,
+                  [&](const InnerFace& face) { return rates_of(of, face); });
   for (int across = 0; across < 3; ++across) {
-    if (!of.domain.grid.box.computed(across)) continue;
-    const auto a = static_cast<std::size_t>(across);
-    std::fill(of.rows.lower[a].all().begin(), of.rows.lower[a].all().end(), 0.0);
-    std::fill(of.rows.upper[a].all().begin(), of.rows.upper[a].all().end(), 0.0);
-    add_inner_faces(of, across);
-    add_rim(of, shear, across);
+    if (of.domain.grid.box.computed(across)) add_rim(of, shear, across);
   }
 }
 
@@ -165,13 +122,16 @@ ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain) {
           {Field(domain.grid.box), Field(domain.grid.box), Field(domain.grid.box)}};
 }
 
-void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear, int axis,
-                  double dt, std::span<double> scratch, ImplicitMomentum& work, const State& state,
+void solve_change(frame::Log& log, const Domain& domain, const Velocities& velocities,
+                  const ShearCoefficients& shear, const Drag& drag, int axis, double dt,
+                  std::span<double> scratch, ImplicitMomentum& work, const State& state,
                   Field& dqdt) {
   std::fill(work.rate.all().begin(), work.rate.all().end(), 0.0);
-  set_face_rates(domain, dqdt, axis, state, scratch, work.rate);
+  set_face_rates(domain, dqdt, velocities, axis, state, scratch, work.rate);
+  take_sink(drag, static_cast<std::size_t>(axis), 1.0, work.rate);
   set_right_side(domain, axis, dt, work.rate, dqdt);
   set_rows({domain, state, dt, axis, work.rows}, shear);
+  add_drag_diagonal(drag, static_cast<std::size_t>(axis), dt, work.rows.diagonal);
   const auto& control = domain.settings.control;
   flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
   fill_halos(dqdt, domain.boundary.ends);

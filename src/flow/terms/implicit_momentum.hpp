@@ -9,6 +9,7 @@
 
 #include "flow/linear/imdqdt.hpp"
 #include "flow/terms/domain.hpp"
+#include "flow/terms/drag.hpp"
 #include "flow/terms/wall_shear.hpp"
 #include "frame/log.hpp"
 
@@ -25,10 +26,11 @@ struct ImplicitMomentum {
 ImplicitMomentum make_implicit_momentum(frame::Log& log, const Domain& domain);
 
 /// Writes the change of ru of `axis` over dt [s] to `work.change`. Reads what advance_faces reads,
-/// ru of all axes and the shear coefficients; uses up `dqdt`. First order in time and, on the way
-/// to a steady state, in space. Errors: those of flw_imdqdt.
-void solve_change(frame::Log& log, const Domain& domain, const ShearCoefficients& shear, int axis,
-                  double dt, std::span<double> scratch, ImplicitMomentum& work, const State& state,
+/// ru of all axes, the shear coefficients and the drag; uses up `dqdt`. First order in time and, on
+/// the way to a steady state, in space. Errors: those of flw_imdqdt.
+void solve_change(frame::Log& log, const Domain& domain, const Velocities& velocities,
+                  const ShearCoefficients& shear, const Drag& drag, int axis, double dt,
+                  std::span<double> scratch, ImplicitMomentum& work, const State& state,
                   Field& dqdt);
 
 /// Adds the changes to ru; when all components are solved, so that none of them sees another's new

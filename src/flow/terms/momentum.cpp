@@ -17,7 +17,7 @@ void for_components(const Domain& domain, Use&& use) {
   }
 }
 
-/// Stages 1 and 2: shear of the rim, then diffusion. The drag of leaves will stand before them.
+/// Stages 1 and 2: shear of the rim, then diffusion.
 void add_stresses(const Domain& domain, Momentum& work, const State& state) {
   if (!domain.settings.control.ivisc) return;
   add_wall_shear(domain.grid, domain.metrics, domain.rim, state, work.velocities, work.shear,
@@ -44,12 +44,13 @@ void advance_fluxes(frame::Log& log, const Domain& domain, double dt, Momentum& 
     if (wraps) fill_halos(work.dqdt[a], domain.boundary.ends);
   });
   if (!domain.settings.control.implicit()) {
-    advance_faces(domain, work.dqdt, dt, work.rows.scratch, state);
+    advance_faces(domain, work.dqdt, work.velocities, dt, work.rows.scratch, state);
+    for_components(domain, [&](int, std::size_t a) { take_sink(work.drag, a, dt, state.ru[a]); });
     return;
   }
   for_components(domain, [&](int axis, std::size_t a) {
-    solve_change(log, domain, work.shear, axis, dt, work.rows.scratch, work.implicit, state,
-                 work.dqdt[a]);
+    solve_change(log, domain, work.velocities, work.shear, work.drag, axis, dt, work.rows.scratch,
+                 work.implicit, state, work.dqdt[a]);
   });
   add_changes(work.implicit, state);
 }
@@ -60,6 +61,7 @@ Momentum make_momentum(frame::Log& log, const Domain& domain) {
   const Box& box = domain.grid.box;
   return {Velocities(box),
           make_shear(domain.rim),
+          make_drag(domain),
           SweepRows(box),
           {Field(box), Field(box), Field(box)},
           make_implicit_momentum(log, domain)};
@@ -71,6 +73,7 @@ void flw_cldvdt(frame::Log& log, const Domain& domain, double dt, Momentum& work
   for_components(domain, [&](int, std::size_t a) {
     std::fill(work.dqdt[a].all().begin(), work.dqdt[a].all().end(), 0.0);
   });
+  flw_clvdrg(domain, state, work.velocities, dt, work.drag);
   add_stresses(domain, work, state);
   add_advection(log, domain, work, state);
   advance_fluxes(log, domain, dt, work, state);

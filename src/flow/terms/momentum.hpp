@@ -8,6 +8,7 @@
 #pragma once
 
 #include "flow/terms/domain.hpp"
+#include "flow/terms/drag.hpp"
 #include "flow/terms/face_sweep.hpp"
 #include "flow/terms/implicit_momentum.hpp"
 #include "flow/terms/velocities.hpp"
@@ -20,6 +21,7 @@ namespace flow {
 struct Momentum {
   Velocities velocities;
   ShearCoefficients shear;
+  Drag drag;
   SweepRows rows;
   std::array<Field, 3> dqdt;  ///< tendencies of the components at the centres [kg/m2 s2]
   ImplicitMomentum implicit;

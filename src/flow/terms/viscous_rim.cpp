@@ -14,12 +14,18 @@ struct Fields {
   const ShearCoefficients& shear;
 };
 
-/// A face of the rim, its axis and the viscosity beside it.
+/// A face of the rim, its axis, the viscosity beside it and the part of it that meets the air.
 struct RimCell {
   const BoundaryFace& at;
   std::size_t axis;
   double viscosity;
+  double wetted;
 };
+
+RimCell rim_cell(const Fields& of, std::size_t axis, std::size_t number) {
+  const BoundaryFace& at = of.rim.faces[axis][number];
+  return {at, axis, of.state.mu[at.cell] + of.state.mut[at.cell], of.rim.wetted[axis][number]};
+}
 
 double inv_width(const Fields& of, const RimCell& cell) {
   return AxisMetric::at(of.metrics[cell.axis].inv_width, cell.at.index[cell.axis]);
@@ -30,7 +36,8 @@ void add_normal(const Fields& of, const RimCell& cell, Field& dqdt) {
   const Field& face = of.velocities.face[cell.axis];
   const std::size_t below = cell.at.cell - face.box().stride(static_cast<int>(cell.axis));
   const double stretching = (face[cell.at.cell] - face[below]) * inv_width(of, cell);
-  dqdt[cell.at.cell] += cell.at.side * cell.viscosity * stretching * inv_width(of, cell);
+  dqdt[cell.at.cell] +=
+      cell.wetted * (cell.at.side * cell.viscosity * stretching * inv_width(of, cell));
 }
 
 /// Gradient of the velocity through a free face towards its edge on `side` along axis t, times the
@@ -54,7 +61,8 @@ void add_tangential(const Fields& of, const RimCell& cell, const FreeFace& free,
   const double across = edge_difference(of, cell, t, 1, free.edge[t][1]) -
                         edge_difference(of, cell, t, -1, free.edge[t][0]);
   const double gradient = across * AxisMetric::at(of.metrics[t].inv_span, cell.at.index[t]);
-  dqdt[cell.at.cell] += cell.at.side * cell.viscosity * gradient * inv_width(of, cell);
+  dqdt[cell.at.cell] +=
+      cell.wetted * (cell.at.side * cell.viscosity * gradient * inv_width(of, cell));
 }
 
 }  // namespace
@@ -64,16 +72,16 @@ void add_rim_stress(const Metrics& metrics, const Rim& rim, const State& state,
                     std::array<Field, 3>& dqdt) {
   const Fields of{metrics, rim, state, velocities, shear};
   for (std::size_t a = 0; a < 3; ++a) {
-    for (const BoundaryFace& at : rim.faces[a]) {
-      const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
+    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+      const Group& group = rim.groups[static_cast<std::size_t>(rim.faces[a][f].group)];
       if (group.gives_velocity()) continue;
-      add_normal(of, {at, a, state.mu[at.cell] + state.mut[at.cell]}, dqdt[a]);
+      add_normal(of, rim_cell(of, a, f), dqdt[a]);
     }
     for (const FreeFace& free : rim.free[a]) {
-      const BoundaryFace& at = rim.faces[a][free.number];
+      const RimCell cell = rim_cell(of, a, free.number);
       for (std::size_t t = 0; t < 3; ++t) {
         if (t == a || !state.mu.box().computed(static_cast<int>(t))) continue;
-        add_tangential(of, {at, a, state.mu[at.cell] + state.mut[at.cell]}, free, t, dqdt[t]);
+        add_tangential(of, cell, free, t, dqdt[t]);
       }
     }
   }

@@ -9,7 +9,6 @@ namespace {
 
 constexpr double kTiny = 1e-20;  ///< no divisor is below it
 
-/// y u/nu where the logarithm and the linear profile meet.
 double crossing() {
   double y = 11.0;
   for (int turn = 0; turn < 60; ++turn) y = std::log(y) / kKarman + kLogLaw;
@@ -24,13 +23,7 @@ double half_cell(const GridTables& grid, int axis, const BoundaryFace& at) {
 
 double log_coefficient(const Group& group, int axis, const BoundaryFace& at, double half,
                        const State& state, const Velocities& velocities) {
-  double square = 0.0;
-  for (std::size_t b = 0; b < 3; ++b) {
-    if (static_cast<int>(b) == axis) continue;
-    const double difference = group.velocity[b] - velocities.cell[b][at.cell];
-    square += difference * difference;
-  }
-  const double speed = std::sqrt(square);
+  const double speed = speed_along(group, axis, at.cell, velocities);
   const double r = state.r[0][at.cell];
   const double nu = std::max(state.mu[at.cell], kTiny) / r;
   const double friction = friction_velocity(speed, half, nu);
@@ -57,18 +50,33 @@ ShearCoefficient coefficient_of(const Group& group, int axis, const BoundaryFace
 
 }  // namespace
 
-double friction_velocity(double speed, double y, double nu) {
+double wall_law_crossing() {
   static const double kCrossing = crossing();
+  return kCrossing;
+}
+
+double speed_along(const Group& group, int axis, std::size_t cell, const Velocities& velocities) {
+  double square = 0.0;
+  for (std::size_t b = 0; b < 3; ++b) {
+    if (static_cast<int>(b) == axis) continue;
+    const double difference = group.velocity[b] - velocities.cell[b][cell];
+    square += difference * difference;
+  }
+  return std::sqrt(square);
+}
+
+double friction_velocity(double speed, double y, double nu) {
+  const double meeting = wall_law_crossing();
   const double reynolds = speed * y / nu;
-  if (reynolds <= kCrossing * kCrossing) return std::sqrt(speed * nu / y);
+  if (reynolds <= meeting * meeting) return std::sqrt(speed * nu / y);
   // Newton's method for s = y u/nu in s (ln(s)/kappa + B) = reynolds; the left side is convex and
   // the start lies below the root.
-  double s = kCrossing;
+  double s = meeting;
   for (int turn = 0; turn < 50; ++turn) {
     const double law = std::log(s) / kKarman + kLogLaw;
     const double step = (reynolds - s * law) / (law + 1.0 / kKarman);
     s += step;
-    if (std::fabs(step) <= 1e-14 * s) break;
+    if (std::fabs(step) <= 1e-8 * s) break;  // what is left is of its square
   }
   return s * nu / y;
 }
@@ -89,12 +97,13 @@ void add_wall_shear(const GridTables& grid, const Metrics& metrics, const Rim& r
       const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
       const double half = half_cell(grid, axis, at);
       const auto h = shear[a][f] = coefficient_of(group, axis, at, half, state, velocities);
-      const double inv_width = AxisMetric::at(metrics[a].inv_width, at.index[a]);
+      const double per_volume =
+          rim.wetted[a][f] * AxisMetric::at(metrics[a].inv_width, at.index[a]);
       for (std::size_t b = 0; b < 3; ++b) {
         if (!grid.box.computed(static_cast<int>(b))) continue;
         const double wall = group.iv == VelocityAt::slip ? 0.0 : group.velocity[b];
         const double stress = (a == b ? h.normal : h.along) * (wall - velocities.cell[b][at.cell]);
-        dqdt[b][at.cell] += stress * inv_width;
+        dqdt[b][at.cell] += stress * per_volume;
       }
     }
   }

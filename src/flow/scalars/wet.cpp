@@ -1,0 +1,121 @@
+#include "flow/scalars/wet.hpp"
+
+#include <cmath>
+
+namespace flow {
+
+namespace {
+
+/// A face of the rim and what it exchanges with its cell.
+struct RimCell {
+  const BoundaryFace& at;
+  const Group& group;
+  int axis;
+  double half;  ///< half the width of the cell [m]
+};
+
+/// True where something diffuses through a face: air neither leaves through it nor is free.
+bool exchanges(const RimCell& cell, const State& state) {
+  const double leaving = cell.at.side * state.ru[static_cast<std::size_t>(cell.axis)][cell.at.face];
+  return cell.group.iv != VelocityAt::free && !(leaving > 0.0);
+}
+
+/// Speed of the cell's air along the face, against the wall's.
+double speed_along(const RimCell& cell, const State& state) {
+  const std::size_t c = cell.at.cell;
+  double square = 0.0;
+  for (int b = 0; b < 3; ++b) {
+    const Field& ru = state.ru[static_cast<std::size_t>(b)];
+    if (b == cell.axis) continue;
+    const double u =
+        ru.box().computed(b) ? 0.5 * (ru[c - ru.box().stride(b)] + ru[c]) / state.r[0][c] : 0.0;
+    const double difference = cell.group.velocity[static_cast<std::size_t>(b)] - u;
+    square += difference * difference;
+  }
+  return std::sqrt(square);
+}
+
+double by_law(const WallLaw& law, const RimCell& cell, const State& state) {
+  const std::size_t c = cell.at.cell;
+  return law.exchange(speed_along(cell, state), cell.half, state.r[0][c], state.mu[c]);
+}
+
+double heat_exchange(const Domain& domain, const RimCell& cell, const State& state,
+                     const WallLaw& law) {
+  if (!domain.settings.control.idift || !exchanges(cell, state)) return 0.0;
+  if (cell.group.it == TemperatureAt::log_wall) return by_law(law, cell, state);
+  if (cell.group.it != TemperatureAt::given) return 0.0;
+  return state.mu[cell.at.cell] / domain.settings.species.prlmnr / cell.half;
+}
+
+double vapour_exchange(const Domain& domain, const RimCell& cell, const State& state,
+                       const WallLaw& law) {
+  if (!domain.settings.control.idift || !exchanges(cell, state)) return 0.0;
+  if (cell.group.iy != SpeciesAt::given) return 0.0;
+  if (cell.group.iv == VelocityAt::log_wall) return by_law(law, cell, state);
+  return state.dif[cell.at.cell] / cell.half;
+}
+
+/// Calls `use(cell, factor of the face, part of it, 1/width)` for all faces of the rim.
+template <class Use>
+void for_rim(const Domain& domain, RimFactors& factors, Use&& use) {
+  const Rim& rim = domain.rim;
+  for (int axis = 0; axis < 3; ++axis) {
+    const auto a = static_cast<std::size_t>(axis);
+    if (!domain.grid.box.computed(axis)) continue;
+    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+      const BoundaryFace& at = rim.faces[a][f];
+      const RimCell cell{at, rim.groups[static_cast<std::size_t>(at.group)], axis,
+                         0.5 * domain.grid.axis[a].dx(at.index[a])};
+      use(cell, f, factors[a][f], rim.wetted[a][f],
+          AxisMetric::at(domain.metrics[a].inv_width, at.index[a]));
+    }
+  }
+}
+
+RimFactors factors_of(const Rim& rim) {
+  RimFactors factors;
+  for (std::size_t a = 0; a < 3; ++a) factors[a].assign(rim.faces[a].size(), 0.0);
+  return factors;
+}
+
+}  // namespace
+
+Wet make_wet(const Domain& domain) {
+  const Control& control = domain.settings.control;
+  const Species& species = domain.settings.species;
+  return {factors_of(domain.rim), factors_of(domain.rim), WallLaw(species.prlmnr, control.prturb),
+          WallLaw(species.sclmnr, control.scturb)};
+}
+
+void add_wall_heat(const Domain& domain, const State& state, const ScalarStep& heat, Wet& wet) {
+  const Field& q = *heat.by.advected.q;
+  Field& dqdt = *heat.by.advected.dqdt;
+  const RimFactors* const given = heat.by.advected.given;
+  for_rim(domain, wet.fwtt,
+          [&](const RimCell& cell, std::size_t f, double& fwtt, double part, double inv_width) {
+            const std::size_t c = cell.at.cell;
+            if (cell.group.it == TemperatureAt::flux) {
+              const double factor = heat.factor == nullptr ? 1.0 : (*heat.factor)[c];
+              dqdt[c] += part * cell.group.t / (state.cp[c] * factor) * inv_width;
+              return;
+            }
+            fwtt = part * heat_exchange(domain, cell, state, wet.heat);
+            if (fwtt == 0.0) return;
+            const auto a = static_cast<std::size_t>(cell.axis);
+            const double wall = cell.group.t * (given == nullptr ? 1.0 : (*given)[a][f]);
+            dqdt[c] += fwtt * (wall - q[c]) * inv_width;
+          });
+}
+
+void add_wall_vapour(const Domain& domain, const State& state, Wet& wet, Field& dqdt) {
+  for_rim(domain, wet.fwty,
+          [&](const RimCell& cell, std::size_t, double& fwty, double part, double inv_width) {
+            const std::size_t c = cell.at.cell;
+            fwty = part * vapour_exchange(domain, cell, state, wet.vapour);
+            if (fwty == 0.0) return;
+            dqdt[c] += fwty * (cell.group.ys[1] - state.ys[1][c]) * inv_width;
+          });
+}
+
+}  // namespace flow

@@ -1,0 +1,432 @@
+// The turbulence models against closed forms, plain peers and symmetries.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+
+#include "../bench/sample_heat.hpp"
+#include "flow/terms/wall_shear.hpp"
+#include "flow/turbulence/eddy_viscosity.hpp"
+#include "flow/turbulence/wall_distance.hpp"
+
+namespace {
+
+using flow::Triple;
+using flow::TurbulenceAt;
+using flow::Vector;
+using flow::VelocityAt;
+using sample::FlowCase;
+
+double distance_to(double x, double low, double high) { return std::max({low - x, x - high, 0.0}); }
+
+TEST(FlowTurbulence, LargeEddiesOfALinearShear) {
+  constexpr double kShear = 3.0;
+  for (int a = 0; a < 3; ++a) {
+    for (int b = 0; b < 3; ++b) {
+      if (a == b) continue;
+      for (const bool flat : {false, true}) {
+        sample::Nodes nodes{sample::clustered(5), sample::clustered(6), sample::clustered(7)};
+        const auto c = static_cast<std::size_t>(3 - a - b);
+        if (flat) nodes[c] = sample::equal(1);
+        FlowCase x(nodes);
+        const auto t = static_cast<std::size_t>(b);
+        x.ends(a, VelocityAt::free);
+        x.end(b, -1, VelocityAt::no_slip);
+        x.end(b, 1, VelocityAt::no_slip).velocity[static_cast<std::size_t>(a)] = kShear;
+        if (!flat) x.ends(static_cast<int>(c), VelocityAt::slip);
+        x.control().iturb = flow::Turbulence::les;
+        x.start([&](int axis, const Vector& p) { return axis == a ? kShear * p[t] : 0.0; });
+        const flow::Domain domain = flow::domain_of(x.run);
+        flow::set_eddy_viscosity(domain, x.run.work.momentum.velocities, x.run.work.turbulence,
+                                 x.run.state);
+        const auto& grid = x.run.grid;
+        for (const Triple& cell : {Triple{3, 2, 1}, Triple{2, 6, 3}, Triple{5, 1, 7}}) {
+          Triple at = cell;
+          if (flat) at[c] = 1;
+          const double y = grid.axis[t].xc(at[t]);
+          double volume = 1.0;
+          for (std::size_t n = 0; n < 3; ++n) volume *= grid.axis[n].dx(at[n]);
+          const double width = 0.1 * (flat ? std::sqrt(volume) : std::cbrt(volume));
+          const double wall = 0.42 * std::min(y, 1.0 - y);
+          const double expected = kShear / (1.0 / (width * width) + 1.0 / (wall * wall));
+          EXPECT_NEAR(x.run.state.mut(at[0], at[1], at[2]), expected, 1e-13 * expected)
+              << a << b << flat;
+        }
+      }
+    }
+  }
+}
+
+TEST(FlowTurbulence, StrainOfARowIsThatOfItsCells) {
+  for (const auto& n : {Triple{9, 8, 7}, Triple{9, 1, 7}, Triple{1, 8, 1}}) {
+    FlowCase x({sample::clustered(n[0]), sample::clustered(n[1]), sample::clustered(n[2])});
+    for (int axis = 0; axis < 3; ++axis) {
+      if (n[static_cast<std::size_t>(axis)] > 1) x.ends(axis, VelocityAt::no_slip);
+    }
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> speed(-1.0, 1.0);
+    x.control().iturb = flow::Turbulence::les;
+    x.start([&](int, const Vector&) { return speed(random); });
+    const flow::Domain domain = flow::domain_of(x.run);
+    auto& velocities = x.run.work.momentum.velocities;
+    auto& strain = x.run.work.turbulence.strain;
+    flow::set_velocities(domain.metrics, domain.boundary.ends, x.run.state, velocities);
+    flow::for_rows(x.run.grid.box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+      flow::set_strain_row(domain, strain, velocities, place, j, k, strain.row.data());
+      for (std::int32_t i = 1; i <= n[0]; ++i, ++place) {
+        const flow::RimCell plain{place, {i, j, k}, {{{-1, -1}, {-1, -1}, {-1, -1}}}};
+        const double expected = flow::strain_at(domain, strain, velocities, plain);
+        EXPECT_EQ(strain.row[static_cast<std::size_t>(i) - 1], expected) << i << j << k;
+        EXPECT_GT(expected, 0.0);
+      }
+    });
+  }
+}
+
+TEST(FlowTurbulence, WallDistanceIsThatOfTheNearestFace) {
+  std::mt19937 random(7);
+  for (const bool periodic : {false, true}) {
+    FlowCase x({sample::clustered(9), sample::clustered(8), sample::clustered(7)}, periodic);
+    for (auto& fluid : x.run.openings.fluid.all()) fluid = random() % 40 == 0 ? 0 : 1;
+    for (int axis = 0; axis < 3; ++axis) {
+      if (axis != 1 || !periodic) x.ends(axis, VelocityAt::slip);
+    }
+    flow::Group block = x.run.boundary.groups[0];
+    block.first = {0, 0, 0};
+    block.last = x.run.grid.box.n;
+    block.axis = -1;
+    block.iv = VelocityAt::log_wall;
+    x.run.boundary.groups.push_back(block);
+    x.start();
+    const flow::Domain domain = flow::domain_of(x.run);
+    const flow::Field square = flow::wall_distance_squares(domain);
+    const auto& axes = x.run.grid.axis;
+    std::size_t walls = 0;
+    flow::for_rows(square.box(), [&](std::size_t place, std::int32_t j, std::int32_t k) {
+      for (std::int32_t i = 1; i <= square.box().n[0]; ++i, ++place) {
+        const Vector p{axes[0].xc(i), axes[1].xc(j), axes[2].xc(k)};
+        double least = 1e30;
+        for (std::size_t a = 0; a < 3; ++a) {
+          for (const auto& at : domain.rim.faces[a]) {
+            if (domain.rim.groups[static_cast<std::size_t>(at.group)].iv == VelocityAt::slip) {
+              continue;
+            }
+            ++walls;
+            for (const double round : {-1.0, 0.0, 1.0}) {
+              double sum = 0.0;
+              for (std::size_t b = 0; b < 3; ++b) {
+                const double shift = periodic && b == 1 ? round : 0.0;
+                double low = axes[b].x(at.index[b]);
+                double high = axes[b].x(at.index[b] + 1);
+                if (b == a) (at.side < 0 ? high : low) = at.side < 0 ? low : high;
+                const double d = distance_to(p[b], low + shift, high + shift);
+                sum += d * d;
+              }
+              least = std::min(least, sum);
+            }
+          }
+        }
+        EXPECT_NEAR(square[place], least, 1e-13) << i << ' ' << j << ' ' << k;
+      }
+    });
+    EXPECT_GT(walls, 1000U);
+  }
+}
+
+/// k and epsilon in all cells.
+template <class Use>
+void for_k_epsilon(const FlowCase& x, Use&& use) {
+  flow::for_rows(x.run.grid.box, [&](std::size_t place, auto, auto) {
+    for (std::int32_t i = 0; i < x.run.grid.box.n[0]; ++i, ++place) {
+      if (x.run.openings.fluid[place] > 0) use(x.run.state.ak[0][place], x.run.state.ak[1][place]);
+    }
+  });
+}
+
+TEST(FlowTurbulence, TurbulenceAtRestDecays) {
+  const auto error = [](double dt, std::int32_t intstp) {
+    FlowCase x({sample::equal(4), sample::equal(1), sample::clustered(5)});
+    x.symmetric(0);
+    x.ends(2, VelocityAt::slip);
+    x.set_viscosity(1e-5);
+    x.set_k_epsilon(1.0, 2.0);
+    x.control().intstp = intstp;
+    x.control().smaller.dtmax = x.control().momentum.dtmax = x.control().scalar.dtmax = dt;
+    x.start();
+    while (x.run.state.time < 1.0 - 1e-9) x.steps(1);
+    const double expected = std::pow(1.0 + 0.92 * 2.0, -1.0 / 0.92);
+    double worst = 0.0;
+    for_k_epsilon(x, [&](double k, double eps) {
+      worst = std::max(worst, std::fabs(k / expected - 1.0));
+      EXPECT_NEAR(eps, 2.0 * std::pow(k, 1.92), 0.2);
+    });
+    return worst;
+  };
+  for (const std::int32_t intstp : {1, -1}) {
+    const double coarse = error(0.02, intstp);
+    EXPECT_NEAR(coarse / error(0.01, intstp), 2.0, 0.05) << intstp;
+    EXPECT_LT(coarse, 0.02) << intstp;
+  }
+}
+
+/// A channel over half its height, its wall at z = 0 under the law of the wall, driven along y.
+struct Channel : FlowCase {
+  explicit Channel(std::int32_t cells, double viscosity)
+      : FlowCase({sample::equal(1), sample::equal(4), sample::equal(cells)}, true) {
+    set_viscosity(viscosity);
+    set_k_epsilon(3.0, 5.0);
+    run.settings.ambient.ramb = 0.0;
+    control().gravity[1] = 1.0;  // the friction velocity is 1
+    run.boundary.ends[2] = {flow::End::open, flow::End::symmetric};
+  }
+  void begin() {
+    const double nu = run.settings.species.mu;
+    start([nu](int axis, const Vector& p) {
+      return axis == 1 ? std::log(p[2] / nu) / 0.42 + 5.5 : 0.0;
+    });
+  }
+};
+
+TEST(FlowTurbulence, AChannelFollowsTheLawOfTheWall) {
+  for (const auto ik : {TurbulenceAt::wall, TurbulenceAt::k_free}) {
+    Channel x(50, 1.0 / 5000.0);
+    x.end(2, -1, VelocityAt::log_wall).ik = ik;
+    x.control().intstp = -1;
+    x.control().keeps_pressure = true;
+    x.control().momentum.dtmax = x.control().scalar.dtmax = 0.05;
+    x.begin();
+    while (x.run.state.time < 60.0) x.steps(1);
+    const double friction = flow::friction_velocity(x.at(1, 1, 2, 1), 0.01, 1.0 / 5000.0);
+    EXPECT_NEAR(friction * friction, 1.0, 0.01);
+    for (std::int32_t k = 1; k <= 10; ++k) {
+      const double y = x.run.grid.axis[2].xc(k) * 5000.0;
+      const double law = std::log(y) / 0.42 + 5.5;
+      EXPECT_NEAR(x.at(1, 1, 2, k) / law, 1.0, 0.03) << "y+ " << y;
+    }
+    // Production and dissipation balance above the wall.
+    EXPECT_NEAR(x.run.state.ak[0](1, 2, 3) / (1.0 / 0.3), 1.0, 0.05);
+    EXPECT_NEAR(x.run.state.ak[1](1, 2, 3) * 0.42 * 0.05, 1.0, 0.2);
+  }
+}
+
+/// A building in a stream with every kind of condition, under a model of turbulence; its axes a
+/// are put to `to[a]`, the first one mirrored or not.
+std::unique_ptr<FlowCase> around_building(flow::Turbulence model, std::int32_t intstp,
+                                          const std::array<int, 3>& to, bool mirrored) {
+  const auto t = [&to](int axis) {
+    return static_cast<std::size_t>(to[static_cast<std::size_t>(axis)]);
+  };
+  sample::Nodes nodes;
+  for (int a = 0; a < 3; ++a) nodes[t(a)] = sample::clustered(10 - a, 1.0 + 0.2 * a);
+  auto x = std::make_unique<FlowCase>(nodes);
+  x->set_viscosity(1e-4);
+  if (model == flow::Turbulence::k_epsilon) x->set_k_epsilon(0.01, 0.01);
+  x->control().iturb = model;
+  x->control().itemp = false;
+  x->control().epscg = x->control().epsbcg = 1e-13;
+  x->control().intstp = intstp;
+  x->control().momentum.dtmax = x->control().scalar.dtmax = 0.03;
+  const int low = mirrored ? 1 : -1;
+  auto& inlet = x->end(to[0], low, VelocityAt::given);
+  inlet.velocity[t(0)] = -low;
+  inlet.ik = TurbulenceAt::given;
+  inlet.k = 0.02;
+  inlet.eps = 0.01;
+  x->end(to[0], -low, VelocityAt::free);
+  x->end(to[1], -1, VelocityAt::no_slip).ik = TurbulenceAt::wall;
+  auto& lid = x->end(to[1], 1, VelocityAt::given);
+  lid.velocity[t(0)] = -0.5 * low;
+  lid.ik = TurbulenceAt::given;
+  lid.k = 0.03;
+  lid.eps = 0.05;
+  x->end(to[2], -1, VelocityAt::log_wall).ik = TurbulenceAt::wall;
+  x->end(to[2], 1, VelocityAt::slip);
+  flow::Group block;
+  block.last = x->run.grid.box.n;
+  block.iv = VelocityAt::log_wall;
+  block.ik = TurbulenceAt::k_free;
+  x->run.boundary.groups.push_back(block);
+  x->run.urban.adrg = flow::Field(x->run.grid.box);
+  for (std::int32_t i = 4; i <= 5; ++i) {
+    for (std::int32_t j = 4; j <= 6; ++j) {
+      for (std::int32_t k = 1; k <= 4; ++k) {
+        Triple cell{};
+        cell[t(0)] = mirrored ? 11 - i : i;
+        cell[t(1)] = j;
+        cell[t(2)] = k;
+        x->run.openings.fluid(cell[0], cell[1], cell[2]) = 0;
+        cell[t(0)] = mirrored ? 3 : 8;
+        x->run.urban.adrg(cell[0], cell[1], cell[2]) = 0.5;
+      }
+    }
+  }
+  x->start();
+  x->steps(12);
+  return x;
+}
+
+TEST(FlowTurbulence, ATurnedOrMirroredFlowHasTheTurnedTurbulence) {
+  for (const auto model : {flow::Turbulence::k_epsilon, flow::Turbulence::les}) {
+    for (const std::int32_t intstp : {1, -1}) {
+      const auto plain = around_building(model, intstp, {0, 1, 2}, false);
+      const auto fields = [&](const FlowCase& x) {
+        std::vector<const flow::Field*> all{&x.run.state.mut};
+        for (const auto& q : x.run.state.ak) {
+          if (!q.empty()) all.push_back(&q);
+        }
+        return all;
+      };
+      for (const std::array<int, 3>& to :
+           {std::array{0, 1, 2}, std::array{1, 2, 0}, std::array{2, 0, 1}, std::array{1, 0, 2}}) {
+        const auto other = around_building(model, intstp, to, true);
+        const auto expected = fields(*plain);
+        const auto found = fields(*other);
+        for (std::size_t f = 0; f < found.size(); ++f) {
+          double worst = 0.0;
+          double largest = 0.0;
+          const Triple& n = plain->run.grid.box.n;
+          for (std::int32_t k = 1; k <= n[2]; ++k) {
+            for (std::int32_t j = 1; j <= n[1]; ++j) {
+              for (std::int32_t i = 1; i <= n[0]; ++i) {
+                Triple cell{};
+                cell[static_cast<std::size_t>(to[0])] = 11 - i;
+                cell[static_cast<std::size_t>(to[1])] = j;
+                cell[static_cast<std::size_t>(to[2])] = k;
+                const double q = (*expected[f])(i, j, k);
+                const double d = std::fabs((*found[f])(cell[0], cell[1], cell[2]) - q);
+                worst = d <= worst ? worst : d;  // keeps a NaN
+                largest = std::max(largest, q);
+              }
+            }
+          }
+          EXPECT_LT(worst, 1e-12 * std::max(1.0, largest)) << f << intstp << to[0] << to[1];
+          EXPECT_GT(largest, 1e-5);
+        }
+      }
+    }
+  }
+}
+
+TEST(FlowTurbulence, ImplicitStepsReachTheSameSteadyState) {
+  const auto channel = [](std::int32_t intstp) {
+    auto x = std::make_unique<Channel>(10, 1.0 / 500.0);
+    x->end(2, -1, VelocityAt::log_wall).ik = TurbulenceAt::k_free;
+    auto& lid = x->end(2, 1, VelocityAt::log_wall);  // in the place of the mirror
+    x->run.boundary.ends[2][1] = flow::End::open;
+    lid.ik = TurbulenceAt::given;
+    lid.k = 2.0;
+    lid.eps = 3.0;
+    x->control().intstp = intstp;
+    x->control().keeps_pressure = true;
+    x->control().momentum.dtmax = x->control().scalar.dtmax = 0.05;
+    x->begin();
+    while (x->run.state.time < 100.0) x->steps(1);
+    return x;
+  };
+  const auto plain = channel(1);
+  const auto implicit = channel(-1);
+  for (std::int32_t k = 1; k <= 10; ++k) {
+    for (std::size_t item = 0; item < 2; ++item) {
+      const double q = plain->run.state.ak[item](1, 2, k);
+      EXPECT_NEAR(implicit->run.state.ak[item](1, 2, k), q, 1e-6 * q) << item << ' ' << k;
+    }
+  }
+}
+
+TEST(FlowTurbulence, StaysPositiveFromAHarshStart) {
+  for (const std::int32_t intstp : {1, -1}) {
+    const double small = intstp == 1 ? 1e-9 : 10.0;  // long steps of momentum bear no more
+    for (const auto& [k0, eps0] : {std::pair{50.0, small}, {1e-9, 1e5}}) {
+      FlowCase x({sample::clustered(8, 2.5), sample::clustered(7, 2.5), sample::clustered(6)});
+      for (int axis = 0; axis < 3; ++axis) x.ends(axis, VelocityAt::log_wall);
+      for (auto& group : x.run.boundary.groups) group.ik = TurbulenceAt::wall;
+      x.set_viscosity(1e-5);
+      x.set_k_epsilon(k0, eps0);
+      x.control().intstp = intstp;
+      x.control().smaller.dtmax = x.control().momentum.dtmax = x.control().scalar.dtmax = 0.01;
+      x.control().smaller.dtsafe = 1.0;
+      x.control().gsfcg = 0.0;
+      std::mt19937 random(3);
+      std::uniform_real_distribution<double> speed(-10.0, 10.0);
+      x.start([&](int, const Vector&) { return speed(random); });
+      for (int step = 0; step < 60; ++step) {
+        x.steps(1);
+        for_k_epsilon(x, [&](double k, double eps) {
+          ASSERT_GE(k, x.run.settings.ambient.aklw);
+          ASSERT_GE(eps, x.run.settings.ambient.aelw);
+          ASSERT_LT(k + eps, 1e9);
+        });
+      }
+    }
+  }
+}
+
+/// One step of uniform air with a single source, against the source by hand.
+TEST(FlowTurbulence, LeavesFeedTurbulenceByTheirDrag) {
+  FlowCase x({sample::equal(4), sample::equal(4), sample::equal(4)});
+  x.end(0, -1, VelocityAt::given).velocity = {2.0, 0.0, 0.0};
+  x.run.boundary.groups.back().ik = TurbulenceAt::free;
+  x.end(0, 1, VelocityAt::free);
+  x.ends(1, VelocityAt::slip);
+  x.ends(2, VelocityAt::slip);
+  x.set_viscosity(1e-6);
+  x.set_k_epsilon(0.5, 0.3);
+  x.run.urban.adrg = flow::Field(x.run.grid.box, 0.2);
+  x.start([](int axis, const Vector&) { return axis == 0 ? 2.0 : 0.0; });
+  const double speed = 2.0;
+  x.steps(1);
+  const double dt = x.run.state.dt;
+  const double now = x.at(0, 2, 2, 2);  // the drag may have slowed the air by now
+  EXPECT_NEAR(now, speed, 0.2);
+  const double made = 0.2 * now * now * now;
+  const double k = (0.5 + dt * made) / (1.0 + dt * 0.3 / 0.5);
+  const double eps = (0.3 + dt * 1.5 * 0.3 * made / 0.5) / (1.0 + dt * 1.92 * 0.3 / 0.5);
+  EXPECT_NEAR(x.run.state.ak[0](2, 2, 2), k, 1e-6);
+  EXPECT_NEAR(x.run.state.ak[1](2, 2, 2), eps, 1e-6);
+}
+
+TEST(FlowTurbulence, ColdAirAboveWarmFeedsTurbulence) {
+  constexpr double kGravity = 9.81;
+  constexpr double kStart = 0.001;  // epsilon, at k = 1
+  for (const int up : {0, 2}) {
+    // The last: air of one temperature is stable, for what rises cools by g/cp.
+    for (const auto& [gradient, itmpt] : {std::pair{-5.0, 1}, {5.0, 1}, {0.0, 2}}) {
+      sample::Nodes nodes{sample::equal(1), sample::equal(1), sample::equal(1)};
+      nodes[static_cast<std::size_t>(up)] = sample::clustered(8);
+      sample::HeatCase x(nodes);
+      x.ends(up, VelocityAt::no_slip);
+      x.set_viscosity(1e-6);
+      x.set_k_epsilon(1.0, kStart);
+      x.control().gravity[static_cast<std::size_t>(up)] = -kGravity;
+      x.control().prturb = 0.9;
+      x.control().idift = false;
+      x.control().smaller.dtmax = 1e-5;
+      x.run.settings.records.itmpt = x.run.settings.records.idrdp = itmpt;
+      if (itmpt == 2) x.run.settings.ambient.ramb = 0.0;
+      const auto& table = x.run.grid.axis[static_cast<std::size_t>(up)];
+      Triple c{1, 1, 1};
+      for (std::int32_t n = 1; n <= 8; ++n) {
+        c[static_cast<std::size_t>(up)] = n;
+        x.run.state.t(c[0], c[1], c[2]) = 300.0 + gradient * table.xc(n);
+      }
+      x.start();
+      x.steps(1);
+      const double dt = x.run.state.dt;
+      for (const std::int32_t n : {1, 4, 8}) {
+        c[static_cast<std::size_t>(up)] = n;
+        const std::size_t at = x.run.grid.box.at(c[0], c[1], c[2]);
+        const double t = x.run.state.t[at];
+        const double slope = itmpt == 2 ? kGravity / 1000.0 : gradient;
+        const double made =
+            x.run.state.mut[at] / 0.9 * -kGravity * slope / t / x.run.state.r[0][at];
+        const double k = x.run.state.ak[0][at];
+        const double sink = 1.0 + dt * kStart;
+        const double found = made > 0.0 ? (k * sink - 1.0) / dt : (k * sink - 1.0) / (dt * k);
+        EXPECT_NEAR(found / made, 1.0, 1e-3) << up << gradient << n;
+        EXPECT_GT(std::fabs(made), 1e-3);
+      }
+    }
+  }
+}
+
+}  // namespace
