@@ -276,7 +276,10 @@ TEST(CaseViewFactors, NothingAndNextToNothing) {
   scene.mesh.points.push_back({nan, 0, 0});
   scene.mesh.triangles.insert(scene.mesh.triangles.end(), {{0, 0, 1}, {0, 1, 4}, {0, 1, 99}});
   scene.mesh.group.insert(scene.mesh.group.end(), {0, 0, 0});
-  scene.groups.push_back({{}, {0, 0, 1}, 1.0, PatchKind::land, {}});  // nothing to start from
+  Group bare;  // nothing to start from
+  bare.normal = {0, 0, 1};
+  bare.area = 1.0;
+  scene.groups.push_back(bare);
   const ViewFactors f = trace(scene, {.rays = 64});
   EXPECT_EQ(f.sky[0], whole.sky[0]);
   EXPECT_EQ(f.summary.bare, 1U);
