@@ -29,21 +29,20 @@ Polygon2 site_of(const CellGrid& grid) {
 /// Regions by kind; none overlaps another.
 std::map<std::string, Region> regions_of(const City& city, const std::string& other,
                                          const CellGrid& grid) {
-  Region covered;
+  std::vector<Polygon2> covered;
   for (const Building& building : city.buildings) {
     covered.insert(covered.end(), building.footprint.begin(), building.footprint.end());
   }
-  Region left = without({site_of(grid)}, covered);
+  Leftover left(site_of(grid), covered);
   std::map<std::string, Region> regions;
-  for (auto area = city.ground.rbegin(); area != city.ground.rend(); ++area) {
-    Region held = common(left, {area->area});
-    if (held.empty()) continue;
-    left = without(left, held);
-    Region& of_kind = regions[area->kind];
+  const auto keep = [&regions](const std::string& kind, const Region& held) {
+    Region& of_kind = regions[kind];
     of_kind.insert(of_kind.end(), held.begin(), held.end());
+  };
+  for (auto area = city.ground.rbegin(); area != city.ground.rend(); ++area) {
+    keep(area->kind, left.take(area->area));
   }
-  Region& rest = regions[other];
-  rest.insert(rest.end(), left.begin(), left.end());
+  keep(other, left.rest());
   return regions;
 }
 

@@ -12,27 +12,30 @@ std::vector<Ring2> rings_of(const Polygon2& polygon) {
   return rings;
 }
 
-Geos::Shape shape_of(const Geos& geos, const Region& region) {
-  std::vector<std::vector<Ring2>> polygons;
-  for (const Polygon2& polygon : region) polygons.push_back(rings_of(polygon));
-  return geos.united(polygons);
-}
-
-template <class Operation>
-Region combine(const Region& a, const Region& b, Operation operation) {
-  const Geos geos;
-  const Geos::Shape left = shape_of(geos, a);
-  const Geos::Shape right = shape_of(geos, b);
-  return geos.polygons(geos.own(operation(geos.context(), left.get(), right.get())).get());
+Geos::Shape united(const Geos& geos, const std::vector<Polygon2>& polygons) {
+  std::vector<std::vector<Ring2>> rings;
+  for (const Polygon2& polygon : polygons) rings.push_back(rings_of(polygon));
+  return geos.united(rings);
 }
 
 }  // namespace
 
-Region without(const Region& region, const Region& taken) {
-  return combine(region, taken, GEOSDifference_r);
+Leftover::Leftover(const Polygon2& whole, const std::vector<Polygon2>& covered) {
+  const Geos::Shape all = geos_.polygon(rings_of(whole));
+  const Geos::Shape gone = united(geos_, covered);
+  left_ = geos_.own(GEOSDifference_r(geos_.context(), all.get(), gone.get()));
 }
 
-Region common(const Region& a, const Region& b) { return combine(a, b, GEOSIntersection_r); }
+Region Leftover::take(const Polygon2& wanted) {
+  const Geos::Shape shape = geos_.polygon(rings_of(wanted));
+  if (GEOSIntersects_r(geos_.context(), left_.get(), shape.get()) != 1) return {};
+  const Geos::Shape taken =
+      geos_.own(GEOSIntersection_r(geos_.context(), left_.get(), shape.get()));
+  left_ = geos_.own(GEOSDifference_r(geos_.context(), left_.get(), shape.get()));
+  return geos_.polygons(taken.get());
+}
+
+Region Leftover::rest() const { return geos_.polygons(left_.get()); }
 
 std::vector<std::array<Point2, 3>> triangles_of(const Polygon2& polygon) {
   const Geos geos;
