@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 
 #include "../../bench/sample_town.hpp"
 #include "view_factors.hpp"
@@ -162,10 +163,10 @@ TEST(CaseViewFactors, ErrorFallsWithTheSquareRootOfRaysOrFaster) {
   const RayScene rays(scene);
   const double exact = std::sqrt(2.0) - 1.0;
   std::vector<double> errors;
-  for (const std::uint32_t n : {64U, 256U, 1024U, 4096U, 16384U}) {
+  for (const std::uint32_t n : {64U, 256U, 1024U, 4096U}) {
     double found = 0.0;
     double stated = 0.0;
-    constexpr int kSeeds = 32;
+    constexpr int kSeeds = 16;
     for (std::uint64_t seed = 1; seed <= kSeeds; ++seed) {
       const ViewFactors f = view_factors(scene, rays, {.rays = n, .seed = seed, .threads = 1});
       found += (f.sky[1] - exact) * (f.sky[1] - exact) / kSeeds;
@@ -175,7 +176,7 @@ TEST(CaseViewFactors, ErrorFallsWithTheSquareRootOfRaysOrFaster) {
     RecordProperty("rms_error_" + std::to_string(n), std::to_string(errors.back()));
     EXPECT_LT(errors.back(), 1.2 * std::sqrt(stated)) << n;  // what is stated is true
   }
-  EXPECT_LT(errors.back(), errors.front() / 16.0);
+  EXPECT_LT(errors.back(), errors.front() / 8.0);
 }
 
 TEST(CaseViewFactors, TownClosesBothWaysAsWritten) {
@@ -210,6 +211,20 @@ TEST(CaseViewFactors, AnyNumberOfThreadsGivesTheSameBytes) {
   }
   const ViewFactors other = trace(scene, {.rays = 128, .seed = 2, .partners = 30});
   EXPECT_NE(other.sky, one.sky);
+}
+
+TEST(CaseViewFactors, ProgressRisesToTheEndAndItsFaultStopsTheRays) {
+  const Scene scene = sample::town(2, 2.0);
+  const RayScene rays(scene);
+  std::size_t last = 0;
+  view_factors(scene, rays, {.rays = 8, .threads = 3}, [&](std::size_t done, std::size_t total) {
+    EXPECT_GT(done, last);
+    EXPECT_EQ(total, scene.groups.size());
+    last = done;
+  });
+  EXPECT_EQ(last, scene.groups.size());
+  const auto fail = [](std::size_t, std::size_t) { throw std::runtime_error("no more"); };
+  EXPECT_THROW(view_factors(scene, rays, {.rays = 8, .threads = 3}, fail), std::runtime_error);
 }
 
 TEST(CaseViewFactors, FacesThatLieOnOthersSeeThem) {
