@@ -269,24 +269,6 @@ TEST(FlowVerification, ATurnedOrMirroredFlowIsTheTurnedField) {
   }
 }
 
-// Velocities that change their sign from face to face keep the mass, and no cell's mean knows them.
-TEST(FlowVerification, WavesOfTwoCellsDecay) {
-  for (const std::int32_t intstp : {1, -1}) {
-    FlowCase x({sample::equal(1), sample::equal(8), sample::equal(8)}, true);
-    x.control().intstp = intstp;
-    x.control().momentum.dtmax = x.control().scalar.dtmax = 0.05;
-    x.set_viscosity(0.0);
-    x.ends(2, VelocityAt::slip);
-    x.start([](int axis, const Vector& p) {
-      const double wave = std::cos(std::numbers::pi * 8.0 * (p[1] + p[2] - 0.5 / 8.0));
-      return axis == 0 ? 0.0 : axis == 1 ? wave : -wave;
-    });
-    ASSERT_NEAR(std::fabs(x.run.state.ru[1](1, 4, 4)), 1.0, 1e-12);
-    while (x.run.state.time < 1.0) x.steps(1);
-    for (const double ru : x.run.state.ru[1].all()) EXPECT_LT(std::fabs(ru), 0.4) << intstp;
-  }
-}
-
 TEST(FlowVerification, AMirrorIsASlipWallAndAPlateParts) {
   const auto channel = [](std::int32_t n, int kind) {  // 0: slip, 1: mirror, 2: plate, 3: walls
     auto x = std::make_unique<FlowCase>(
