@@ -104,7 +104,11 @@ void step_over_a_city(benchmark::State& state) {
   state.counters["whole"] = each * whole;
   state.counters["ratio"] = (whole - pressure) / reading;
 }
-BENCHMARK(step_over_a_city)->ArgName("cells")->Arg(64)->Arg(128)->Iterations(10)->Unit(
-    benchmark::kMillisecond);
+BENCHMARK(step_over_a_city)
+    ->ArgName("cells")
+    ->Arg(64)
+    ->Arg(128)
+    ->Iterations(10)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

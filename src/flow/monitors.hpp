@@ -22,7 +22,8 @@ struct Monitors {
   bool any = false;          ///< there is a cell of fluid
 };
 
-/// One pass over the fluid cells. Reads ru, r level 1, p, t and, when `turbulent`, mut, k and epsilon.
+/// One pass over the fluid cells. Reads ru, r level 1, p, t and, when `turbulent`, mut, k and
+/// epsilon.
 Monitors take_monitors(const Flags& fluid, const State& state, bool turbulent);
 
 }  // namespace flow

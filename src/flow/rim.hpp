@@ -27,7 +27,7 @@ struct Rim {
   /// Open fraction of a face between two cells of fluid, else 0; beyond a periodic end as within.
   std::array<Field, 3> inner;
   std::array<bool, 3> partly{};  ///< some face of the axis is open in part
-  std::vector<Group> groups;  ///< those of the boundary, and a slip wall behind them
+  std::vector<Group> groups;     ///< those of the boundary, and a slip wall behind them
   std::array<std::vector<BoundaryFace>, 3> faces;  ///< by axis; `group` points into `groups`
   std::array<std::vector<double>, 3> open;         ///< open fraction of each of these faces
   /// Fraction of each of these faces along which air and wall meet: the open one, or 1 where it is
