@@ -7,8 +7,8 @@
 // of the explicit form as a sink, and into the diagonal of the implicit one too.
 //
 // The explicit sink of one step never exceeds the flux that there is: the flow comes to rest at
-// most, and does not turn. The time step does not know of leaves; where adrg |u| dt comes near 1 the
-// flow in them is held too little, and a smaller `dtsafe` is needed.
+// most, and does not turn. The time step does not know of leaves; where adrg |u| dt comes near 1
+// the flow in them is held too little, and a smaller `dtsafe` is needed.
 //
 // Lists of the faces with leaves are made once: a run without any pays nothing.
 #pragma once
