@@ -12,10 +12,10 @@
 #include <limits>
 #include <numbers>
 
-#include "ray_counts.hpp"
+#include "rays/ray_counts.hpp"
 #include "sample_town.hpp"
-#include "sunlit.hpp"
-#include "view_factors.hpp"
+#include "rays/sunlit.hpp"
+#include "rays/view_factors.hpp"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "scene.hpp"
+#include "scene/scene.hpp"
 
 namespace sample {
 

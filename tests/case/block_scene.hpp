@@ -4,8 +4,8 @@
 #include <array>
 #include <vector>
 
-#include "city.hpp"
-#include "scene.hpp"
+#include "city/city.hpp"
+#include "scene/scene.hpp"
 
 namespace block_scene {
 

@@ -4,8 +4,8 @@
 #include <sstream>
 #include <string>
 
-#include "plan.hpp"
-#include "read_city.hpp"
+#include "city/read_city.hpp"
+#include "shapes/plan.hpp"
 #include "temp_folder.hpp"
 
 namespace townskin_case {

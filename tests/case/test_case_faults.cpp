@@ -3,9 +3,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "city/json_file.hpp"
 #include "city_files.hpp"
 #include "city_models.hpp"
-#include "json_file.hpp"
 
 namespace townskin_case {
 namespace {

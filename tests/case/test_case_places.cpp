@@ -4,9 +4,9 @@
 #include <numbers>
 #include <numeric>
 
+#include "city/crs_name.hpp"
+#include "city/projection.hpp"
 #include "city_files.hpp"
-#include "crs_name.hpp"
-#include "projection.hpp"
 
 namespace townskin_case {
 namespace {

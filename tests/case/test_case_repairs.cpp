@@ -1,9 +1,9 @@
 // Flaws of data: what is told about each, and what the city is like after it.
 #include <gtest/gtest.h>
 
+#include "city/ground_data.hpp"
 #include "city_files.hpp"
 #include "city_models.hpp"
-#include "ground_data.hpp"
 
 namespace townskin_case {
 namespace {

@@ -2,14 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "block_scene.hpp"
-#include "check_run.hpp"
-#include "epw.hpp"
 #include "make_epw.hpp"
+#include "rays/sunlit.hpp"
+#include "run/check_run.hpp"
+#include "run/run_directory.hpp"
+#include "run/summary.hpp"
+#include "run/text_file.hpp"
 #include "run_case.hpp"
-#include "run_directory.hpp"
-#include "summary.hpp"
-#include "sunlit.hpp"
-#include "text_file.hpp"
+#include "weather/epw.hpp"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <numbers>
 
-#include "crowns.hpp"
-#include "cut.hpp"
-#include "grid.hpp"
-#include "porous.hpp"
+#include "scene/crowns.hpp"
+#include "scene/cut.hpp"
+#include "scene/grid.hpp"
+#include "scene/porous.hpp"
 
 namespace townskin_case {
 namespace {

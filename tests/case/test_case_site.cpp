@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "block_scene.hpp"
-#include "furnish.hpp"
+#include "library/furnish.hpp"
 #include "make_case.hpp"
 #include "make_epw.hpp"
 #include "run_case.hpp"

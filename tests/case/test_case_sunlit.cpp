@@ -5,7 +5,7 @@
 #include <numbers>
 
 #include "../../bench/sample_town.hpp"
-#include "sunlit.hpp"
+#include "rays/sunlit.hpp"
 
 namespace {
 

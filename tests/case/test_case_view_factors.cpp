@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "../../bench/sample_town.hpp"
-#include "view_factors.hpp"
+#include "rays/view_factors.hpp"
 
 namespace {
 

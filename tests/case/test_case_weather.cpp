@@ -5,9 +5,9 @@
 #include <numbers>
 
 #include "make_epw.hpp"
-#include "sun_course.hpp"
 #include "temp_folder.hpp"
-#include "weather_lines.hpp"
+#include "weather/sun_course.hpp"
+#include "weather/weather_lines.hpp"
 
 namespace {
 

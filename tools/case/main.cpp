@@ -5,8 +5,8 @@
 #include <exception>
 #include <iostream>
 
-#include "cut.hpp"
 #include "make_case.hpp"
+#include "scene/cut.hpp"
 
 namespace {
 

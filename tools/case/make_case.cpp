@@ -4,14 +4,14 @@
 #include <numbers>
 #include <ostream>
 
-#include "check_run.hpp"
-#include "epw.hpp"
+#include "city/read_city.hpp"
 #include "progress_line.hpp"
-#include "read_city.hpp"
-#include "run_directory.hpp"
-#include "summary.hpp"
-#include "sunlit.hpp"
-#include "text_file.hpp"
+#include "rays/sunlit.hpp"
+#include "run/check_run.hpp"
+#include "run/run_directory.hpp"
+#include "run/summary.hpp"
+#include "run/text_file.hpp"
+#include "weather/epw.hpp"
 
 namespace townskin_case {
 namespace {

@@ -4,9 +4,9 @@
 #include <functional>
 #include <iosfwd>
 
-#include "options.hpp"
 #include "report.hpp"
-#include "scene.hpp"
+#include "scene/scene.hpp"
+#include "site/options.hpp"
 
 namespace townskin_case {
 

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "frame/updating_line.hpp"
-#include "parallel.hpp"
+#include "rays/parallel.hpp"
 
 namespace townskin_case {
 
