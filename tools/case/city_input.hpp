@@ -31,9 +31,9 @@ struct CityInput {
   double default_height = 6.0;  ///< [m]
   TreeDefaults tree;
   /// Whole buildings are kept whose middle lies in the rectangle (west, south, east, north) or the
-  /// circle, and trees likewise; ground stays whole. Both are in the coordinates of the first file of
-  /// buildings, the radius in m. Without a centre the circle stands where most buildings are (the
-  /// median of their places).
+  /// circle, and trees likewise; ground stays whole. Both are in the coordinates of the first file
+  /// of buildings, the radius in m. Without a centre the circle stands where most buildings are
+  /// (the median of their places).
   std::optional<std::array<double, 4>> clip_rectangle;
   std::optional<double> clip_radius;
   std::optional<std::array<double, 2>> clip_centre;
