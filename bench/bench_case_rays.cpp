@@ -13,9 +13,9 @@
 #include <numbers>
 
 #include "rays/ray_counts.hpp"
-#include "sample_town.hpp"
 #include "rays/sunlit.hpp"
 #include "rays/view_factors.hpp"
+#include "sample_town.hpp"
 
 namespace {
 
