@@ -44,8 +44,9 @@ TEST(LinearSolvers, TakeNoStepWhereTheToleranceIsMetExactly) {
   const RandomGeneral x({4, 3, 3}, false, 1);
   flow::BcgstbSystem work = flow::make_implicit_work(out.log, x.fluid, false);
   Field q(x.box, 0.5);
-  const std::string lines =
-      out.lines_of([&] { flow::flw_imdqdt(out.log, x.rows, {10, 1.0}, work, q); });
+  const std::string lines = out.lines_of([&] {
+    flow::flw_imdqdt(out.log, x.rows, {10, 1.0}, work, q);
+  });
   EXPECT_TRUE(lines.starts_with("bcgstb 0 L2 1 ")) << lines;
 }
 
