@@ -64,6 +64,24 @@ TEST(CaseSite, FaultsNameFileAndLine) {
             "a.tomlx: cannot be read");
 }
 
+TEST(CaseSite, DocumentationTellsEveryKey) {
+  std::ifstream file(TOWNSKIN_SOURCE_DIR "/docs/case.md");
+  const std::string docs{std::istreambuf_iterator<char>(file), {}};
+  std::size_t keys = 0;
+  const std::string tables = fault_of("[nothing]", read_site);
+  for (std::string table : run_case::fields_of(tables.substr(tables.find("known are ") + 10))) {
+    if (table.ends_with(',')) table.pop_back();
+    EXPECT_NE(docs.find("`[" + table + "]`"), std::string::npos) << table;
+    const std::string fault = fault_of("[" + table + "]\nnothing = 1", read_site);
+    for (std::string key : run_case::fields_of(fault.substr(fault.find("known are ") + 10))) {
+      if (key.ends_with(',')) key.pop_back();
+      EXPECT_NE(docs.find("`" + key + "`"), std::string::npos) << table << ' ' << key;
+      ++keys;
+    }
+  }
+  EXPECT_GT(keys, 40U);
+}
+
 constexpr const char* kLibrary =
     "[material.stone]\ndensity = 2000\nheat_capacity = 1000\nconductivity = 2\nsource = \"x\"\n"
     "[build_up.wall]\nlayers = [{material = \"stone\", thickness = 0.2}]\nalbedo = 0.3\n"
