@@ -1,14 +1,22 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the program, runs the street canyon until its day repeats
-# itself, and prints that day. Any other example, or run directory, may be named instead.
+# Installs what is missing, builds the programs, makes the run of a quarter of Tempe from its open
+# data, runs it until its day repeats itself, and prints that day. Any other example, site file or run
+# directory may be named instead.
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing "${build_packages[@]}" python3
+install_missing "${build_packages[@]}" "${case_packages[@]}" python3
 build release -DTOWNSKIN_TESTS=OFF -DTOWNSKIN_BENCH=OFF
 
-case=$(cd "${1:-$root/examples/canyon}" && pwd)
-run=$(mktemp -d)
-cp -R "$case/." "$run"
+named=$(realpath "${1:-$root/examples/city}")
+run=$(mktemp -d)/run
+if [ -f "$named" ] || [ -f "$named/site.toml" ]; then
+  [ -f "$named" ] || named=$named/site.toml
+  "$root/build-release/tools/case/townskin_case" "$named" -o "$run"
+else
+  cp -R "$named" "$run"
+fi
+echo
+echo "townskin runs in $run"
 (cd "$run" && "$root/build-release/townskin") || {
   echo "the run failed; the end of its log, $run/log0000:" >&2
   tail -n 12 "$run/log0000" >&2

@@ -66,7 +66,8 @@ class RunDirectory:
         named = {4: "water", 5: "panel", 7: "far"}
         kinds = {}
         for pid, _, _, k, area, _, _, up, kind, *_ in lines:
-            name = "wall" if up < 0.5 else "road" if k == ground else "roof"
+            low = k == ground and kind != 1  # low houses have roofs in the lowest cells
+            name = "wall" if up < 0.5 else "road" if low else "roof"
             kinds[int(pid)] = (named.get(int(kind), name), area)
         return kinds
 
