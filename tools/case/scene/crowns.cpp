@@ -13,7 +13,6 @@ using Cell = std::array<std::int32_t, 3>;
 
 constexpr int kPoints = 8;          ///< along each axis of a cell
 constexpr double kHardlyAir = 0.5;  ///< open volume below which a cell has no leaves
-constexpr double kClosed = 1e-6;    ///< open volume of a cell without air
 
 /// A crown in the frame of the cells.
 struct Crown {
@@ -131,7 +130,7 @@ Leaves spread_leaves(const City& city, const CellGrid& grid, const Porous& porou
   return leaves;
 }
 
-void add_crowns(const Leaves& leaves, const Porous& porous, Scene& scene) {
+void add_crowns(const Leaves& leaves, Scene& scene) {
   scene.tree_division = leaves.division;
   for (const auto& [cell, density] : leaves.density) {
     scene.leaves.push_back({cell, density});
@@ -139,9 +138,7 @@ void add_crowns(const Leaves& leaves, const Porous& porous, Scene& scene) {
       for (const int end : {0, 1}) {
         Cell front = cell;
         front[axis] += end == 0 ? -1 : 1;
-        if (leaves.density.contains(front) || front[2] < 1) continue;
-        const Cell around = cell_around(leaves, front);
-        if (porous.has(around) && porous.volume[porous.at(around)] < kClosed) continue;
+        if (leaves.density.contains(front)) continue;
         add_group(scene, PatchKind::tree, {{cell, side_ring(leaves.cells, cell, axis, end)}});
       }
     }

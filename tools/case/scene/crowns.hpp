@@ -25,7 +25,7 @@ Leaves spread_leaves(const City& city, const CellGrid& grid, const Porous& porou
                      std::int32_t division, double least = 0.02);
 
 /// Adds the cells with leaves, and a group for each of their outer faces; its cell is that of the
-/// leaves behind it. A face on the ground or towards a cell without air is left out.
-void add_crowns(const Leaves& leaves, const Porous& porous, Scene& scene);
+/// leaves behind it. A face on the ground sees that alone, one against a building itself.
+void add_crowns(const Leaves& leaves, Scene& scene);
 
 }  // namespace townskin_case

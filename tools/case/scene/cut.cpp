@@ -59,7 +59,7 @@ Scene cut_city(const City& city, const Site& site, Report& report) {
                    " cells of crowns have no leaves, as they lie within buildings");
   }
   if (site.grid.far_boundary) add_boundary(scene);
-  add_crowns(leaves, porous, scene);
+  add_crowns(leaves, scene);
   return scene;
 }
 
