@@ -12,7 +12,7 @@
 namespace sample {
 
 struct Published {
-  double at;                    ///< y on x = 0.5, or x on y = 0.5
+  double at;                    ///< y on x = 0.5, or x on y = 0.5; a multiple of 1/128, rounded
   std::array<double, 3> value;  ///< at Reynolds numbers 100, 400 and 1000, of the lid's speed
 };
 inline constexpr std::array kReynolds{100.0, 400.0, 1000.0};
@@ -76,8 +76,12 @@ struct Cavity : FlowCase {
     }
   }
 
-  /// Largest deviations from the published u and v, parts of the lid's speed.
-  std::array<double, 2> deviation(std::size_t reynolds) const {
+  /// How far a line lies from the published one, parts of the lid's speed.
+  struct Deviation {
+    double largest = 0.0, root_mean_square = 0.0;
+  };
+  /// Deviations of u and v.
+  std::array<Deviation, 2> deviation(std::size_t reynolds) const {
     std::vector<double> u{0.0}, v{0.0};
     for (std::int32_t i = 1; i <= cells; ++i) {
       u.push_back(run.state.ru[0](cells / 2, i, 1));
@@ -85,21 +89,27 @@ struct Cavity : FlowCase {
     }
     u.push_back(1.0);
     v.push_back(0.0);
-    return {largest(kPublishedU, reynolds, u), largest(kPublishedV, reynolds, v)};
+    return {compare(kPublishedU, reynolds, u), compare(kPublishedV, reynolds, v)};
   }
 
   std::int32_t cells;
 
  private:
   template <class Table>
-  double largest(const Table& table, std::size_t reynolds, const std::vector<double>& line) const {
-    double worst = 0.0;
+  Deviation compare(const Table& table, std::size_t reynolds,
+                    const std::vector<double>& line) const {
+    Deviation all;
+    double count = 0.0;
     for (const Published& one : table) {
       const double value = one.value[reynolds];
       if (std::isnan(value)) continue;
-      worst = std::max(worst, std::fabs(between(line, one.at) - value));
+      const double off = between(line, std::round(one.at * 128.0) / 128.0) - value;
+      all.largest = std::max(all.largest, std::fabs(off));
+      all.root_mean_square += off * off;
+      count += 1.0;
     }
-    return worst;
+    all.root_mean_square = std::sqrt(all.root_mean_square / count);
+    return all;
   }
   /// Place of a value of a line: both walls and the centres between them.
   double place(std::size_t i) const {
