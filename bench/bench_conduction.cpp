@@ -16,6 +16,7 @@ namespace {
 void columns(benchmark::State& state) {
   sample::District d(100000, 7);
   frame::Log log(std::cout, std::cerr);
+  frame::Crew crew;
   const frame::PatchTable<double> no_source(d.state.mpatch, d.state.mzg);
   solid1d::Work work;
   solid1d::set_columns(log, d.state, {}, work);
@@ -23,7 +24,7 @@ void columns(benchmark::State& state) {
   const auto dt = static_cast<double>(state.range(0));
   compare(
       state, [&] { d.state.tlyr = start; }, [&] { plain::solid1d(dt, no_source, d.state); },
-      [&] { solid1d::solid1d(dt, no_source, d.state, work); });
+      [&] { solid1d::solid1d(crew, dt, no_source, d.state, work); });
   std::size_t implicit = 0;
   for (const solid1d::Kind& kind : work.kinds) implicit += kind.implicit ? 1 : 0;
   state.counters["implicit_kinds"] = static_cast<double>(implicit);

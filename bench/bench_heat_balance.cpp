@@ -17,11 +17,14 @@ void balance(benchmark::State& state, double wet_share) {
   sample::District d(100000, 7, wet_share);
   const tsrf_module_patch::Data patch;
   frame::Log log(std::cout, std::cerr);
+  frame::Crew crew;
   const auto start = d.state.tlyr;
   compare(
       state, [&] { d.state.tlyr = start; },
       [&] { plain::tsrf_therm1d(d.srfprp, d.skyvf, d.Rl, d.Rs, d.state); },
-      [&] { tsrf_therm1d::tsrf_therm1d(log, 1, patch, d.srfprp, d.skyvf, d.Rl, d.Rs, d.state); });
+      [&] {
+        tsrf_therm1d::tsrf_therm1d(log, crew, 1, patch, d.srfprp, d.skyvf, d.Rl, d.Rs, d.state);
+      });
 }
 
 void dry(benchmark::State& state) { balance(state, 0.0); }

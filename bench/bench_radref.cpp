@@ -13,7 +13,8 @@ namespace {
 void exchange(benchmark::State& state) {
   const RandomExchange district(100000, 90, 2);
   tsrf_module_radref::Work work;
-  work.resize(district.raddat.NPGID, 2);
+  work.prepare(district.raddat, 2);
+  frame::Crew crew;
   std::optional<ExchangeState> plain;
   std::optional<ExchangeState> fast;
   compare(
@@ -22,7 +23,7 @@ void exchange(benchmark::State& state) {
         plain.emplace(district);
         fast.emplace(district);
       },
-      [&] { plain->solve_plain(district); }, [&] { fast->solve(district, work, true); });
+      [&] { plain->solve_plain(district); }, [&] { fast->solve(district, crew, work, true); });
   state.counters["sweeps"] = district.raddat.settings.LOPREF;
 }
 BENCHMARK(exchange)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);

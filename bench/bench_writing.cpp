@@ -40,8 +40,9 @@ struct District {
 
 void write_fast(const District& d, frame::Log& log, frame::TextOutput& file) {
   tsrf_module_io::FileStart start;
+  frame::Crew crew;
   tsrf_module_io::write_patchsurftemp(
-      log, file, {}, 3600, d.patch,
+      log, crew, file, {}, 3600, d.patch,
       {d.temperature, 273.15, d.JRl, d.JRs, d.latent, d.conductive, d.area}, start);
 }
 

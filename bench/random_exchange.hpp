@@ -61,17 +61,18 @@ struct ExchangeState {
   std::array<std::vector<double>, 2> J, incident;
 
   /// Both bands in one pass, or one after the other.
-  void solve(const RandomExchange& x, tsrf_module_radref::Work& work, bool together) {
+  void solve(const RandomExchange& x, frame::Crew& crew, tsrf_module_radref::Work& work,
+             bool together) {
     std::array<tsrf_module_radref::Band, 2> bands;
     for (std::size_t b = 0; b < 2; ++b) {
       bands[b] = {x.absorptivity[b], x.source[b], J[b], incident[b]};
     }
     const std::span<const tsrf_module_radref::Band> all(bands);
     if (together) {
-      tsrf_cal_radref(x.raddat, x.row, x.area, all, work);
+      tsrf_cal_radref(crew, x.raddat, x.row, x.area, all, work);
     } else {
-      tsrf_cal_radref(x.raddat, x.row, x.area, all.first(1), work);
-      tsrf_cal_radref(x.raddat, x.row, x.area, all.last(1), work);
+      tsrf_cal_radref(crew, x.raddat, x.row, x.area, all.first(1), work);
+      tsrf_cal_radref(crew, x.raddat, x.row, x.area, all.last(1), work);
     }
   }
 

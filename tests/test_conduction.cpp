@@ -20,7 +20,7 @@ struct Single {
     sample::set_column(state, 0, column);
     solid1d::set_columns(recorded.log, state, {}, work);
   }
-  void step(double dt) { solid1d::solid1d(dt, {}, state, work); }
+  void step(double dt) { solid1d::solid1d(crew, dt, {}, state, work); }
   double& T(std::int32_t k) { return state.tlyr(0, k); }
   /// Flux into the column from both its ends.
   double inflow() {
@@ -28,6 +28,7 @@ struct Single {
   }
 
   RecordedLog recorded;
+  frame::Crew crew;
   solid1d::Work work;
   tsrf_module_data::Data state;
   std::int32_t last;
@@ -63,10 +64,11 @@ TEST(Conduction, HasTheBitsOfThePlainForm) {
       }
     }
     sample::District plain = fast;
+    frame::Crew crew(1 + seed % 4);
     solid1d::Work work;
     solid1d::set_columns(recorded.log, fast.state, heated, work);
     for (const double dt : {1.0, 300.0, 300.0, 36000.0, 300.0}) {
-      solid1d::solid1d(dt, qlayer, fast.state, work);
+      solid1d::solid1d(crew, dt, qlayer, fast.state, work);
       plain::solid1d(dt, qlayer, plain.state);
       for (std::size_t p = 0; p < fast.Rl.size(); ++p) {
         // The node behind the last cell is held here; the plain form moves it a little.

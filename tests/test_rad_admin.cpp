@@ -48,11 +48,12 @@ struct Step {
       Jdir[0] *= 0.5;  // the crown before the wall
     };
     const auto trcanopy = [&] { calls += "trcanopy "; };
-    rad_admin::rad_admin(recorded.log, accounts, {0.6, 0.0, 0.8}, {500, 100, 350}, patch, srfprp,
-                         {htrans, radiat, sundir, trcanopy}, state, raddat,
+    rad_admin::rad_admin(recorded.log, crew, accounts, {0.6, 0.0, 0.8}, {500, 100, 350}, patch,
+                         srfprp, {htrans, radiat, sundir, trcanopy}, state, raddat,
                          {fsun, skyvf, Jdir, Rl, Rs}, work);
   }
   RecordedLog recorded;
+  frame::Crew crew;
   frame::Accounts accounts;
   tsrf_module_patch::Data patch = patches_of(std::vector<double>(9, 2.0));
   tsrf_module_srfprp::Data srfprp;

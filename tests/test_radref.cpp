@@ -38,8 +38,9 @@ TEST(Exchange, MultipleReflectionInAStreet) {
     Reals G{s, o, o, 0.0};
     const tsrf_module_radref::Band band{emissivity, emitted, J, G};
     tsrf_module_radref::Work work;
-    work.resize(4, 1);
-    tsrf_cal_radref(raddat, raddat.pgx, Reals{1, row.h, row.h, 1}, std::span(&band, 1), work);
+    work.prepare(raddat, 1);
+    frame::Crew crew;
+    tsrf_cal_radref(crew, raddat, raddat.pgx, Reals{1, row.h, row.h, 1}, std::span(&band, 1), work);
     EXPECT_NEAR(G[0], row.road, 2e-7);
     EXPECT_NEAR(G[1], row.wall, 2e-7);
     EXPECT_NEAR(G[2], row.wall, 2e-7);
@@ -51,12 +52,13 @@ TEST(Exchange, EqualsItsPlainFormToTheLastBit) {
        std::vector<std::array<int, 3>>{{2, 0, 1}, {7, 3, 2}, {1001, 40, 3}}) {
     const RandomExchange exchange(groups, factors, patches);
     tsrf_module_radref::Work work;
-    for (const std::size_t bands : {1U, 2U}) work.resize(groups, bands);
+    for (const std::size_t bands : {1U, 2U}) work.prepare(exchange.raddat, bands);
+    frame::Crew one, three(3);
     ExchangeState plain(exchange), together(exchange), apart(exchange);
     for (int step = 0; step < 2; ++step) {  // the second step starts from the first one's J
       plain.solve_plain(exchange);
-      together.solve(exchange, work, true);
-      apart.solve(exchange, work, false);
+      together.solve(exchange, three, work, true);
+      apart.solve(exchange, one, work, false);
       for (ExchangeState* fast : {&together, &apart}) {
         ASSERT_EQ(fast->incident, plain.incident);
         ASSERT_EQ(fast->J, plain.J);

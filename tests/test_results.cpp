@@ -24,6 +24,8 @@ using Reals = std::vector<double>;
 
 class Results : public testing::Test {
  protected:
+  frame::Crew crew;
+
   std::string written() {
     file.flush(messages.log);
     return folder.content("out");
@@ -127,7 +129,7 @@ TEST_F(Results, NothingIsWrittenThatIsNotFinite) {
                                             "\niter = 17\n" + owner + "\nterm = " + term + "\n");
   };
   refused("PatchSurfTemp", "PID = 34", "latent heat", [&] {
-    write_patchsurftemp(messages.log, file, settings, when, patch,
+    write_patchsurftemp(messages.log, crew, file, settings, when, patch,
                         {.temperature = good,
                          .JRl = good,
                          .JRs = good,
@@ -146,7 +148,7 @@ TEST_F(Results, NothingIsWrittenThatIsNotFinite) {
   prep_surftemp(messages.log, patch, {}, cells);
   cells.swlr[0][2] = 1e39;  // the file keeps single precision
   refused("SurfTemp", "PID = 33", "area of roofs", [&] {
-    write_surftemp(messages.log, file, settings, when, cells.tdrg, cells.swlr, cells);
+    write_surftemp(messages.log, crew, file, settings, when, cells.tdrg, cells.swlr, cells);
   });
   refused("Sun & Sky", "all patches", "atmos.-long-rad", [&] {
     write_sunskyrad(messages.log, file, settings, false,

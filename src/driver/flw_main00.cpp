@@ -16,9 +16,10 @@ namespace {
 void whole_run(const Place& place, frame::Log& log, frame::UnitTable& units,
                frame::ProcessLayer& layer) {
   units.open_input(log, frame::kUnitFileName, "file_name");
+  frame::Crew crew(frame::hands_wanted(log));
   // The modules may be large; they live on the heap and go with this call.
-  const auto run =
-      std::make_unique<tsrf_main01::Run>(tsrf_main01::Desk{log, units, layer, frame::Accounts{}});
+  const auto run = std::make_unique<tsrf_main01::Run>(
+      tsrf_main01::Desk{log, units, layer, crew, frame::Accounts{}});
   if (place.errors_is_terminal) run->desk.terminal = &place.errors;
   frame::read_file_table(log, units, run->inputs.filnam);
   units.close(frame::kUnitFileName);

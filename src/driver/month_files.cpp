@@ -27,9 +27,9 @@ void enter_month(frame::Log& log, const frame::UnitTable& units,
 
 }  // namespace
 
-void output_month(frame::Log& log, frame::UnitTable& units, const ubx_module_filnam::Data& filnam,
-                  tsrf_module_calendar::Data& calendar, double time, bool lend,
-                  const MonthRows& rows, Monthly& monthly) {
+void output_month(frame::Log& log, frame::Crew& crew, frame::UnitTable& units,
+                  const ubx_module_filnam::Data& filnam, tsrf_module_calendar::Data& calendar,
+                  double time, bool lend, const MonthRows& rows, Monthly& monthly) {
   const auto closing = tsrf_module_calendar::date_month(log, calendar, time);
   if (closing.month != monthly.month) enter_month(log, units, filnam, closing.month, monthly);
   if (!closing.at_start && !lend) return;
@@ -44,7 +44,7 @@ void output_month(frame::Log& log, frame::UnitTable& units, const ubx_module_fil
       .heat = units.open_output(log, frame::kUnitHeat, name(ubx_module_filnam::kHeat)),
       .bld_load = units.open_output(log, frame::kUnitBldLoad, name(ubx_module_filnam::kBldLoad)),
       .stheat = units.open_input_if_any(log, frame::kUnitStHeat, name(ubx_module_filnam::kStHeat))};
-  write_month(log, files, rows, monthly);
+  write_month(log, crew, files, rows, monthly);
   units.flush_outputs(log);
   for (const int unit : {frame::kUnitSurfTemp, frame::kUnitPatchSurfTemp, frame::kUnitHeat,
                          frame::kUnitBldLoad, frame::kUnitStHeat}) {

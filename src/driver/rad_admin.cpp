@@ -13,6 +13,9 @@ namespace {
 
 using namespace tsrf_module_patch;
 
+/// Patches of a stretch for one hand: some 20 microseconds of the loops here.
+constexpr std::size_t kPatches = 4096;
+
 /// Patches that take the beam and emit as themselves: tree patches leave that to the canopy,
 /// mirrors reflect all that comes.
 constexpr Types kTakePart{kBuilding, kLand, kWater, kSolarPanel, kFarBoundary};
@@ -25,9 +28,9 @@ void timed(frame::Log& log, frame::Accounts& accounts, std::string_view name, St
 }
 
 /// The exchange in the bands that are on; one pass over the view factors serves both.
-void exchange(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Data& srfprp,
-              const tsrf_module_data::Data& state, tsrf_module_raddat::Data& raddat,
-              const Fields& fields, Work& work) {
+void exchange(frame::Crew& crew, const tsrf_module_patch::Data& patch,
+              const tsrf_module_srfprp::Data& srfprp, const tsrf_module_data::Data& state,
+              tsrf_module_raddat::Data& raddat, const Fields& fields, Work& work) {
   std::array<tsrf_module_radref::Band, 2> bands;
   std::size_t count = 0;
   if (raddat.settings.LCRADL > 0) {
@@ -39,7 +42,7 @@ void exchange(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Da
     bands[count++] = {work.sun_absorbed, work.Ss, raddat.JRs, fields.Rs};
   }
   if (count == 0) return;
-  tsrf_cal_radref(raddat, state.isrf, patch.area, std::span(bands).first(count), work.radref);
+  tsrf_cal_radref(crew, raddat, state.isrf, patch.area, std::span(bands).first(count), work.radref);
   if (raddat.settings.LCRADL > 0) std::fill(fields.skyvf.begin(), fields.skyvf.end(), 1.0);
 }
 
@@ -56,11 +59,11 @@ void allocdata(frame::Log& log, std::int32_t mpatch, const tsrf_module_srfprp::D
                         values->assign(static_cast<std::size_t>(mpatch), 0.0);
                       }
                       work.sun_absorbed.assign(srfprp.alb.size(), 0.0);
-                      work.radref.resize(raddat.NPGID, bands);
+                      work.radref.prepare(raddat, bands);
                     });
 }
 
-void rad_admin(frame::Log& log, frame::Accounts& accounts, const SunVector& sun,
+void rad_admin(frame::Log& log, frame::Crew& crew, frame::Accounts& accounts, const SunVector& sun,
                const SkyFluxes& sky, const tsrf_module_patch::Data& patch,
                const tsrf_module_srfprp::Data& srfprp, const Trees& trees,
                tsrf_module_data::Data& state, tsrf_module_raddat::Data& raddat,
@@ -70,19 +73,20 @@ void rad_admin(frame::Log& log, frame::Accounts& accounts, const SunVector& sun,
   const bool shortwave = raddat.settings.LCRADS > 0;
 
   if (longwave || shortwave) {
-    set_srad0(sun, sky, patch, fields.fsun, fields.skyvf, fields.Rl, fields.Rs, fields.Jdir);
+    set_srad0(crew, sun, sky, patch, fields.fsun, fields.skyvf, fields.Rl, fields.Rs, fields.Jdir);
     timed(log, accounts, "sundir", [&] { trees.sundir(); });
-    add_sundir(patch.type, fields.Jdir, fields.Rs);
-    set_emission(patch, state.isrf, state.tlyr.row(0), srfprp.ems, raddat, work.Sl, work.Ss);
+    add_sundir(crew, patch.type, fields.Jdir, fields.Rs);
+    set_emission(crew, patch, state.isrf, state.tlyr.row(0), srfprp.ems, raddat, work.Sl, work.Ss);
   }
-  timed(log, accounts, "radref", [&] { exchange(patch, srfprp, state, raddat, fields, work); });
+  timed(log, accounts, "radref",
+        [&] { exchange(crew, patch, srfprp, state, raddat, fields, work); });
   if (longwave && shortwave) {
     timed(log, accounts, "trcanopy", [&] { trees.trcanopy(); });
     return;
   }
 
-  set_srad0(sun, sky, patch, fields.fsun, fields.skyvf, work.tRl, work.tRs, work.tJdir);
-  add_sundir(patch.type, work.tJdir, work.tRs);
+  set_srad0(crew, sun, sky, patch, fields.fsun, fields.skyvf, work.tRl, work.tRs, work.tJdir);
+  add_sundir(crew, patch.type, work.tJdir, work.tRs);
   timed(log, accounts, "trinc", [&] {
     tree_incident(log, sun, sky, patch, srfprp, trees, fields, state, work.tRl, work.tRs);
   });
@@ -94,27 +98,29 @@ double cosine_to(const SunVector& sun, const tsrf_module_patch::Data& patch, std
   return std::max(0.0, patch.nx[p] * sun.x + patch.ny[p] * sun.y + patch.nz[p] * sun.z);
 }
 
-void set_srad0(const SunVector& sun, const SkyFluxes& sky, const tsrf_module_patch::Data& patch,
-               std::span<const double> fsun, std::span<const double> skyvf, std::span<double> Rl,
-               std::span<double> Rs, std::span<double> Jdir) {
-  for (std::size_t p = 0; p < Jdir.size(); ++p) {
+void set_srad0(frame::Crew& crew, const SunVector& sun, const SkyFluxes& sky,
+               const tsrf_module_patch::Data& patch, std::span<const double> fsun,
+               std::span<const double> skyvf, std::span<double> Rl, std::span<double> Rs,
+               std::span<double> Jdir) {
+  crew.each(Jdir.size(), kPatches, [&](std::size_t p) {
     Jdir[p] = cosine_to(sun, patch, p) * sky.direct * fsun[p];
     Rl[p] = skyvf[p] * sky.longwave;
     Rs[p] = skyvf[p] * sky.scattered;
-  }
+  });
 }
 
-void add_sundir(std::span<const Type> type, std::span<const double> Jdir, std::span<double> Rs) {
-  for (std::size_t p = 0; p < Jdir.size(); ++p) {
+void add_sundir(frame::Crew& crew, std::span<const Type> type, std::span<const double> Jdir,
+                std::span<double> Rs) {
+  crew.each(Jdir.size(), kPatches, [&](std::size_t p) {
     if (kTakePart.contains(type[p])) Rs[p] += Jdir[p];
-  }
+  });
 }
 
-void set_emission(const tsrf_module_patch::Data& patch, std::span<const std::int32_t> isrf,
-                  std::span<const double> T, std::span<const double> emissivity,
-                  const tsrf_module_raddat::Data& raddat, std::span<double> Sl,
-                  std::span<double> Ss) {
-  for (std::size_t p = 0; p < Sl.size(); ++p) {
+void set_emission(frame::Crew& crew, const tsrf_module_patch::Data& patch,
+                  std::span<const std::int32_t> isrf, std::span<const double> T,
+                  std::span<const double> emissivity, const tsrf_module_raddat::Data& raddat,
+                  std::span<double> Sl, std::span<double> Ss) {
+  crew.each(Sl.size(), kPatches, [&](std::size_t p) {
     Sl[p] = 0.0;
     Ss[p] = 0.0;
     if (kTakePart.contains(patch.type[p])) {
@@ -124,7 +130,7 @@ void set_emission(const tsrf_module_patch::Data& patch, std::span<const std::int
       Sl[p] = raddat.JRl[p];
       Ss[p] = raddat.JRs[p];
     }
-  }
+  });
 }
 
 }  // namespace rad_admin

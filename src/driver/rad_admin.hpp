@@ -61,7 +61,7 @@ void allocdata(frame::Log& log, std::int32_t mpatch, const tsrf_module_srfprp::D
 
 /// The radiation of one step. Reads the surface temperatures in `state` and keeps the leaf
 /// temperatures of single trees there.
-void rad_admin(frame::Log& log, frame::Accounts& accounts, const SunVector& sun,
+void rad_admin(frame::Log& log, frame::Crew& crew, frame::Accounts& accounts, const SunVector& sun,
                const SkyFluxes& sky, const tsrf_module_patch::Data& patch,
                const tsrf_module_srfprp::Data& srfprp, const Trees& trees,
                tsrf_module_data::Data& state, tsrf_module_raddat::Data& raddat,
@@ -70,17 +70,18 @@ void rad_admin(frame::Log& log, frame::Accounts& accounts, const SunVector& sun,
 /// Cosine of the angle between the sun and the normal of patch p, 0 when it looks away.
 double cosine_to(const SunVector& sun, const tsrf_module_patch::Data& patch, std::size_t p);
 /// Fluxes from the sky alone, and the beam on the plane of each sunlit patch.
-void set_srad0(const SunVector& sun, const SkyFluxes& sky, const tsrf_module_patch::Data& patch,
-               std::span<const double> fsun, std::span<const double> skyvf, std::span<double> Rl,
-               std::span<double> Rs, std::span<double> Jdir);
+void set_srad0(frame::Crew& crew, const SunVector& sun, const SkyFluxes& sky,
+               const tsrf_module_patch::Data& patch, std::span<const double> fsun,
+               std::span<const double> skyvf, std::span<double> Rl, std::span<double> Rs,
+               std::span<double> Jdir);
 /// Adds the beam where a patch takes part in the exchange as itself.
-void add_sundir(std::span<const tsrf_module_patch::Type> type, std::span<const double> Jdir,
-                std::span<double> Rs);
+void add_sundir(frame::Crew& crew, std::span<const tsrf_module_patch::Type> type,
+                std::span<const double> Jdir, std::span<double> Rs);
 /// Sources of the exchange: what the surfaces emit at their temperatures `T` [K]; a tree patch
 /// sends on what the canopy left on it.
-void set_emission(const tsrf_module_patch::Data& patch, std::span<const std::int32_t> isrf,
-                  std::span<const double> T, std::span<const double> emissivity,
-                  const tsrf_module_raddat::Data& raddat, std::span<double> Sl,
-                  std::span<double> Ss);
+void set_emission(frame::Crew& crew, const tsrf_module_patch::Data& patch,
+                  std::span<const std::int32_t> isrf, std::span<const double> T,
+                  std::span<const double> emissivity, const tsrf_module_raddat::Data& raddat,
+                  std::span<double> Sl, std::span<double> Ss);
 
 }  // namespace rad_admin

@@ -21,6 +21,7 @@
 #include "driver/progress.hpp"
 #include "driver/rad_admin.hpp"
 #include "frame/accounts.hpp"
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/process_layer.hpp"
 #include "frame/unit_table.hpp"
@@ -66,6 +67,7 @@ struct Desk {
   frame::Log& log;
   frame::UnitTable& units;
   frame::ProcessLayer& layer;
+  frame::Crew& crew;
   frame::Accounts accounts;
   std::ostream* terminal = nullptr;  ///< where one updating line shows how far the run is
 };

@@ -39,8 +39,8 @@ void gather(Desk& desk, const Surface& surface, const Buildings& buildings, Resu
 
 void write_hour(Run& run, const When& when) {
   const Settings& settings = run.results.io.settings;
-  write_patchsurftemp(run.desk.log, run.desk.units.output(frame::kUnitPatchSurfTemp), settings,
-                      when, run.inputs.patch,
+  write_patchsurftemp(run.desk.log, run.desk.crew, run.desk.units.output(frame::kUnitPatchSurfTemp),
+                      settings, when, run.inputs.patch,
                       {.temperature = run.surface.data.tlyr.row(0),
                        .JRl = run.radiation.raddat.JRl,
                        .JRs = run.radiation.raddat.JRs,
@@ -49,8 +49,8 @@ void write_hour(Run& run, const When& when) {
                        .area = run.inputs.patch.area},
                       run.results.patch_surf_temp);
   SurfTemp& cells = run.results.surf_temp;
-  write_surftemp(run.desk.log, run.desk.units.output(frame::kUnitSurfTemp), settings, when,
-                 cells.tdrg, cells.swlr, cells);
+  write_surftemp(run.desk.log, run.desk.crew, run.desk.units.output(frame::kUnitSurfTemp), settings,
+                 when, cells.tdrg, cells.swlr, cells);
   if (!run.buildings.on()) return;
   write_heat(run.desk.log, run.desk.units.output(frame::kUnitHeat), settings, when,
              building_columns(run.buildings), run.results.heat);
@@ -80,7 +80,8 @@ void write_results(Run& run, std::int64_t iter, std::int32_t sod1) {
 void write_closed_month(Run& run, std::int64_t iter, double time, bool run_ends) {
   if (!run.inputs.filnam.dated) return;
   const BuildingColumns columns = building_columns(run.buildings);
-  output_month(run.desk.log, run.desk.units, run.inputs.filnam, run.inputs.calendar, time, run_ends,
+  output_month(run.desk.log, run.desk.crew, run.desk.units, run.inputs.filnam, run.inputs.calendar,
+               time, run_ends,
                {.settings = run.results.io.settings,
                 .patch = run.inputs.patch,
                 .buildings = run.buildings.on() ? &columns : nullptr,

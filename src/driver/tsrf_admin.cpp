@@ -138,8 +138,8 @@ void radiation_step(Desk& desk, const Inputs& inputs, Surface& surface, Radiatio
     jmk::tsrf_trcanopy(desk.log, sky.fluxes, inputs.patch, trees.cells, trees.htrans, trees.radiat,
                        trees.canopy, step.Rl, step.Rs, radiation.raddat.JRl, radiation.raddat.JRs);
   };
-  rad_admin::rad_admin(desk.log, desk.accounts, sky.sun, sky.fluxes, inputs.patch, inputs.srfprp,
-                       {trees.htrans, trees.radiat, sundir, trcanopy}, surface.data,
+  rad_admin::rad_admin(desk.log, desk.crew, desk.accounts, sky.sun, sky.fluxes, inputs.patch,
+                       inputs.srfprp, {trees.htrans, trees.radiat, sundir, trcanopy}, surface.data,
                        radiation.raddat, {step.fsun, step.skyvf, step.Jdir, step.Rl, step.Rs},
                        radiation.work);
 }
@@ -201,14 +201,16 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
     radiation_step(run.desk, run.inputs, run.surface, run.radiation, run.trees, step, sky);
   });
   timed(run.desk, "therm1d", [&] {
-    tsrf_therm1d::tsrf_therm1d(run.desk.log, iter, run.inputs.patch, run.inputs.srfprp,
-                               arrays.skyvf, arrays.Rl, arrays.Rs, run.surface.data);
+    tsrf_therm1d::tsrf_therm1d(run.desk.log, run.desk.crew, iter, run.inputs.patch,
+                               run.inputs.srfprp, arrays.skyvf, arrays.Rl, arrays.Rs,
+                               run.surface.data);
   });
   timed(run.desk, "window", [&] {
     if (buildings) set_windows_and_rooms(run.inputs, run.surface, run.radiation, run.buildings);
   });
   timed(run.desk, "solid1d", [&] {
-    solid1d::solid1d(dtmax, run.surface.qlayer, run.surface.data, run.surface.columns);
+    solid1d::solid1d(run.desk.crew, dtmax, run.surface.qlayer, run.surface.data,
+                     run.surface.columns);
   });
   set_fixed_temperatures(run.desk, run.inputs, run.surface, run.radiation, iter);
   timed(run.desk, "building", [&] {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace frame {
 
@@ -35,6 +36,10 @@ class TextOutput {
     ++rows_;
     line_done(log);
   }
+  /// The same for rows whose lines are done.
+  void rows_done(std::size_t count) { rows_ += static_cast<std::int64_t>(count); }
+  /// Texts in which several hands gather what comes into the buffer next.
+  [[nodiscard]] std::vector<std::string>& pieces() { return pieces_; }
   /// To be called after each line: writes the buffer when it is large.
   void line_done(Log& log) {
     if (buffer_.size() >= kBufferLimit) write_out(log);
@@ -66,6 +71,7 @@ class TextOutput {
   std::string name_;
   std::string reason_;
   std::string buffer_;
+  std::vector<std::string> pieces_;
   std::int64_t rows_ = 0;
   int fd_ = -1;
   bool started_ = false;

@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/crew.hpp"
 #include "radiation/raddat.hpp"
 
 namespace tsrf_module_radref {
@@ -39,14 +40,20 @@ struct Work {
   std::vector<double> area;  // A
   OfBands<1> one;
   OfBands<2> two;
+  /// The patches of group g, in their order: members[first_member[g]] .. before first_member[g+1].
+  std::vector<std::uint32_t> first_member;
+  std::vector<std::uint32_t> members;
+  /// Stretches of destinations with about as many entries each: from cuts[n] to before cuts[n+1].
+  std::vector<std::uint32_t> cuts;
 
-  /// Takes the arrays for `groups` groups and 1 or 2 bands at a time.
-  void resize(std::int32_t groups, std::size_t bands);
+  /// Takes the arrays for the groups and the table of `raddat` and 1 or 2 bands at a time.
+  void prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands);
 };
 
 /// Solves one band or two. `surface_row` and `area` are per patch. The sums keep the order of the
-/// file for each group, so that the result of a band is the same bits alone and beside the other.
-void tsrf_cal_radref(const tsrf_module_raddat::Data& raddat,
+/// file for each group, so that the result of a band is the same bits alone and beside the other,
+/// with any crew.
+void tsrf_cal_radref(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
                      std::span<const std::int32_t> surface_row, std::span<const double> area,
                      std::span<const Band> bands, Work& work);
 

@@ -60,8 +60,8 @@ std::int32_t& count_of(HourCounts& count, std::int32_t row) {
 /// The end of the hour of row `row`, as the step `iter` writes it.
 When hour_of(std::int32_t row, std::int64_t iter) { return {(row + 1) * kSecondsPerHour, iter}; }
 
-void write_patches(frame::Log& log, const MonthRows& rows, frame::TextOutput& file,
-                   Monthly& monthly) {
+void write_patches(frame::Log& log, frame::Crew& crew, const MonthRows& rows,
+                   frame::TextOutput& file, Monthly& monthly) {
   const tsrf_module_patch::Data& patch = rows.patch;
   TemperatureSums& temperature = monthly.temperature;
   FluxSums& fluxes = monthly.fluxes;
@@ -79,11 +79,12 @@ void write_patches(frame::Log& log, const MonthRows& rows, frame::TextOutput& fi
                        .area = patch.area};
     // The mean area of no steps is 0 as well.
     if (count_of(fluxes.count, row) == 0) means.area = means.latent;
-    write_patchsurftemp(log, file, rows.settings, hour_of(row, rows.iter), patch, means, start);
+    write_patchsurftemp(log, crew, file, rows.settings, hour_of(row, rows.iter), patch, means,
+                        start);
   }
 }
 
-void write_cells(frame::Log& log, const MonthRows& rows, frame::TextOutput& file,
+void write_cells(frame::Log& log, frame::Crew& crew, const MonthRows& rows, frame::TextOutput& file,
                  CellFieldSums& sums) {
   SurfTemp& surf_temp = rows.surf_temp;
   take(log, surf_temp.cells.size(), sums.tdrg);
@@ -91,7 +92,7 @@ void write_cells(frame::Log& log, const MonthRows& rows, frame::TextOutput& file
   for (std::int32_t row = 0; row < kHours; ++row) {
     const std::span<const CellSums> tdrg = mean(sums.count, row, sums.tdrg);
     const bool none = count_of(sums.count, row) == 0;
-    write_surftemp(log, file, rows.settings, hour_of(row, rows.iter), tdrg,
+    write_surftemp(log, crew, file, rows.settings, hour_of(row, rows.iter), tdrg,
                    none ? tdrg : std::span<const CellSums>(surf_temp.swlr), surf_temp);
   }
 }
@@ -184,10 +185,10 @@ void clear(BuildingSums& sums) {
   clear_table(sums.released);
 }
 
-void write_month(frame::Log& log, const MonthFiles& files, const MonthRows& rows,
+void write_month(frame::Log& log, frame::Crew& crew, const MonthFiles& files, const MonthRows& rows,
                  Monthly& monthly) {
-  write_cells(log, rows, files.surf_temp, monthly.cells);
-  write_patches(log, rows, files.patch_surf_temp, monthly);
+  write_cells(log, crew, rows, files.surf_temp, monthly.cells);
+  write_patches(log, crew, rows, files.patch_surf_temp, monthly);
   if (rows.buildings != nullptr) {
     write_buildings(log, rows, files, monthly.buildings);
   }

@@ -96,6 +96,7 @@ struct MonthRows {
 
 /// Writes the 24 mean hours, each file from its start, and clears the sums. An hour without a step
 /// is a row of zeros. Without buildings heat and BldLoad stay as they are.
-void write_month(frame::Log& log, const MonthFiles& files, const MonthRows& rows, Monthly& monthly);
+void write_month(frame::Log& log, frame::Crew& crew, const MonthFiles& files, const MonthRows& rows,
+                 Monthly& monthly);
 
 }  // namespace tsrf_module_io

@@ -3,7 +3,7 @@
 #include <array>
 #include <string_view>
 
-#include "results/row.hpp"
+#include "results/rows.hpp"
 
 namespace tsrf_module_io {
 
@@ -15,14 +15,13 @@ constexpr std::array<std::string_view, 6> kTerms{"surface temperature",  "long-w
 
 }  // namespace
 
-void write_patchsurftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                         When when, const tsrf_module_patch::Data& patch,
+void write_patchsurftemp(frame::Log& log, frame::Crew& crew, frame::TextOutput& file,
+                         const Settings& settings, When when, const tsrf_module_patch::Data& patch,
                          const PatchColumns& columns, FileStart& start) {
   if (!is_whole_hour(when.sod)) return;
   const std::int32_t hour = hour_slot(when.sod);
   start_file(log, file, "# PID, i, j, k, hour, Temp, Rad_L, Rad_S", settings, hour, start);
-  Row row;
-  for (std::size_t p = 0; p < patch.PID.size(); ++p) {
+  const auto fill = [&](std::size_t p, Row& row) {
     row.integer(patch.PID[p], 8);
     row.integer(patch.i[p], 5);
     row.integer(patch.j[p], 5);
@@ -34,11 +33,10 @@ void write_patchsurftemp(frame::Log& log, frame::TextOutput& file, const Setting
     row.real(columns.latent[p]);
     row.real(columns.conductive[p]);
     row.real(columns.area[p]);
-    if (!row.finite()) {
-      refuse_result(log, "PatchSurfTemp", when.iter, frame::items("PID =", patch.PID[p]),
-                    kTerms[row.unsound()]);
-    }
-    row.end(log, file);
+  };
+  if (const auto unsound = write_rows(log, crew, file, patch.PID.size(), fill)) {
+    refuse_result(log, "PatchSurfTemp", when.iter, frame::items("PID =", patch.PID[unsound->line]),
+                  kTerms[unsound->real]);
   }
   file.flush(log);
 }

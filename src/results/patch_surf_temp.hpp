@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <span>
 
+#include "frame/crew.hpp"
 #include "inputs/patch.hpp"
 #include "results/io.hpp"
 
@@ -24,8 +25,8 @@ struct PatchColumns {
 };
 
 /// Writes the rows of `hour`; `when` is the end of the step.
-void write_patchsurftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings,
-                         When when, const tsrf_module_patch::Data& patch,
+void write_patchsurftemp(frame::Log& log, frame::Crew& crew, frame::TextOutput& file,
+                         const Settings& settings, When when, const tsrf_module_patch::Data& patch,
                          const PatchColumns& columns, FileStart& start);
 
 }  // namespace tsrf_module_io

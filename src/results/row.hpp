@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "frame/log.hpp"
 #include "frame/text_output.hpp"
@@ -28,9 +29,13 @@ class Row {
   [[nodiscard]] std::size_t unsound() const { return static_cast<std::size_t>(unsound_); }
   /// Ends the line and hands it to the file.
   void end(frame::Log& log, frame::TextOutput& file) {
-    text_[size_++] = '\n';
-    file.buffer().append(text_.data(), size_);
+    end(file.buffer());
     file.row_done(log);
+  }
+  /// Ends the line and appends it to a text.
+  void end(std::string& text) {
+    text_[size_++] = '\n';
+    text.append(text_.data(), size_);
     size_ = 0;
     reals_ = 0;
     unsound_ = -1;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "results/row.hpp"
+#include "results/rows.hpp"
 
 namespace tsrf_module_io {
 
@@ -59,14 +59,13 @@ void sum_surftemp(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp
   }
 }
 
-void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings, When when,
-                    std::span<const CellSums> tdrg, std::span<const CellSums> swlr,
-                    SurfTemp& data) {
+void write_surftemp(frame::Log& log, frame::Crew& crew, frame::TextOutput& file,
+                    const Settings& settings, When when, std::span<const CellSums> tdrg,
+                    std::span<const CellSums> swlr, SurfTemp& data) {
   if (!is_whole_hour(when.sod)) return;
   const std::int32_t hour = hour_slot(when.sod);
   start_file(log, file, "# i,j,k,hour,tdrg(1:3),swlr(1:3)", settings, hour, data.start);
-  Row row;
-  for (std::size_t c = 0; c < data.cells.size(); ++c) {
+  const auto fill = [&](std::size_t c, Row& row) {
     row.integer(data.i[c], 6);
     row.integer(data.j[c], 6);
     row.integer(data.cells.k[c], 6);
@@ -74,11 +73,10 @@ void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& se
     // The reader of this file keeps single precision.
     for (const double value : tdrg[c]) row.real(static_cast<float>(value));
     for (const double value : swlr[c]) row.real(static_cast<float>(value));
-    if (!row.finite()) {
-      refuse_result(log, "SurfTemp", when.iter, frame::items("PID =", data.cells.PID[c]),
-                    kTerms[row.unsound()]);
-    }
-    row.end(log, file);
+  };
+  if (const auto unsound = write_rows(log, crew, file, data.cells.size(), fill)) {
+    refuse_result(log, "SurfTemp", when.iter, frame::items("PID =", data.cells.PID[unsound->line]),
+                  kTerms[unsound->real]);
   }
   file.flush(log);
 }

@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/crew.hpp"
 #include "inputs/grid_index.hpp"
 #include "inputs/patch.hpp"
 #include "inputs/srfprp.hpp"
@@ -36,7 +37,8 @@ void prep_surftemp(frame::Log& log, const tsrf_module_patch::Data& patch,
 void sum_surftemp(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Data& srfprp,
                   const tsrf_module_data::Data& state, SurfTemp& data);
 /// Writes the rows of `hour` from sums (or their means) per cell of `data.cells`.
-void write_surftemp(frame::Log& log, frame::TextOutput& file, const Settings& settings, When when,
-                    std::span<const CellSums> tdrg, std::span<const CellSums> swlr, SurfTemp& data);
+void write_surftemp(frame::Log& log, frame::Crew& crew, frame::TextOutput& file,
+                    const Settings& settings, When when, std::span<const CellSums> tdrg,
+                    std::span<const CellSums> swlr, SurfTemp& data);
 
 }  // namespace tsrf_module_io

@@ -13,6 +13,8 @@ constexpr std::size_t kColumnLanes = 128;
 /// Blocks take their patches from a stretch this long, so that all kinds of a stretch find its
 /// temperatures in the second cache.
 constexpr std::size_t kStretch = 4096;
+/// Blocks that one hand takes at once, some 20 microseconds.
+constexpr std::size_t kBlocks = 32;
 
 using Lanes = std::array<double, kColumnLanes>;
 
@@ -121,12 +123,12 @@ void solve_tridiag(std::span<const Cell> cells, std::size_t count, double* rows)
 /// The patches of one block on their way from the surface to the far node.
 class Pass {
  public:
-  Pass(Work& work, const ColumnBlock& block, const frame::PatchTable<double>& qlayer,
-       tsrf_module_data::Data& state)
+  Pass(const Work& work, const ColumnBlock& block, double* rows,
+       const frame::PatchTable<double>& qlayer, tsrf_module_data::Data& state)
       : kind_(work.kinds[block.kind]),
         cells_(work.cells.data() + kind_.first_cell, static_cast<std::size_t>(kind_.cells)),
         patches_(work.order.data() + block.first, block.count),
-        rows_(work.rows.data()),
+        rows_(rows),
         qlayer_(qlayer),
         tlyr_(state.tlyr) {
     gather(0, here_);
@@ -214,9 +216,7 @@ void set_columns(frame::Log& log, const tsrf_module_data::Data& state,
                                    work.order.end(), {}, [&](std::uint32_t p) { return kind[p]; });
           add_blocks(begin, kind, work);
         }
-        std::int32_t most = 0;
-        for (const Kind& k : work.kinds) most = std::max(most, k.cells);
-        work.rows.assign(static_cast<std::size_t>(most) * kColumnLanes, 0.0);
+        for (const Kind& k : work.kinds) work.most_cells = std::max(work.most_cells, k.cells);
       });
 }
 
@@ -244,17 +244,23 @@ void warn_of_implicit(frame::Log& log, double dt, const tsrf_module_patch::Data&
            "J/m2 K; explicit up to dtmax =", kExplicitLimit / kind.stiffness, "s");
 }
 
-void solid1d(double dt, const frame::PatchTable<double>& qlayer, tsrf_module_data::Data& state,
-             Work& work) {
+void solid1d(frame::Crew& crew, double dt, const frame::PatchTable<double>& qlayer,
+             tsrf_module_data::Data& state, Work& work) {
   if (dt != work.dt) set_step(dt, work);
-  for (const ColumnBlock& block : work.blocks) {
-    Pass pass(work, block, qlayer, state);
-    if (work.kinds[block.kind].implicit) {
-      pass.advance_implicit();
-    } else {
-      pass.advance_explicit();
+  const std::size_t scratch = static_cast<std::size_t>(work.most_cells) * kColumnLanes;
+  work.rows.resize(crew.hands() * scratch);
+  crew.share(work.blocks.size(), kBlocks, [&](frame::Crew::Stretch part) {
+    double* const rows = work.rows.data() + part.hand * scratch;
+    for (std::size_t n = part.first; n < part.last; ++n) {
+      const ColumnBlock& block = work.blocks[n];
+      Pass pass(work, block, rows, qlayer, state);
+      if (work.kinds[block.kind].implicit) {
+        pass.advance_implicit();
+      } else {
+        pass.advance_explicit();
+      }
     }
-  }
+  });
 }
 
 }  // namespace solid1d

@@ -13,6 +13,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/patch_table.hpp"
 #include "inputs/patch.hpp"
@@ -59,7 +60,8 @@ struct Work {
   std::vector<Cell> cells;
   std::vector<std::uint32_t> order;  ///< patches by blocks
   std::vector<ColumnBlock> blocks;
-  std::vector<double> rows;  ///< scratch: the right sides of a block's rows
+  std::int32_t most_cells = 0;  ///< of a column
+  std::vector<double> rows;     ///< scratch: the right sides of a block's rows, a set for each hand
 };
 
 /// Sorts the columns of all patches with lcal > 0 into kinds and blocks. To be called once, when
@@ -77,7 +79,7 @@ void warn_of_implicit(frame::Log& log, double dt, const tsrf_module_patch::Data&
 
 /// Advances the cells of the columns by `dt` [s]. `qlayer` (row k-1 = cell k) is added to the
 /// divergence of the flux in the cells of heated patches; it may be empty where there are none.
-void solid1d(double dt, const frame::PatchTable<double>& qlayer, tsrf_module_data::Data& state,
-             Work& work);
+void solid1d(frame::Crew& crew, double dt, const frame::PatchTable<double>& qlayer,
+             tsrf_module_data::Data& state, Work& work);
 
 }  // namespace solid1d

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <mutex>
 
 #include "inputs/moist_air.hpp"
 
@@ -17,6 +18,8 @@ constexpr double kRelativeStep = 1e-10;
 /// the nearest cache (some 8 kB).
 constexpr std::size_t kBatch = 64;
 using Lanes = std::array<double, kBatch>;
+/// Patches of a stretch for one hand: some 50 microseconds.
+constexpr std::size_t kStretch = 1024;
 
 /// What the balance of a batch of patches works on; nothing but the last group changes from round
 /// to round. Dry patches have batches of their own: their latent terms are 0 throughout, and they
@@ -152,6 +155,29 @@ void finish(const Arrays& arrays, Batch& batch, Verdict& verdict) {
   batch.count = 0;
 }
 
+/// Solves the patches from `first` to before `last`.
+Verdict solve(const Arrays& arrays, std::size_t first, std::size_t last) {
+  const std::size_t patches = arrays.state.lcal.size();
+  Verdict verdict{.implausible = patches, .unsettled = patches};
+  Batch dry;
+  Batch wet;
+  for (std::size_t p = first; p < last; ++p) {
+    if (arrays.state.lcal[p] < 1) continue;
+    const double wetness =
+        arrays.srfprp.beta[arrays.row(p)] * moist_air::kLatentHeat * arrays.state.hm[p];
+    if (wetness == 0.0) {
+      add(arrays, p, wetness, dry);
+      if (dry.count == kBatch) finish<false>(arrays, dry, verdict);
+    } else {
+      add(arrays, p, wetness, wet);
+      if (wet.count == kBatch) finish<true>(arrays, wet, verdict);
+    }
+  }
+  finish<false>(arrays, dry, verdict);
+  finish<true>(arrays, wet, verdict);
+  return verdict;
+}
+
 [[noreturn]] void report(frame::Log& log, std::int64_t iter, const tsrf_module_patch::Data& patch,
                          const tsrf_module_data::Data& state, std::size_t p) {
   const auto term = [&](Term row) { return state.qsurf(p, row); };
@@ -172,29 +198,21 @@ void note_air(frame::Log& log, const tsrf_module_data::Data& state) {
   if (const std::string text = state.air_origin.text(); !text.empty()) log.line(text);
 }
 
-void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::Data& patch,
-                  const tsrf_module_srfprp::Data& srfprp, std::span<const double> skyvf,
-                  std::span<const double> Rl, std::span<const double> Rs,
-                  tsrf_module_data::Data& state) {
+void tsrf_therm1d(frame::Log& log, frame::Crew& crew, std::int64_t iter,
+                  const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Data& srfprp,
+                  std::span<const double> skyvf, std::span<const double> Rl,
+                  std::span<const double> Rs, tsrf_module_data::Data& state) {
   const frame::Tag tag(log, "(tsrf_therm1d)");
   const Arrays arrays{srfprp, skyvf, Rl, Rs, state};
   const std::size_t patches = state.lcal.size();
   Verdict verdict{.implausible = patches, .unsettled = patches};
-  Batch dry;
-  Batch wet;
-  for (std::size_t p = 0; p < patches; ++p) {
-    if (state.lcal[p] < 1) continue;
-    const double wetness = srfprp.beta[arrays.row(p)] * moist_air::kLatentHeat * state.hm[p];
-    if (wetness == 0.0) {
-      add(arrays, p, wetness, dry);
-      if (dry.count == kBatch) finish<false>(arrays, dry, verdict);
-    } else {
-      add(arrays, p, wetness, wet);
-      if (wet.count == kBatch) finish<true>(arrays, wet, verdict);
-    }
-  }
-  finish<false>(arrays, dry, verdict);
-  finish<true>(arrays, wet, verdict);
+  std::mutex judging;
+  crew.share(patches, kStretch, [&](frame::Crew::Stretch part) {
+    const Verdict own = solve(arrays, part.first, part.last);
+    const std::lock_guard lock(judging);
+    verdict.implausible = std::min(verdict.implausible, own.implausible);
+    verdict.unsettled = std::min(verdict.unsettled, own.unsettled);
+  });
   // A search that runs wild says more by its temperature than by its rounds.
   if (verdict.implausible < patches) report(log, iter, patch, state, verdict.implausible);
   if (verdict.unsettled == patches) return;

@@ -15,6 +15,7 @@
 #include <span>
 #include <string>
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "inputs/patch.hpp"
 #include "inputs/srfprp.hpp"
@@ -51,9 +52,9 @@ void note_air(frame::Log& log, const tsrf_module_data::Data& state);
 /// `skyvf` (share of the sky that a patch emits to), `Rl` and `Rs` (incident long-wave and
 /// short-wave [W/m2]) are per patch. A temperature outside kColdest to kHottest ends the run with
 /// a report of step `iter`, PID and terms; a search that does not settle stops it.
-void tsrf_therm1d(frame::Log& log, std::int64_t iter, const tsrf_module_patch::Data& patch,
-                  const tsrf_module_srfprp::Data& srfprp, std::span<const double> skyvf,
-                  std::span<const double> Rl, std::span<const double> Rs,
-                  tsrf_module_data::Data& state);
+void tsrf_therm1d(frame::Log& log, frame::Crew& crew, std::int64_t iter,
+                  const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Data& srfprp,
+                  std::span<const double> skyvf, std::span<const double> Rl,
+                  std::span<const double> Rs, tsrf_module_data::Data& state);
 
 }  // namespace tsrf_therm1d

@@ -1,0 +1,62 @@
+// The threads that a run shares its loops among.
+//
+// A crew is the calling thread and a fixed number of helpers, who sleep between loops. A loop over
+// the rows of a result is cut into stretches of a fixed length, which the hands take one after the
+// other as they get free; each row is formed by one hand alone, in the order in which one thread
+// would form it, so that results are the same bits for any number of hands. A loop of one stretch
+// stays on the caller: small districts never start a thread. Owned by the run; the kernels of the
+// surface model and of the flow receive it.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "frame/function_ref.hpp"
+
+namespace frame {
+
+class Log;
+
+class Crew {
+ public:
+  /// `hands` threads in all, the caller's among them. Helpers start with the first loop that needs
+  /// them.
+  explicit Crew(std::size_t hands = 1);
+  ~Crew();
+  Crew(const Crew&) = delete;
+  Crew& operator=(const Crew&) = delete;
+
+  [[nodiscard]] std::size_t hands() const { return hands_; }
+
+  /// Rows `first` up to, not including, `last` of a loop, and which hand has them, from 0: parts
+  /// that run at the same time have different hands.
+  struct Stretch {
+    std::size_t first;
+    std::size_t last;
+    std::size_t hand;
+  };
+  using Part = FunctionRef<void(Stretch)>;
+  /// Does `part` for stretches of `stretch` rows that together are 0 .. count-1, and returns when
+  /// all are done. What a part throws is thrown here, once no hand is at work any more. Parts run
+  /// at the same time: they write rows of their own and leave the log alone. No part may share
+  /// again.
+  void share(std::size_t count, std::size_t stretch, Part part);
+  /// The same for `one` row at a time.
+  template <class One>
+  void each(std::size_t count, std::size_t stretch, One&& one) {
+    share(count, stretch, [&](Stretch part) {
+      for (std::size_t row = part.first; row < part.last; ++row) one(row);
+    });
+  }
+
+ private:
+  class Helpers;
+  std::size_t hands_;
+  std::unique_ptr<Helpers> helpers_;
+};
+
+/// The number of hands that a run takes: what TOWNSKIN_THREADS says, else the processors that this
+/// process may use. A text that is no number from 1 to 1,024 ends the run.
+std::size_t hands_wanted(Log& log);
+
+}  // namespace frame
