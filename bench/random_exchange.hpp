@@ -51,7 +51,8 @@ struct RandomExchange {
     }
     absorptivity = {{{0.9, 0.5, 0.0}, {0.2, 0.7, 1.0}}};
     raddat.prd = {{0, groups - 1}, {1, groups / 2}};
-    raddat.view_factors = gatherer.take_table();
+    frame::Crew crew;
+    raddat.view_factors = gatherer.take_table(crew);
   }
 };
 

@@ -24,7 +24,7 @@ struct Step {
     raddat.settings.LCRADS = LCRADS;
     raddat.NPGID = n;
     raddat.pgx = {8, 7, 6, 5, 4, 3, 2, 1, 0};
-    raddat.view_factors = tsrf_module_raddat::ViewFactorGatherer(n).take_table();
+    raddat.view_factors = tsrf_module_raddat::ViewFactorGatherer(n).take_table(crew);
     srfprp.ems = {0.9};
     srfprp.alb = {0.2};
     state.isrf.assign(n, 0);

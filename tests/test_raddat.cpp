@@ -32,6 +32,7 @@ Outcome read_all(const Input& input) {
   Outcome out;
   RecordedLog recorded;
   frame::Log& log = recorded.log;
+  frame::Crew crew(3);
   frame::TextInput control("control", input.control), index("PatchIndex", input.index);
   frame::TextInput pairs("PgidPrd", input.pairs), factors("FormFactor", input.factors);
   const auto patch = patches_of(input.areas);
@@ -40,7 +41,7 @@ Outcome read_all(const Input& input) {
     inputdata(log, control, out.data);
     read_lf2fr(log, index, patch, out.data);
     read_pgidprd(log, pairs, out.data);
-    read_viewfactor(log, factors, patch, out.data, out.sky);
+    read_viewfactor(log, crew, factors, patch, out.data, out.sky);
     allocdata01(log, patch.mpatch, out.data);
     tsrf_set_rdata(log, patch, out.data, out.sky);
   });
@@ -58,6 +59,36 @@ TEST(ViewFactorData, SkyIsGivenOrWhatTheOthersLeave) {
   }
 }
 
+/// A file of several pieces; `odd` stands in its middle.
+std::string long_file(const std::string& first_rank, const std::string& odd) {
+  std::mt19937 random(3);
+  std::string text = "title\n";
+  constexpr int kLines = 70000;
+  for (int n = 0; n < kLines; ++n) {
+    if (n == kLines / 2) text += odd;
+    text += (n == 0 ? first_rank : "0") + " " + std::to_string(10 * (1 + random() % 2)) +
+            " 0 -30 " + std::to_string(1e-6 * static_cast<double>(random() % 13)) + " surplus\n";
+  }
+  return text;
+}
+
+TEST(ViewFactorData, PiecesOfTheFileHoldWhatItsRecordsHold) {
+  for (const std::string odd :
+       {"", "\n\n", "0 10 0 20 0.25\n, , , 10\n", "0\n20 0 10\n.125\n", "0 10 0 20 0.5 /\n",
+        "0 10 0 99 0.1\n", "0 10 0 20 x\n", "0 10 0 20 1.1\n", "0 10 0 0 0.1\n"}) {
+    const Outcome pieces = read_all({.factors = long_file("0", odd)});
+    const Outcome records = read_all({.factors = long_file("1*0", odd)});  // no plain line to begin
+    EXPECT_EQ(pieces.lines, records.lines);
+    EXPECT_EQ(pieces.sky, records.sky);
+    const auto& [first, entries] = pieces.data.view_factors;
+    EXPECT_EQ(first, records.data.view_factors.first);
+    EXPECT_TRUE(std::ranges::equal(
+        entries, records.data.view_factors.entries,
+        [](const auto& a, const auto& b) { return a.source == b.source && a.factor == b.factor; }));
+    EXPECT_GE(entries.size(), pieces.lines.empty() ? 70000U : 0U);
+  }
+}
+
 TEST(ViewFactorTable, KeepsTheOrderOfTheFileForEachDestination) {
   for (const std::int32_t groups : {1, 31, 33, 1000, 70000, 2200000}) {
     std::mt19937 random(7);
@@ -68,7 +99,8 @@ TEST(ViewFactorTable, KeepsTheOrderOfTheFileForEachDestination) {
       d = static_cast<std::int32_t>(random() % static_cast<unsigned>(groups));
       gatherer.add(k, d, static_cast<float>(k));
     }
-    const ViewFactors table = gatherer.take_table();
+    frame::Crew crew(3);
+    const ViewFactors table = gatherer.take_table(crew);
     ASSERT_EQ(table.entries.size(), destination.size());
     for (std::int32_t g = 0; g < groups; ++g) {
       std::int32_t last = -1;

@@ -31,7 +31,8 @@ TEST(Exchange, MultipleReflectionInAStreet) {
     for (std::int32_t n = 0; n < 16; ++n) {
       gatherer.add(n / 4, n % 4, static_cast<float>(F[static_cast<std::size_t>(n)]));
     }
-    raddat.view_factors = gatherer.take_table();
+    frame::Crew crew;
+    raddat.view_factors = gatherer.take_table(crew);
     const Reals emissivity{0.9, 0.7, 0.7, 1.0};
     const Reals emitted(4, 0.0);
     Reals J(4, 405.0);
@@ -39,7 +40,6 @@ TEST(Exchange, MultipleReflectionInAStreet) {
     const tsrf_module_radref::Band band{emissivity, emitted, J, G};
     tsrf_module_radref::Work work;
     work.prepare(raddat, 1);
-    frame::Crew crew;
     tsrf_cal_radref(crew, raddat, raddat.pgx, Reals{1, row.h, row.h, 1}, std::span(&band, 1), work);
     EXPECT_NEAR(G[0], row.road, 2e-7);
     EXPECT_NEAR(G[1], row.wall, 2e-7);

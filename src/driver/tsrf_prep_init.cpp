@@ -82,8 +82,8 @@ void read_exchange(Desk& desk, const Inputs& inputs, Surface& surface, Radiation
   tsrf_module_raddat::read_lf2fr(log, units.input(frame::kUnitPatchIndex), inputs.patch,
                                  radiation.raddat);
   tsrf_module_raddat::read_pgidprd(log, units.input(frame::kUnitPgidPrd), radiation.raddat);
-  tsrf_module_raddat::read_viewfactor(log, units.input(frame::kUnitFormFactor), inputs.patch,
-                                      radiation.raddat, surface.data.skyvf0);
+  tsrf_module_raddat::read_viewfactor(log, desk.crew, units.input(frame::kUnitFormFactor),
+                                      inputs.patch, radiation.raddat, surface.data.skyvf0);
   tsrf_module_raddat::allocdata01(log, surface.data.mpatch, radiation.raddat);
   tsrf_module_raddat::tsrf_set_rdata(log, inputs.patch, radiation.raddat, surface.data.skyvf0);
   // What has been parsed into tables is not needed as text any more.

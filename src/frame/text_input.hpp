@@ -136,6 +136,8 @@ class TextInput {
     at_ = first_ + place;
     released_ = mapping_;
   }
+  /// Goes on to a place further down, for readers who parse `content` themselves.
+  void pass(std::size_t place) { advance(first_ + place); }
   /// Passes over one line as it stands (a title); false when there is none.
   bool skip_line();
   /// Goes to the first line and passes over it, the title of a data file whose records have

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "frame/code_index.hpp"
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
 #include "inputs/patch.hpp"
@@ -69,8 +70,8 @@ void read_lf2fr(frame::Log& log, frame::TextInput& file, const tsrf_module_patch
 void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data);
 /// Reads the FormFactor file; `skyvf0` receives each patch's sky view factor. The last of the
 /// readers: it drops `pgmap`.
-void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
-                     Data& data, std::vector<double>& skyvf0);
+void read_viewfactor(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
+                     const tsrf_module_patch::Data& patch, Data& data, std::vector<double>& skyvf0);
 /// Takes the radiosity stores and the corrections, at their first values.
 void allocdata01(frame::Log& log, std::int32_t mpatch, Data& data);
 /// Sums of a value per patch over the patches of each group, in the order of patches.

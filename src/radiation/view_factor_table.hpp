@@ -2,9 +2,9 @@
 //
 // A file of view factors has tens of millions of lines and is read once. Its entries are held in
 // pages, a chain of pages for each span of destinations; when all are there the spans are sorted
-// into the table one after the other and their pages given back at once. So the largest memory
-// held is 1.25 times the table and one span more, and the entries of a destination keep the order
-// of the file. Used by read_viewfactor.
+// into the table, one a hand, and their pages given back at once. So the largest memory held
+// is 1.25 times the table and a span more for each hand, and the entries of a destination keep the
+// order of the file. Used by read_viewfactor.
 #pragma once
 
 #include <array>
@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "frame/crew.hpp"
 #include "frame/page_memory.hpp"
 #include "radiation/raddat.hpp"
 
@@ -32,7 +33,7 @@ class ViewFactorGatherer {
     ++counts_[d];
   }
   /// The table of all entries; the gatherer is empty afterwards.
-  ViewFactors take_table();
+  ViewFactors take_table(frame::Crew& crew);
 
  private:
   static constexpr std::size_t kPageEntries = 1 << 14;

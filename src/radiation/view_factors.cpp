@@ -3,13 +3,13 @@
 #include <span>
 
 #include "radiation/raddat.hpp"
+#include "radiation/view_factor_rows.hpp"
 #include "radiation/view_factor_table.hpp"
 
 namespace tsrf_module_raddat {
 
 namespace {
 
-constexpr double kGreatestFactor = 1.0001;  // some rounding in the file is tolerated
 constexpr double kGreatestSum = 1.01;
 constexpr std::int32_t kSky = 0;  // stands for the sky as second group
 
@@ -50,6 +50,16 @@ void take_sky(frame::Log& log, const Row& row, std::int64_t line, std::size_t gr
   groups.sky[group] = row.FormFct;
 }
 
+void take_pair(const Data& data, std::int32_t first, std::int32_t second, double factor,
+               Groups& groups, ViewFactorGatherer& table) {
+  if (data.settings.LVFSWP > 0) {
+    table.add(second, first, static_cast<float>(factor));
+  } else {
+    table.add(first, second, static_cast<float>(factor));
+  }
+  groups.sum[static_cast<std::size_t>(first)] += factor;
+}
+
 void take_row(frame::Log& log, const Data& data, Row row, std::int64_t line, Groups& groups,
               ViewFactorGatherer& table) {
   if (row.FormFct < 0.0 || row.FormFct > kGreatestFactor) {
@@ -63,23 +73,44 @@ void take_row(frame::Log& log, const Data& data, Row row, std::int64_t line, Gro
     return;
   }
   const std::int32_t second = group_of(log, data, row.DstPgID, "DstPgID of FormFactor data =");
-  const auto factor = static_cast<float>(row.FormFct);
-  if (data.settings.LVFSWP > 0) {
-    table.add(second, first, factor);
-  } else {
-    table.add(first, second, factor);
-  }
-  groups.sum[g] += row.FormFct;
+  take_pair(data, first, second, row.FormFct, groups, table);
 }
 
-void take_rows(frame::Log& log, frame::TextInput& file, const Data& data, Groups& groups,
-               ViewFactorGatherer& table) {
+/// What the lines that need no further look bring; their number.
+std::int64_t take_plain(frame::Crew& crew, frame::TextInput& file, const Data& data, Groups& groups,
+                        ViewFactorGatherer& table) {
+  std::int64_t line = 0;
+  take_plain_rows(crew, file, data, [&](const PlainRow& row) {
+    const auto g = static_cast<std::size_t>(row.first);
+    if (row.second != kSkyGroup) {
+      take_pair(data, row.first, row.second, row.factor, groups, table);
+    } else if (groups.sky_line[g] != 0) {
+      return false;
+    } else {
+      groups.sky_line[g] = line + 1;
+      groups.sky[g] = row.factor;
+    }
+    ++line;
+    return true;
+  });
+  return line;
+}
+
+void take_rows(frame::Log& log, frame::Crew& crew, frame::TextInput& file, const Data& data,
+               Groups& groups, ViewFactorGatherer& table) {
   file.pass_title(log, 5);
   Row row;
-  std::int64_t line = 0;
+  const auto read = [&] {
+    return file.read(row.first_rank, row.SrcPgID, row.second_rank, row.DstPgID, row.FormFct);
+  };
+  std::int64_t line = take_plain(crew, file, data, groups, table);
+  if (line > 0 && file.tell() < file.content().size()) {
+    // A field that is left out keeps the value of the line before.
+    file.seek(file.content().rfind('\n', file.tell() - 2) + 1);
+    read();
+  }
   for (;;) {
-    const auto status =
-        file.read(row.first_rank, row.SrcPgID, row.second_rank, row.DstPgID, row.FormFct);
+    const auto status = read();
     if (status == frame::ReadStatus::end) break;
     if (status == frame::ReadStatus::error) {
       log.read_error(file, "### read error : FormFactor data");
@@ -136,16 +167,17 @@ std::vector<double> group_sums(const Data& data, std::span<const double> values)
   return sums;
 }
 
-void read_viewfactor(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
-                     Data& data, std::vector<double>& skyvf0) {
+void read_viewfactor(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
+                     const tsrf_module_patch::Data& patch, Data& data,
+                     std::vector<double>& skyvf0) {
   const frame::Tag tag(log, "(tsrf_module_raddat)(read_viewfactor)");
   frame::allocating(log, "view factors", frame::bytes_of<char>(file.content().size()), [&] {
     Groups groups(static_cast<std::size_t>(data.NPGID));
     {
       ViewFactorGatherer table(data.NPGID);
       data.view_factors = {};
-      take_rows(log, file, data, groups, table);
-      data.view_factors = table.take_table();
+      take_rows(log, crew, file, data, groups, table);
+      data.view_factors = table.take_table(crew);
     }
     if (data.settings.LVFSKY > 0) {
       check_given_sky(log, data, groups);
