@@ -64,7 +64,7 @@ TEST(Conduction, HasTheBitsOfThePlainForm) {
       }
     }
     sample::District plain = fast;
-    frame::Crew crew(1 + seed % 4);
+    frame::Crew crew({1 + seed % 4});
     solid1d::Work work;
     solid1d::set_columns(recorded.log, fast.state, heated, work);
     for (const double dt : {1.0, 300.0, 300.0, 36000.0, 300.0}) {

@@ -15,7 +15,7 @@ using frame::Crew;
 
 TEST(Crew, DoesEveryRowOnce) {
   for (const std::size_t hands : {1U, 2U, 3U, 7U}) {
-    Crew crew(hands);
+    Crew crew({hands});
     for (std::size_t loop = 0; loop < 3000; ++loop) {
       std::vector<int> rows(loop % 50);
       std::vector<int> hand(hands);
@@ -30,7 +30,7 @@ TEST(Crew, DoesEveryRowOnce) {
 }
 
 TEST(Crew, GivesOnWhatAPartThrowsAndGoesOn) {
-  Crew crew(3);
+  Crew crew({3});
   for (int loop = 0; loop < 100; ++loop) {
     EXPECT_THROW(crew.each(64, 1,
                            [&](std::size_t row) {
@@ -45,7 +45,7 @@ TEST(Crew, GivesOnWhatAPartThrowsAndGoesOn) {
 
 TEST(Crew, HandsHaveTheArithmeticOfTheCaller) {
   const frame::FlushDenormals mode;
-  Crew crew(4);
+  Crew crew({4});
   const volatile double least = 1e-308;
   for (int loop = 0; loop < 20; ++loop) {
     std::vector<double> halves(4000, 1.0);
@@ -59,7 +59,7 @@ TEST(Crew, TakesTheHandsThatTheUserWants) {
     ::setenv("TOWNSKIN_THREADS", text, 1);
     RecordedLog recorded;
     std::size_t hands = 0;
-    std::string lines = recorded.lines_of([&] { hands = frame::hands_wanted(recorded.log); });
+    std::string lines = recorded.lines_of([&] { hands = frame::hands_wanted(recorded.log).count; });
     ::unsetenv("TOWNSKIN_THREADS");
     return lines + std::to_string(hands);
   };

@@ -15,7 +15,7 @@ namespace {
 using tsrf_therm1d::tsrf_therm1d;
 
 std::string run(sample::District& d, std::size_t hands = 1) {
-  frame::Crew crew(hands);
+  frame::Crew crew({hands});
   RecordedLog recorded;
   return recorded.lines_of([&] {
     const auto patch = patches_of(std::vector<double>(d.Rl.size(), 1.0));

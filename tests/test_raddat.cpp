@@ -32,7 +32,7 @@ Outcome read_all(const Input& input) {
   Outcome out;
   RecordedLog recorded;
   frame::Log& log = recorded.log;
-  frame::Crew crew(3);
+  frame::Crew crew({3});
   frame::TextInput control("control", input.control), index("PatchIndex", input.index);
   frame::TextInput pairs("PgidPrd", input.pairs), factors("FormFactor", input.factors);
   const auto patch = patches_of(input.areas);
@@ -99,7 +99,7 @@ TEST(ViewFactorTable, KeepsTheOrderOfTheFileForEachDestination) {
       d = static_cast<std::int32_t>(random() % static_cast<unsigned>(groups));
       gatherer.add(k, d, static_cast<float>(k));
     }
-    frame::Crew crew(3);
+    frame::Crew crew({3});
     const ViewFactors table = gatherer.take_table(crew);
     ASSERT_EQ(table.entries.size(), destination.size());
     for (std::int32_t g = 0; g < groups; ++g) {

@@ -53,7 +53,7 @@ TEST(Exchange, EqualsItsPlainFormToTheLastBit) {
     const RandomExchange exchange(groups, factors, patches);
     tsrf_module_radref::Work work;
     for (const std::size_t bands : {1U, 2U}) work.prepare(exchange.raddat, bands);
-    frame::Crew one, three(3);
+    frame::Crew one, three({3});
     ExchangeState plain(exchange), together(exchange), apart(exchange);
     for (int step = 0; step < 2; ++step) {  // the second step starts from the first one's J
       plain.solve_plain(exchange);

@@ -19,7 +19,7 @@ namespace frame {
 
 namespace {
 
-constexpr std::int32_t kMostHands = 1024;
+constexpr std::int32_t kMost = 1024;
 /// Looks at the gate, of some 10 microseconds in all, before a helper lies down: loops follow each
 /// other closely within a step, and waking one takes longer.
 constexpr int kLooks = 200;
@@ -30,6 +30,17 @@ void pause_briefly() {
 #elif defined(__aarch64__)
   asm volatile("yield");
 #endif
+}
+
+void set_from_environment(Log& log, const char* variable, std::size_t& value) {
+  const char* const text = std::getenv(variable);
+  if (text == nullptr || *text == '\0') return;
+  std::int32_t number = 0;
+  if (!parse_number(std::string_view(text), number) || number < 1 || number > kMost) {
+    log.fail("### error : environment variable", items(variable, "=", text),
+             items("it must be >= 1 and <=", kMost));
+  }
+  value = static_cast<std::size_t>(number);
 }
 
 }  // namespace
@@ -140,34 +151,32 @@ class Crew::Helpers {
   std::vector<std::thread> threads_;
 };
 
-Crew::Crew(std::size_t hands)
-    : hands_(std::clamp<std::size_t>(hands, 1, static_cast<std::size_t>(kMostHands))) {}
+Crew::Crew(Hands hands)
+    : hands_{std::clamp<std::size_t>(hands.count, 1, kMost),
+             std::max<std::size_t>(hands.finer, 1)} {}
 
 Crew::~Crew() = default;
 
 void Crew::share(std::size_t count, std::size_t stretch, Part part) {
   if (count == 0) return;
-  if (hands_ == 1 || count <= stretch) {
+  stretch = std::max<std::size_t>(stretch / hands_.finer, 1);
+  if (hands_.count == 1 || count <= stretch) {
     part({0, count, 0});
     return;
   }
-  if (!helpers_) helpers_ = std::make_unique<Helpers>(hands_ - 1);
+  if (!helpers_) helpers_ = std::make_unique<Helpers>(hands_.count - 1);
   helpers_->share(count, stretch, part);
 }
 
-std::size_t hands_wanted(Log& log) {
-  constexpr const char* kVariable = "TOWNSKIN_THREADS";
-  if (const char* const text = std::getenv(kVariable); text != nullptr && *text != '\0') {
-    std::int32_t hands = 0;
-    if (!parse_number(std::string_view(text), hands) || hands < 1 || hands > kMostHands) {
-      log.fail("### error : environment variable", items(kVariable, "=", text),
-               items("it must be >= 1 and <=", kMostHands));
-    }
-    return static_cast<std::size_t>(hands);
-  }
+Hands hands_wanted(Log& log) {
+  Hands hands;
   cpu_set_t processors;
-  if (::sched_getaffinity(0, sizeof processors, &processors) != 0) return 1;
-  return static_cast<std::size_t>(std::max(1, CPU_COUNT(&processors)));
+  if (::sched_getaffinity(0, sizeof processors, &processors) == 0) {
+    hands.count = static_cast<std::size_t>(std::max(1, CPU_COUNT(&processors)));
+  }
+  set_from_environment(log, "TOWNSKIN_THREADS", hands.count);
+  set_from_environment(log, "TOWNSKIN_FINER", hands.finer);
+  return hands;
 }
 
 }  // namespace frame

@@ -17,16 +17,21 @@ namespace frame {
 
 class Log;
 
+/// How a crew works.
+struct Hands {
+  std::size_t count = 1;  ///< threads in all, the caller's among them
+  std::size_t finer = 1;  ///< stretches are this many times shorter, for tests on small districts
+};
+
 class Crew {
  public:
-  /// `hands` threads in all, the caller's among them. Helpers start with the first loop that needs
-  /// them.
-  explicit Crew(std::size_t hands = 1);
+  /// Helpers start with the first loop that needs them.
+  explicit Crew(Hands hands = {});
   ~Crew();
   Crew(const Crew&) = delete;
   Crew& operator=(const Crew&) = delete;
 
-  [[nodiscard]] std::size_t hands() const { return hands_; }
+  [[nodiscard]] std::size_t hands() const { return hands_.count; }
 
   /// Rows `first` up to, not including, `last` of a loop, and which hand has them, from 0: parts
   /// that run at the same time have different hands.
@@ -51,12 +56,13 @@ class Crew {
 
  private:
   class Helpers;
-  std::size_t hands_;
+  Hands hands_;
   std::unique_ptr<Helpers> helpers_;
 };
 
-/// The number of hands that a run takes: what TOWNSKIN_THREADS says, else the processors that this
-/// process may use. A text that is no number from 1 to 1,024 ends the run.
-std::size_t hands_wanted(Log& log);
+/// The hands that a run takes: as many as TOWNSKIN_THREADS says, else as the processors that this
+/// process may use, with stretches as much finer as TOWNSKIN_FINER says. A text that is no number
+/// from 1 to 1,024 ends the run.
+Hands hands_wanted(Log& log);
 
 }  // namespace frame
