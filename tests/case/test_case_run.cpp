@@ -26,6 +26,7 @@ struct Parts {
     epw = read_epw(folder.path("a.epw"), report);
     days = choose_days(epw, choice);
     weather = weather_lines(days, epw.has_direct, epw.has_infrared);
+    flow = flow_setup(site, scene, days, report);
     sun = sun_members({epw.latitude, epw.longitude, epw.zone}, days);
     stock = furnish(
         city, read_library(shipped_library("constructions.toml"), shipped_library("uses.toml")),
@@ -38,7 +39,7 @@ struct Parts {
     sunlit.fraction = sunlit_fractions(scene, ray_scene, suns, {});
   }
   [[nodiscard]] RunData run() const {
-    return {site, city, scene, stock, factors, sunlit, days, weather, sun};
+    return {site, city, scene, stock, factors, sunlit, days, weather, sun, flow};
   }
 
   Report report;
@@ -49,6 +50,7 @@ struct Parts {
   Days days;
   std::vector<WeatherLine> weather;
   SunMembers sun;
+  FlowSetup flow;
   Stock stock;
   ViewFactors factors;
   Sunlit sunlit;

@@ -109,12 +109,13 @@ void make_case(const Options& options, const Cut& cut, Report& report, const Voi
   const SunMembers sun = sun_members(place_of(city, site, epw, report), days);
   Scene scene = cut(city, site, report);
   const Stock stock = furnish(city, library, site, scene, report);
+  const FlowSetup flow = flow_setup(site, scene, days, report);
   const RayScene ray_scene(scene);
   const ViewFactors factors = follow_rays(site, scene, ray_scene, voices);
   const Sunlit sunlit = follow_sun(site, scene, ray_scene, sun_hours(sun, days), voices);
   const std::vector<WeatherLine> weather = weather_lines(days, epw.has_direct, epw.has_infrared);
 
-  const RunData run{site, city, scene, stock, factors, sunlit, days, weather, sun};
+  const RunData run{site, city, scene, stock, factors, sunlit, days, weather, sun, flow};
   RunDirectory directory(options.output, options.force);
   write_run(run, directory.path());
   const std::vector<std::string> summary = summary_of(run, try_run(run, directory.path()));

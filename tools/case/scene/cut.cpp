@@ -4,6 +4,7 @@
 #include "scene/grid.hpp"
 #include "scene/ground.hpp"
 #include "scene/groups.hpp"
+#include "scene/open_air.hpp"
 
 namespace townskin_case {
 
@@ -49,10 +50,12 @@ Scene cut_city(const City& city, const Site& site, Report& report) {
   Scene scene;
   scene.grid = make_grid(city, site.grid);
   const std::vector<CutFace> faces = cut_faces(city, scene.grid);
-  const Porous porous = open_fractions(scene.grid, faces);
+  Porous porous = open_fractions(scene.grid, faces);
+  close_pockets(porous);
   scene.porous = porous_cells(porous);
   add_buildings(faces, porous, site.grid.sliver, scene);
   add_ground(city, site.ground.fallback, site.grid.sliver, scene);
+  for (Group& group : scene.groups) group.cell = open_cell(porous, group.cell);
   const Leaves leaves = spread_leaves(city, scene.grid, porous, site.grid.tree_division);
   if (leaves.cut > 0) {
     report.warning(std::to_string(leaves.cut) +
