@@ -1,7 +1,8 @@
-// The air around the city for townskin_flow: a grid that reaches far enough, and the wind that comes.
+// The air around the city for townskin_flow: a grid that reaches far enough, and the wind that
+// comes.
 //
-// Made once for a run; the writers of Grid, Porous and control, which both programs read, and of the
-// flow's own files take it from here.
+// Made once for a run; the writers of Grid, Porous and control, which both programs read, and of
+// the flow's own files take it from here.
 #pragma once
 
 #include "report.hpp"

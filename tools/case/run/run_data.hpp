@@ -5,7 +5,6 @@
 #include "library/furnish.hpp"
 #include "rays/view_factors.hpp"
 #include "run/flow_setup.hpp"
-#include "scene/open_air.hpp"
 #include "scene/scene.hpp"
 #include "site/site.hpp"
 #include "weather/days.hpp"
@@ -54,6 +53,7 @@ inline constexpr const char* kGeometry = "geometry.txt";  ///< beside the 26
 inline constexpr const char* kFlowControl = "flow_control.txt";
 inline constexpr const char* kFlowBoundary = "flow_boundary.txt";
 inline constexpr const char* kFlowRestart = "flow_restart.dat";
+inline constexpr const char* kFlowPorous = "flow_Porous.txt";
 inline constexpr const char* kFlowLad = "flow_LAD.txt";
 }  // namespace file
 

@@ -1,5 +1,5 @@
-// The files that are townskin_flow's alone: flow_file_name, control, boundary and LAD. Grid and
-// Porous it has in common with the surface model, whose results it reads.
+// The files that are townskin_flow's alone: flow_file_name, control, boundary and LAD. The Grid
+// it has in common with the surface model, whose results it reads.
 #include <cmath>
 #include <map>
 
@@ -32,7 +32,7 @@ void write_names(const RunData& run, const RunFolder& folder) {
   for (const std::string& name :
        {std::string(file::kFlowControl), std::string(file::kGrid), std::string(file::kFlowBoundary),
         std::string(), std::string(file::kFlowRestart), std::string(), std::string(),
-        std::string(file::kPorous), of_month + "SurfTemp.txt",
+        run.scene.air.empty() ? "" : std::string(file::kFlowPorous), of_month + "SurfTemp.txt",
         has_buildings(run) ? of_month + "BldLoad.txt" : "", std::string(file::kFlowLad)}) {
     out.line(name);
   }
@@ -62,7 +62,7 @@ void write_flow_control(const RunData& run, const RunFolder& folder) {
       "1 1 1\n"
       "-1 1 1\n"
       "0.333333333333 0.333333333333 0.333333333333 0.333333333333\n"
-      "500 1.0e-5 0.95\n"
+      "500 1.0e-5 0.\n"  // the plain factor stands cells of any shape
       "200 1.0e-6\n"
       "2\n");
   out.line(dry, vapour);
@@ -84,9 +84,9 @@ void write_flow_control(const RunData& run, const RunFolder& folder) {
       "0\n"
       "0 0. 1.e-20\n"
       "1 1 1\n"
-      "1 1 0\n");
-  out.line("0.1", kClosedFace);
-  out.line("&VFRAC\n LVFRAC =", run.scene.porous.empty() ? 0 : 1, "\n/");
+      "1 1 0\n"
+      "0. 0.\n");
+  out.line("&VFRAC\n LVFRAC =", run.scene.air.empty() ? 0 : 1, "\n/");
   out.line("&KPC_DATA\n TIME0 =", flow_start(run), "\n/");
   out.line("&DUMMYGRID\n NXF =", flow.before[0], ", NYF =", flow.before[1],
            ", NXB =", flow.behind[0], ", NYB =", flow.behind[1], "\n/");

@@ -22,11 +22,12 @@ PatchKind kind_of(const RunData& run, const Patch& patch) {
   return run.scene.groups[static_cast<std::size_t>(patch.group)].kind;
 }
 
-void write_porous(const RunData& run, const RunFolder& folder) {
-  TextFile out(folder.path(file::kPorous));
-  for (const PorousCell& cell : run.scene.porous) {
+void write_porous(const FlowSetup& flow, const std::vector<PorousCell>& cells,
+                  const std::string& path) {
+  TextFile out(path);
+  for (const PorousCell& cell : cells) {
     for (std::size_t a = 0; a < 3; ++a) {
-      const std::int32_t before = a < 2 ? run.flow.before[a] : 0;
+      const std::int32_t before = a < 2 ? flow.before[a] : 0;
       out.put(std::int64_t{cell.cell[a] + before}).put(" ");
     }
     out.share(cell.volume, 6);
@@ -50,7 +51,8 @@ void write_grid(const RunData& run, const RunFolder& folder) {
     out.end_line();
   }
   out.close();
-  write_porous(run, folder);
+  write_porous(run.flow, run.scene.porous, folder.path(file::kPorous));
+  write_porous(run.flow, run.scene.air, folder.path(file::kFlowPorous));
 }
 
 void write_patches(const RunData& run, const RunFolder& folder) {

@@ -50,12 +50,13 @@ Scene cut_city(const City& city, const Site& site, Report& report) {
   Scene scene;
   scene.grid = make_grid(city, site.grid);
   const std::vector<CutFace> faces = cut_faces(city, scene.grid);
-  Porous porous = open_fractions(scene.grid, faces);
-  close_pockets(porous);
+  const Porous porous = open_fractions(scene.grid, faces);
+  const Porous air = open_air(porous);
   scene.porous = porous_cells(porous);
-  add_buildings(faces, porous, site.grid.sliver, scene);
+  scene.air = porous_cells(air);
+  add_buildings(faces, air, site.grid.sliver, scene);
   add_ground(city, site.ground.fallback, site.grid.sliver, scene);
-  for (Group& group : scene.groups) group.cell = open_cell(porous, group.cell);
+  for (Group& group : scene.groups) group.cell = air_above(air, group.cell);
   const Leaves leaves = spread_leaves(city, scene.grid, porous, site.grid.tree_division);
   if (leaves.cut > 0) {
     report.warning(std::to_string(leaves.cut) +

@@ -1,10 +1,14 @@
 #include "scene/open_air.hpp"
 
+#include <algorithm>
+
 namespace townskin_case {
 
 namespace {
 
 using Cell = std::array<std::int32_t, 3>;
+constexpr std::size_t kSides = 6;  // west, east, south, north, below, above
+constexpr std::size_t kBelow = 4;
 
 /// Calls `use(cell)` for all cells, i fastest.
 template <class Use>
@@ -17,71 +21,84 @@ void for_cells(const Porous& porous, Use&& use) {
   }
 }
 
-/// The cell behind a side (0 to 5: west, east, south, north, below, above).
 Cell behind(Cell cell, std::size_t side) {
   cell[side / 2] += side % 2 == 0 ? -1 : 1;
   return cell;
 }
 
-/// Marks what the air of the outermost cells reaches.
-std::vector<char> reached_from_outside(const Porous& porous) {
-  std::vector<char> reached(porous.volume.size());
+void close(const Cell& cell, Porous& air) {
+  air.volume[air.at(cell)] = 0.0;
+  for (std::size_t side = 0; side < kSides; ++side) {
+    air.face[side / 2][side % 2][air.at(cell)] = 0.0;
+    const Cell other = behind(cell, side);
+    if (air.has(other)) air.face[side / 2][1 - side % 2][air.at(other)] = 0.0;
+  }
+}
+
+void close_narrow(Porous& air) {
+  for_cells(air, [&](const Cell& cell) {
+    if (air.volume[air.at(cell)] < kClosedVolume) close(cell, air);
+  });
+  for (auto& axis : air.face) {
+    for (std::vector<double>& faces : axis) {
+      std::ranges::replace_if(
+          faces, [](double face) { return face < kClosedFace; }, 0.0);
+    }
+  }
+}
+
+/// Marks what the air around and above the district reaches.
+std::vector<char> reached_from_outside(const Porous& air) {
+  std::vector<char> reached(air.volume.size());
   std::vector<Cell> next;
   const auto enter = [&](const Cell& cell) {
-    char& mark = reached[porous.at(cell)];
-    if (mark != 0 || porous.volume[porous.at(cell)] == 0.0) return;
+    char& mark = reached[air.at(cell)];
+    if (mark == 0) next.push_back(cell);
     mark = 1;
-    next.push_back(cell);
   };
-  for_cells(porous, [&](const Cell& cell) {
-    for (std::size_t side = 0; side < 6; ++side) {
-      const double face = porous.face[side / 2][side % 2][porous.at(cell)];
-      const bool of_ground = side == 4;
-      if (!of_ground && face >= kClosedFace && !porous.has(behind(cell, side))) enter(cell);
+  const auto open = [&](const Cell& cell, std::size_t side) {
+    return air.face[side / 2][side % 2][air.at(cell)] > 0.0;
+  };
+  for_cells(air, [&](const Cell& cell) {
+    for (std::size_t side = 0; side < kSides; ++side) {
+      if (side != kBelow && open(cell, side) && !air.has(behind(cell, side))) enter(cell);
     }
   });
   while (!next.empty()) {
     const Cell cell = next.back();
     next.pop_back();
-    for (std::size_t side = 0; side < 6; ++side) {
-      const Cell other = behind(cell, side);
-      if (!porous.has(other)) continue;
-      if (porous.face[side / 2][side % 2][porous.at(cell)] >= kClosedFace) enter(other);
+    for (std::size_t side = 0; side < kSides; ++side) {
+      if (air.has(behind(cell, side)) && open(cell, side)) enter(behind(cell, side));
     }
   }
   return reached;
 }
 
-bool open_or_beside(const Porous& porous, const Cell& cell) {
-  const auto open = [&](const Cell& one) {
-    return porous.has(one) && porous.volume[porous.at(one)] > 0.0;
-  };
-  bool any = open(cell);
-  for (std::size_t side = 0; side < 6; ++side) any = any || open(behind(cell, side));
-  return any;
+/// A cell that is less open than its faces would drive what passes through it.
+void widen(const Cell& cell, Porous& air) {
+  double faces = 0.0;
+  for (const auto& axis : air.face) {
+    for (const std::vector<double>& end : axis) faces += end[air.at(cell)];
+  }
+  double& volume = air.volume[air.at(cell)];
+  volume = std::max(volume, faces / static_cast<double>(kSides));
 }
 
 }  // namespace
 
-std::size_t close_pockets(Porous& porous) {
-  const std::vector<char> reached = reached_from_outside(porous);
-  std::size_t closed = 0;
-  for_cells(porous, [&](const Cell& cell) {
-    const std::size_t at = porous.at(cell);
-    if (reached[at] != 0) return;
-    closed += porous.volume[at] > 0.0 ? 1 : 0;
-    porous.volume[at] = 0.0;
-    for (std::size_t side = 0; side < 6; ++side) {
-      porous.face[side / 2][side % 2][at] = 0.0;
-      const Cell other = behind(cell, side);
-      if (porous.has(other)) porous.face[side / 2][1 - side % 2][porous.at(other)] = 0.0;
-    }
+Porous open_air(const Porous& porous) {
+  Porous air = porous;
+  close_narrow(air);
+  const std::vector<char> reached = reached_from_outside(air);
+  for_cells(air, [&](const Cell& cell) {
+    if (reached[air.at(cell)] == 0) close(cell, air);
   });
-  return closed;
+  for_cells(air, [&](const Cell& cell) { widen(cell, air); });
+  return air;
 }
 
-Cell open_cell(const Porous& porous, Cell cell) {
-  while (porous.has(cell) && !open_or_beside(porous, cell)) ++cell[2];
+Cell air_above(const Porous& air, Cell cell) {
+  while (air.has(cell) && air.volume[air.at(cell)] == 0.0) ++cell[2];
   return cell;
 }
 

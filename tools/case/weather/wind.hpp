@@ -9,9 +9,9 @@ namespace townskin_case {
 
 /// Wind and air of the weather station.
 struct Station {
-  int month = 0;            ///< of dates: the one whose mean it is
-  double speed = 0.0;       ///< [m/s]
-  double direction = -1.0;  ///< where it comes from, from north over east [degree]; -1: not told
+  int month = 0;             ///< of dates: the one whose mean it is
+  double speed = 0.0;        ///< [m/s]
+  double direction = -1.0;   ///< where it comes from, from north over east [degree]; -1: not told
   double temperature = 0.0;  ///< [K]
   double vapour = 0.0;       ///< mass of water in the air [kg/kg]
   double pressure = 0.0;     ///< [Pa]
