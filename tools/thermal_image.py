@@ -160,11 +160,10 @@ def main():
     slopes = {int(row[0]): [number(v) for v in row[5:8]]
               for kind in ("Patch", "TreePatch") for row in rows(run.path(kind))}
     cells = cells_of(run, image, seen_from_above(run, kinds, slopes))
-    of_kind = {}
-    for cell, pids in cells.items():
-        for kind in KINDS:
-            if sum(kinds[pid] == kind for pid in pids) >= SHARE * len(pids):
-                of_kind.setdefault(kind, []).append(cell)
+    of_kind = {kind: [cell for cell, pids in cells.items()
+                      if sum(kinds[pid] == kind for pid in pids) >= SHARE * len(pids)]
+               for kind in KINDS}
+    of_kind = {kind: members for kind, members in of_kind.items() if members}
     of_kind["all"] = list(cells)
     print("deg C: mean and spread here, mean and spread in the image, correlation\n")
     print("hour |" + "|".join(f"{f'{kind}, {len(of_kind[kind])} cells':^37}" for kind in of_kind))

@@ -205,4 +205,27 @@ TEST(CaseFiles, DirectoryTakesItsNameAtTheEnd) {
   EXPECT_EQ(folder.content("run/thesis.txt"), "mine");
 }
 
+TEST(CaseFiles, LeftoversOfAKilledRunGoAndOthersStay) {
+  const TempFolder folder;
+  const std::string target = folder.path("run");
+  for (const char* name :
+       {"run.unfinished_aaaaaa/.grows", "run.unfinished_bbbbbb/mine", "run.unfinished_long/.grows",
+        "other.unfinished_aaaaaa/.grows", "run.replaced_aaaaaa/file_name"}) {
+    TextFile(folder.path(name)).close();
+  }
+  const RunDirectory growing(target, false);
+  Report report;
+  RunDirectory::tidy(target + "/", report);
+  EXPECT_FALSE(std::filesystem::exists(folder.path("run.unfinished_aaaaaa")));
+  for (const std::string& name :
+       {folder.path("run.unfinished_bbbbbb/mine"), folder.path("run.unfinished_long/.grows"),
+        folder.path("other.unfinished_aaaaaa/.grows"), folder.path("run.replaced_aaaaaa/file_name"),
+        growing.path() + "/.grows"}) {
+    EXPECT_TRUE(std::filesystem::exists(name)) << name;
+  }
+  ASSERT_EQ(report.lines().size(), 2U);
+  EXPECT_NE(report.lines()[0].find("run.unfinished_aaaaaa, left by a run"), std::string::npos);
+  EXPECT_NE(report.lines()[1].find("run.replaced_aaaaaa is an older run"), std::string::npos);
+}
+
 }  // namespace

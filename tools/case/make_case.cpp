@@ -101,6 +101,7 @@ void write_log(const std::string& path, const Report& report,
 void make_case(const Options& options, const Cut& cut, Report& report, const Voices& voices) {
   const Site& site = options.site;
   RunDirectory::check_target(options.output, options.force);
+  RunDirectory::tidy(options.output, report);
   const Library library = library_of(site);
   const Epw epw = read_epw(site.weather, report);
   const Days days = choose_days(epw, site.run.days);
