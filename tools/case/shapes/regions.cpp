@@ -28,7 +28,8 @@ Leftover::Leftover(const Polygon2& whole, const std::vector<Polygon2>& covered) 
 
 Region Leftover::take(const Polygon2& wanted) {
   const Geos::Shape shape = geos_.polygon(rings_of(wanted));
-  // The overlay looks at what lies near the shape alone; asking first whether both meet takes longer.
+  // The overlay looks at what lies near the shape alone; asking first whether both meet takes
+  // longer.
   const Geos::Shape taken =
       geos_.own(GEOSIntersection_r(geos_.context(), left_.get(), shape.get()));
   Region region = geos_.polygons(taken.get());
