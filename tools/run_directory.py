@@ -23,6 +23,11 @@ def number(field):
     return float(field.upper().replace("D", "E"))
 
 
+def brightness(radiosity):
+    """Temperature [deg C] of a black body of this long-wave radiosity [W/m2]."""
+    return (radiosity / 5.6704e-8) ** 0.25 - 273.15
+
+
 class RunDirectory:
     def __init__(self, folder):
         self.folder = Path(folder)
@@ -70,6 +75,11 @@ class RunDirectory:
             name = "wall" if up < 0.5 else "road" if low else "roof"
             kinds[int(pid)] = (named.get(int(kind), name), area)
         return kinds
+
+    def crowns(self):
+        """PID -> ("crown", area) of the faces of crowns. They have no temperature of their own (the
+        results show what they began with): their radiosity tells it."""
+        return {int(row[0]): ("crown", number(row[4])) for row in rows(self.path("TreePatch"))}
 
     def sun(self, month):
         """hour -> mean (direct, scattered, long-wave), and the (month, day)s that it covers."""

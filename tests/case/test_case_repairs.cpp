@@ -160,18 +160,19 @@ TEST(CaseRepairs, OneWarningCountsTheDefaults) {
 struct TreeCase {
   const char* properties;
   double height, base, radius, density;
+  const char* told = "";
 };
 
 TEST(CaseRepairs, TreesFromWhatIsThere) {
   const std::vector<TreeCase> cases = {
       {R"("height":10,"crown_base":2,"crown_radius":4,"leaf_area_density":1.5)", 10, 2, 4, 1.5},
       {R"("height":"10 m","crown_diameter":"8")", 10, 2.5, 4, 0.8},
-      {R"("height":10)", 10, 2.5, 3, 0.8},
-      {R"("crown_radius":3)", 10, 2.5, 3, 0.8},
+      {R"("height":10)", 10, 2.5, 3, 0.8, "tree's crown taken from its height"},
+      {R"("crown_radius":3)", 10, 2.5, 3, 0.8, "tree's height taken from its crown"},
       {R"("crown_area":28.274333882308138)", 10, 2.5, 3, 0.8},
-      {R"("height":10,"crown_base":12)", 10, 2.5, 3, 0.8},
+      {R"("height":10,"crown_base":12)", 10, 2.5, 3, 0.8, "crown base above the top set aside"},
       {R"("H":10)", 10, 2.5, 3, 0.8},
-      {R"("height":"unknown")", 8, 2, 2.4, 0.8},
+      {R"("height":"unknown")", 8, 2, 2.4, 0.8, "tree's default size taken"},
   };
   for (const TreeCase& c : cases) {
     SCOPED_TRACE(c.properties);
@@ -192,6 +193,9 @@ TEST(CaseRepairs, TreesFromWhatIsThere) {
     EXPECT_NEAR(tree.leaf_area, c.density, 1e-9);
     EXPECT_NEAR(tree.foot.x, 10.0, 1e-9);  // the centre is that of the one building
     EXPECT_NEAR(tree.foot.y, 0.0, 1e-9);
+    if (*c.told != 0) {
+      EXPECT_EQ(report.count(c.told), 1U);
+    }
   }
 }
 
@@ -233,7 +237,28 @@ TEST(CaseRepairs, ModelsAreSetRight) {
   buried.replace(buried.find("[[[0,3,2,1]]"), 12, "[[[0,3,2,1]],[[10,11,12]]");
   buried.replace(buried.find("[0,1,1"), 6, "[0,2,1,1");
   buried.replace(buried.rfind("]}"), 2, ",[0,0,-2000],[1000,0,-2000],[0,0,0]]}");
+  std::string sliver = city_model({{.floor = true}});
+  sliver.replace(sliver.find("[[[0,3,2,1]]"), 12, "[[[0,3,2,1]],[[4,5,4]]");
+  sliver.replace(sliver.find("[0,1,1"), 6, "[0,2,1,1");
+  std::string roofless = city_model({{}});
+  roofless.replace(roofless.find("[[4,5,9,8]],[[7,8,9,6]],"), 24, "");
+  roofless.replace(roofless.find("[0,1,1,"), 7, "[0,");
+  // The foot of the southern wall set back by 4 m.
+  std::string leaning = city_model({{}});
+  leaning.replace(leaning.find("[0,0,0],[10000,0,0]"), 19, "[0,4000,0],[10000,4000,0]");
+  const auto beside = [](const std::string& object) {
+    std::string model = city_model({{}});
+    return model.insert(model.find("\"CityObjects\":{") + 15, "\"z\":" + object + ",");
+  };
   const std::vector<ModelCase> cases = {
+      {"face without area dropped", sliver, 520},
+      {"roof lacking: the outline raised to the top", roofless, 640},
+      {"space under overhangs or raised floors filled to the ground", leaning, 520},
+      {"no object", beside("7"), 520},
+      {"no roof and no outline",
+       beside(R"({"type":"Building","geometry":[{"lod":"2","type":"MultiSurface",)"
+              R"("boundaries":[[[0,1,5,4]]]}]})"),
+       520},
       {"translation applied twice taken back", twice, 520},
       {"face off its plane made flat", warped, 520.67},
       {"walls below the ground cut off", buried, 520},

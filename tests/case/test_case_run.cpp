@@ -1,58 +1,16 @@
 // A whole run directory, written and then run by the surface model.
 #include <gtest/gtest.h>
 
-#include "block_scene.hpp"
-#include "make_epw.hpp"
-#include "rays/sunlit.hpp"
 #include "run/check_run.hpp"
 #include "run/run_directory.hpp"
 #include "run/summary.hpp"
 #include "run/text_file.hpp"
 #include "run_case.hpp"
-#include "weather/epw.hpp"
+#include "run_parts.hpp"
 
 namespace {
 
 using namespace townskin_case;
-
-/// All that a run is written from, of the block on its plate.
-struct Parts {
-  explicit Parts(const DayChoice& choice, Scene made = block_scene::scene(),
-                 const Site& of = Site())
-      : site(of), scene(std::move(made)) {
-    site.run.days = choice;
-    const TempFolder folder;
-    folder.write("a.epw", make_epw::text());
-    epw = read_epw(folder.path("a.epw"), report);
-    days = choose_days(epw, choice);
-    weather = weather_lines(days, epw.has_direct, epw.has_infrared);
-    sun = sun_members({epw.latitude, epw.longitude, epw.zone}, days);
-    stock = furnish(
-        city, read_library(shipped_library("constructions.toml"), shipped_library("uses.toml")),
-        site, scene, report);
-    const RayScene ray_scene(scene);
-    factors = view_factors(scene, ray_scene, {.rays = 256});
-    sunlit.hours = sun_hours(sun, days);
-    std::vector<Vector3> suns;
-    for (const SunHour& hour : sunlit.hours) suns.push_back(hour.sun);
-    sunlit.fraction = sunlit_fractions(scene, ray_scene, suns, {});
-  }
-  [[nodiscard]] RunData run() const {
-    return {site, city, scene, stock, factors, sunlit, days, weather, sun};
-  }
-
-  Report report;
-  Site site;
-  City city = block_scene::city();
-  Scene scene;
-  Epw epw;
-  Days days;
-  std::vector<WeatherLine> weather;
-  SunMembers sun;
-  Stock stock;
-  ViewFactors factors;
-  Sunlit sunlit;
-};
 
 /// Runs the model to its end, without a warning; returns its log.
 run_case::Lines run_to_its_end(const run_case::RunCase& run) {
@@ -124,25 +82,6 @@ TEST(CaseRun, FacesAreInTheSunFromTheHourBeforeItComes) {
     }
   }
   EXPECT_GT(turns, 0U);
-}
-
-/// A crown of one cell over the corner of the plate, with patches on all its faces.
-void add_tree(Scene& scene) {
-  using block_scene::add;
-  using block_scene::kCell;
-  using block_scene::kLayer;
-  const Vector3 x{kCell, 0, 0}, y{0, kCell, 0}, z{0, 0, kLayer}, low{0, 5 * kCell, kLayer};
-  Group face;
-  face.kind = PatchKind::tree;
-  face.cell = {1, 6, 2};
-  scene.leaves.push_back({face.cell, 1.234});
-  const Vector3 back = -1.0 * x;
-  add(scene, face, low, z, y);
-  add(scene, face, low + x, y, z);
-  add(scene, face, low, x, z);
-  add(scene, face, low + x + y, back, z);
-  add(scene, face, low, y, x);
-  add(scene, face, low + z, x, y);
 }
 
 TEST(CaseRun, GoesThroughItsDatesWithTreesAndWater) {
@@ -264,6 +203,29 @@ TEST(CaseFiles, DirectoryTakesItsNameAtTheEnd) {
   folder.write("run/thesis.txt", "mine");
   EXPECT_THROW(make("third", true, true), Fault);  // no run: --force does not take it
   EXPECT_EQ(folder.content("run/thesis.txt"), "mine");
+}
+
+TEST(CaseFiles, LeftoversOfAKilledRunGoAndOthersStay) {
+  const TempFolder folder;
+  const std::string target = folder.path("run");
+  for (const char* name :
+       {"run.unfinished_aaaaaa/.grows", "run.unfinished_bbbbbb/mine", "run.unfinished_long/.grows",
+        "other.unfinished_aaaaaa/.grows", "run.replaced_aaaaaa/file_name"}) {
+    TextFile(folder.path(name)).close();
+  }
+  const RunDirectory growing(target, false);
+  Report report;
+  RunDirectory::tidy(target + "/", report);
+  EXPECT_FALSE(std::filesystem::exists(folder.path("run.unfinished_aaaaaa")));
+  for (const std::string& name :
+       {folder.path("run.unfinished_bbbbbb/mine"), folder.path("run.unfinished_long/.grows"),
+        folder.path("other.unfinished_aaaaaa/.grows"), folder.path("run.replaced_aaaaaa/file_name"),
+        growing.path() + "/.grows"}) {
+    EXPECT_TRUE(std::filesystem::exists(name)) << name;
+  }
+  ASSERT_EQ(report.lines().size(), 2U);
+  EXPECT_NE(report.lines()[0].find("run.unfinished_aaaaaa, left by a run"), std::string::npos);
+  EXPECT_NE(report.lines()[1].find("run.replaced_aaaaaa is an older run"), std::string::npos);
 }
 
 }  // namespace

@@ -101,6 +101,7 @@ void write_log(const std::string& path, const Report& report,
 void make_case(const Options& options, const Cut& cut, Report& report, const Voices& voices) {
   const Site& site = options.site;
   RunDirectory::check_target(options.output, options.force);
+  RunDirectory::tidy(options.output, report);
   const Library library = library_of(site);
   const Epw epw = read_epw(site.weather, report);
   const Days days = choose_days(epw, site.run.days);
@@ -109,12 +110,13 @@ void make_case(const Options& options, const Cut& cut, Report& report, const Voi
   const SunMembers sun = sun_members(place_of(city, site, epw, report), days);
   Scene scene = cut(city, site, report);
   const Stock stock = furnish(city, library, site, scene, report);
+  const FlowSetup flow = flow_setup(site, scene, days, report);
   const RayScene ray_scene(scene);
   const ViewFactors factors = follow_rays(site, scene, ray_scene, voices);
   const Sunlit sunlit = follow_sun(site, scene, ray_scene, sun_hours(sun, days), voices);
   const std::vector<WeatherLine> weather = weather_lines(days, epw.has_direct, epw.has_infrared);
 
-  const RunData run{site, city, scene, stock, factors, sunlit, days, weather, sun};
+  const RunData run{site, city, scene, stock, factors, sunlit, days, weather, sun, flow};
   RunDirectory directory(options.output, options.force);
   write_run(run, directory.path());
   const std::vector<std::string> summary = summary_of(run, try_run(run, directory.path()));

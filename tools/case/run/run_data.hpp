@@ -4,6 +4,7 @@
 #include "city/city.hpp"
 #include "library/furnish.hpp"
 #include "rays/view_factors.hpp"
+#include "run/flow_setup.hpp"
 #include "scene/scene.hpp"
 #include "site/site.hpp"
 #include "weather/days.hpp"
@@ -22,6 +23,7 @@ struct RunData {
   const Days& days;
   const std::vector<WeatherLine>& weather;
   SunMembers sun;
+  const FlowSetup& flow;
 };
 
 /// Names of the files of a run, by their line in `file_name`.
@@ -47,6 +49,12 @@ inline constexpr const char* kPgidPrd = "PgidPrd.txt";
 inline constexpr const char* kRestart = "restart.dat";
 inline constexpr const char* kPorous = "Porous.txt";
 inline constexpr const char* kGeometry = "geometry.txt";  ///< beside the 26
+// Of townskin_flow alone.
+inline constexpr const char* kFlowControl = "flow_control.txt";
+inline constexpr const char* kFlowBoundary = "flow_boundary.txt";
+inline constexpr const char* kFlowRestart = "flow_restart.dat";
+inline constexpr const char* kFlowPorous = "flow_Porous.txt";
+inline constexpr const char* kFlowLad = "flow_LAD.txt";
 }  // namespace file
 
 /// Where a run stands while it is written, and its files of each month.
@@ -59,6 +67,8 @@ class RunFolder {
   [[nodiscard]] std::string path(const std::string& name) const { return directory_ + "/" + name; }
   /// The paths of a file that each month has of its own; of a day that repeats a single one.
   [[nodiscard]] std::vector<std::string> monthly(const std::string& name) const;
+  /// Where the results of a month stand, from the run's directory; with a stroke behind it.
+  [[nodiscard]] std::string of_month(int month) const;
   /// The file of a day of real dates.
   [[nodiscard]] std::string daily(int month, int day, const std::string& name) const;
   [[nodiscard]] const std::vector<int>& months() const { return months_; }
@@ -77,6 +87,9 @@ SunDays sun_days(const Days& days);
 /// Steps of a whole run; of a day that repeats the most.
 std::int64_t steps_of(const RunData& run);
 
+/// Second of the day at which the flow begins; before midnight where it ends soon after it.
+double flow_start(const RunData& run);
+
 // The writers; each makes its files whole.
 void write_control(const RunData& run, const RunFolder& folder, std::int64_t steps);
 void write_file_names(const RunData& run, const RunFolder& folder);
@@ -90,6 +103,7 @@ void write_factors(const RunData& run, const RunFolder& folder);
 void write_materials(const RunData& run, const RunFolder& folder);
 void write_rooms(const RunData& run, const RunFolder& folder);
 void write_geometry(const RunData& run, const RunFolder& folder);
+void write_flow(const RunData& run, const RunFolder& folder);
 
 /// All files of the run, in a directory that is there.
 void write_run(const RunData& run, const std::string& directory);

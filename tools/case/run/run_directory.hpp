@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "report.hpp"
+
 namespace townskin_case {
 
 class RunDirectory {
@@ -22,9 +24,14 @@ class RunDirectory {
 
   /// The faults of the constructor, before any work is done.
   static void check_target(const std::string& target, bool force);
+  /// Removes what a run of this name left that was killed as it grew: directories which hold the
+  /// mark of one and whose maker is gone. An older run that was being replaced then is only told
+  /// of.
+  static void tidy(const std::string& target, Report& report);
 
  private:
   std::string target_, growing_;
+  int mark_ = -1;  ///< open and locked as long as the directory grows
 };
 
 }  // namespace townskin_case

@@ -16,13 +16,17 @@ std::string two_digits(int number) {
 
 std::vector<std::string> RunFolder::monthly(const std::string& name) const {
   std::vector<std::string> paths;
-  for (const int month : months_) paths.push_back(path("data/m" + two_digits(month) + "/" + name));
+  for (const int month : months_) paths.push_back(path(of_month(month) + name));
   if (paths.empty()) paths.push_back(path(name));
   return paths;
 }
 
+std::string RunFolder::of_month(int month) const {
+  return months_.empty() ? "" : "data/m" + two_digits(month) + "/";
+}
+
 std::string RunFolder::daily(int month, int day, const std::string& name) const {
-  return path("data/m" + two_digits(month) + "/d" + two_digits(day) + "/" + name);
+  return path(of_month(month) + "d" + two_digits(day) + "/" + name);
 }
 
 SunDays sun_days(const Days& days) {
@@ -70,6 +74,7 @@ void write_run(const RunData& run, const std::string& directory) {
   write_materials(run, folder);
   write_rooms(run, folder);
   write_geometry(run, folder);
+  write_flow(run, folder);
 }
 
 }  // namespace townskin_case

@@ -43,6 +43,24 @@ double area_of(const RunData& run, std::size_t g) {
                                                     : run.scene.groups[g].area;
 }
 
+/// What a whole run of the flow takes, by the cells and steps of those measured.
+double flow_seconds(const RunData& run) {
+  constexpr double kOfACell = 4.5e-6;
+  double cells = run.site.flow.seconds / run.site.flow.step;
+  for (const std::vector<double>& nodes : run.flow.nodes) {
+    cells *= static_cast<double>(nodes.size() - 1);
+  }
+  return kOfACell * cells;
+}
+
+std::string wind_of(const RunData& run) {
+  const auto cells = [&](std::size_t axis) { return run.flow.nodes[axis].size() - 1; };
+  return text("for the air flow: %zu x %zu x %zu cells with the land around, ", cells(0), cells(1),
+              cells(2)) +
+         text("wind %.1f m/s from %.0f degrees at %lld h", run.flow.station.speed,
+              run.flow.station.direction, static_cast<long long>(run.site.flow.hour));
+}
+
 void add_counts(const RunData& run, std::vector<std::string>& lines) {
   std::vector<std::size_t> patches_of(run.scene.groups.size());
   for (const Patch& patch : run.scene.patches) ++patches_of[static_cast<std::size_t>(patch.group)];
@@ -81,8 +99,13 @@ std::vector<std::string> summary_of(const RunData& run, const Trial& trial) {
   const auto cells = [&](std::size_t axis) { return run.scene.grid.nodes[axis].size() - 1; };
   lines.push_back("days: " + run.days.text +
                   text(", mean air temperature %.1f deg C", run.days.mean_temperature));
+  if (run.city.placed) {
+    lines.push_back(
+        text("centre: %.8f degrees north, %.8f east", run.city.latitude, run.city.longitude));
+  }
   lines.push_back(text("%zu buildings, %zu trees, %zu x %zu x %zu cells", run.city.buildings.size(),
                        run.city.trees.size(), cells(0), cells(1), cells(2)));
+  lines.push_back(wind_of(run));
   add_counts(run, lines);
   const RaySummary& rays = run.factors.summary;
   lines.push_back(text("%zu view factors; %.3g of the exchange is cut (at most %.3g of a group)",
@@ -96,7 +119,8 @@ std::vector<std::string> summary_of(const RunData& run, const Trial& trial) {
   for (const std::string& warning : trial.warnings) lines.push_back("the model says: " + warning);
   lines.push_back(text("the run takes some %.0f MB and %s", trial.memory / 1e6,
                        run.days.dated ? "" : "at most ") +
-                  duration(trial.seconds) + " of processor time");
+                  duration(trial.seconds) + " of processor time, the air flow some " +
+                  duration(flow_seconds(run)));
   return lines;
 }
 

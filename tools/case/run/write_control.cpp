@@ -1,4 +1,4 @@
-// The control file: the fixed lines, which the flow program shares, and all groups.
+// The control file of the surface model: the fixed lines and all groups.
 #include <algorithm>
 
 #include "frame/numbers.hpp"
@@ -39,9 +39,9 @@ bool has(const RunData& run, PatchKind kind) {
                              [&](const Group& group) { return group.kind == kind; });
 }
 
-/// The lines up to the groups; those that the surface model skips are the flow program's.
+/// The lines up to the groups; the surface model skips most. The flow has a file of its own.
 void write_lines(const RunData& run, std::int64_t steps, TextFile& out) {
-  const auto cells = [&](std::size_t axis) { return run.scene.grid.nodes[axis].size() - 1; };
+  const auto cells = [&](std::size_t axis) { return run.flow.nodes[axis].size() - 1; };
   const double step = run.site.run.step;
   out.line(cells(0), cells(1), cells(2));
   out.line(2);
@@ -101,7 +101,11 @@ void write_surface_groups(const RunData& run, TextFile& out) {
       .set("HTRNS", run.site.run.convection)
       .set("LTRSMPL", false)
       .set("LOUTSTR", 0);
-  MemberGroup(out, "DUMMYGRID").set("NXF", 0).set("NYF", 0);
+  MemberGroup(out, "DUMMYGRID")
+      .set("NXF", run.flow.before[0])
+      .set("NYF", run.flow.before[1])
+      .set("NXB", run.flow.behind[0])
+      .set("NYB", run.flow.behind[1]);
   write_place(run, out);
   MemberGroup(out, "TSRF_BLDNG")
       .set("LCBLD", has(run, PatchKind::building) ? 1 : 0)

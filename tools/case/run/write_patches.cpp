@@ -22,10 +22,14 @@ PatchKind kind_of(const RunData& run, const Patch& patch) {
   return run.scene.groups[static_cast<std::size_t>(patch.group)].kind;
 }
 
-void write_porous(const RunData& run, const RunFolder& folder) {
-  TextFile out(folder.path(file::kPorous));
-  for (const PorousCell& cell : run.scene.porous) {
-    for (const std::int32_t index : cell.cell) out.put(std::int64_t{index}).put(" ");
+void write_porous(const FlowSetup& flow, const std::vector<PorousCell>& cells,
+                  const std::string& path) {
+  TextFile out(path);
+  for (const PorousCell& cell : cells) {
+    for (std::size_t a = 0; a < 3; ++a) {
+      const std::int32_t before = a < 2 ? flow.before[a] : 0;
+      out.put(std::int64_t{cell.cell[a] + before}).put(" ");
+    }
     out.share(cell.volume, 6);
     for (const double face : cell.faces) out.put(" ").share(face, 6);
     out.end_line();
@@ -38,7 +42,7 @@ void write_porous(const RunData& run, const RunFolder& folder) {
 void write_grid(const RunData& run, const RunFolder& folder) {
   constexpr std::size_t kOnALine = 10;
   TextFile out(folder.path(file::kGrid));
-  for (const std::vector<double>& nodes : run.scene.grid.nodes) {
+  for (const std::vector<double>& nodes : run.flow.nodes) {
     out.line(nodes.size());
     for (std::size_t n = 0; n < nodes.size(); ++n) {
       if (n > 0) n % kOnALine == 0 ? out.end_line() : static_cast<void>(out.put(" "));
@@ -47,7 +51,8 @@ void write_grid(const RunData& run, const RunFolder& folder) {
     out.end_line();
   }
   out.close();
-  write_porous(run, folder);
+  write_porous(run.flow, run.scene.porous, folder.path(file::kPorous));
+  write_porous(run.flow, run.scene.air, folder.path(file::kFlowPorous));
 }
 
 void write_patches(const RunData& run, const RunFolder& folder) {

@@ -4,6 +4,7 @@
 #include "scene/grid.hpp"
 #include "scene/ground.hpp"
 #include "scene/groups.hpp"
+#include "scene/open_air.hpp"
 
 namespace townskin_case {
 
@@ -50,9 +51,12 @@ Scene cut_city(const City& city, const Site& site, Report& report) {
   scene.grid = make_grid(city, site.grid);
   const std::vector<CutFace> faces = cut_faces(city, scene.grid);
   const Porous porous = open_fractions(scene.grid, faces);
+  const Porous air = open_air(porous);
   scene.porous = porous_cells(porous);
-  add_buildings(faces, porous, site.grid.sliver, scene);
+  scene.air = porous_cells(air);
+  add_buildings(faces, air, site.grid.sliver, scene);
   add_ground(city, site.ground.fallback, site.grid.sliver, scene);
+  for (Group& group : scene.groups) group.cell = air_above(air, group.cell);
   const Leaves leaves = spread_leaves(city, scene.grid, porous, site.grid.tree_division);
   if (leaves.cut > 0) {
     report.warning(std::to_string(leaves.cut) +

@@ -74,7 +74,8 @@ struct Scene {
   Mesh mesh;
   std::int32_t tree_division = 1;  ///< tree cells to a cell of the grid, along x and along y
   std::vector<LeafCell> leaves;
-  std::vector<PorousCell> porous;
+  std::vector<PorousCell> porous;  ///< true fractions
+  std::vector<PorousCell> air;     ///< those that the flow is given
   /// Groups that see through a periodic side: each takes the other's light.
   std::vector<std::array<std::int32_t, 2>> periodic;
 };

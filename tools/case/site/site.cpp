@@ -126,6 +126,16 @@ void read_run(TomlTable table, SiteRun& run) {
   table.finish();
 }
 
+void read_flow(TomlTable table, SiteFlow& flow) {
+  take(flow.hour, table.integer("hour", {.least = 1, .most = 24}));
+  take(flow.wind, table.number("wind", {.least = 0.1, .most = 60.0}));
+  take(flow.direction, table.number("direction", {.least = 0.0, .most = 360.0}));
+  take(flow.roughness, table.number("roughness", {.least = 1e-4, .most = 3.0}));
+  take(flow.seconds, table.number("seconds", {.least = 1.0, .most = 86400.0}));
+  take(flow.step, table.number("step", {.least = 0.01, .most = 3600.0}));
+  table.finish();
+}
+
 void read_choice(TomlTable table, Choice& choice) {
   take(choice.attribute, table.text("attribute"));
   take(choice.fallback, table.text("default"));
@@ -180,6 +190,7 @@ Site read_site(const std::string& file) {
   part("grid", [&](TomlTable& table) { read_grid(table, site.grid); });
   part("rays", [&](TomlTable& table) { read_rays(table, site.rays); });
   part("run", [&](TomlTable& table) { read_run(table, site.run); });
+  part("flow", [&](TomlTable& table) { read_flow(table, site.flow); });
   part("construction", [&](TomlTable& table) { read_choice(table, site.construction); });
   part("use", [&](TomlTable& table) { read_choice(table, site.use); });
   part("library", [&](TomlTable& table) {

@@ -57,6 +57,15 @@ struct SiteRun {
   double convection = 11.6;     ///< coefficient outside [W/m2 K]
 };
 
+/// The air flow that townskin_flow computes after the surfaces.
+struct SiteFlow {
+  std::int64_t hour = 15;                 ///< whose weather and surfaces it has, 1 to 24
+  std::optional<double> wind, direction;  ///< of the station [m/s], [degree]; else the weather's
+  double roughness = 0.5;                 ///< of the land around [m]
+  double seconds = 600.0;                 ///< of flow up to the hour
+  double step = 2.0;                      ///< [s]
+};
+
 struct Site {
   CityInput city;
   std::string weather;                        ///< file
@@ -65,6 +74,7 @@ struct Site {
   SiteGrid grid;
   SiteRays rays;
   SiteRun run;
+  SiteFlow flow;
   std::string constructions, uses;  ///< library files; empty: those that are shipped
   Choice construction{.attribute = {}, .fallback = "brick_cavity", .table = {}, .up_to = {}};
   Choice use{.attribute = {}, .fallback = "house", .table = {}, .up_to = {}};

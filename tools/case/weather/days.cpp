@@ -6,6 +6,7 @@
 
 #include "inputs/calendar.hpp"
 #include "weather/sun_course.hpp"
+#include "weather/wind.hpp"
 
 namespace townskin_case {
 namespace {
@@ -77,6 +78,9 @@ Days mean_day(const Epw& epw, int month) {
         mean.*value += weight * of_day.*value;
       }
     }
+    std::vector<EpwHour> same_hour;
+    for (const std::size_t first : found) same_hour.push_back(epw.hours[first + hour]);
+    mean.direction = mean_direction(same_hour);
     mean.humidity = std::min(mean.humidity, 100.0);
     mean.year = epw.hours[found.front()].year;
     mean.month = month;

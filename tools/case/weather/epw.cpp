@@ -34,7 +34,7 @@ constexpr std::array<Column, 8> kColumns{{
     {"diffuse horizontal radiation", 15, 9999.0, 0.0, 2000.0, &EpwHour::scattered},
     {"wind speed", 21, 999.0, 0.0, 100.0, &EpwHour::wind},
 }};
-constexpr std::size_t kLastField = 21;
+constexpr std::size_t kLastField = 21, kDirection = 20;
 constexpr std::size_t kInfrared = 3, kGlobal = 4, kDirect = 5, kScattered = 6;
 
 Origin at_line(const std::string& file, std::size_t line) {
@@ -102,6 +102,10 @@ class Rows {
       hour.*column.value = lacks ? 0.0 : std::abs(value) == 0.0 ? 0.0 : value;
     }
     hour.humidity = std::min(hour.humidity, 100.0);
+    // No mean of two directions stands for a third, so what is missing stays so.
+    const std::string_view from = fields[kDirection];
+    const double direction = from.empty() ? -1.0 : number(from, where);
+    if (direction >= 0.0 && direction <= 360.0) hour.direction = direction;
   }
 
   void advance() {

@@ -19,6 +19,7 @@ struct EpwHour {
   double humidity = 0.0;     ///< relative [%]
   double pressure = 0.0;     ///< [Pa]
   double wind = 0.0;         ///< [m/s]
+  double direction = -1.0;   ///< where the wind comes from, from north over east [degree]; -1: none
   double infrared = 0.0;     ///< of the sky on the horizontal [W/m2]; 0 throughout: not given
   double global = 0.0;       ///< on the horizontal [W/m2]
   double direct = 0.0;       ///< on a plane that faces the sun [W/m2]
