@@ -147,14 +147,14 @@ TEST(CaseFaults, AMillionPointsInARing) {
   constexpr int count = 1000000;
   for (int i = 0; i <= count; ++i) {
     const double turn = 2.0 * 3.14159265358979 * (i % count) / count;
-    ring << (i == 0 ? "[[" : ",[") << 1000.0 + 50.0 * std::cos(turn) << ","
-         << 1000.0 + 50.0 * std::sin(turn) << "]";
+    ring << (i == 0 ? "[[" : ",[") << 1000.0 + 500.0 * std::cos(turn) << ","
+         << 1000.0 + 500.0 * std::sin(turn) << "]";
   }
   CityFiles files;
   Report report;
   const City city =
       files.read(collection(feature("round", R"("height":5)", ring.str() + "]")), report);
-  EXPECT_NEAR(totals(city).footprint, 3.14159265358979 * 2500.0, 5.0);
+  EXPECT_NEAR(totals(city).footprint, 3.14159265358979 * 250000.0, 50.0);
 }
 
 }  // namespace

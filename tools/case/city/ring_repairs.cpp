@@ -9,6 +9,9 @@ namespace {
 
 constexpr double same_point = 1e-3;     // [m]
 constexpr double smallest_area = 1e-3;  // [m2]
+/// A ring of more points than any building needs loses those that stand on its line anyway.
+constexpr std::size_t many_points = 10000;
+constexpr double on_the_line = 0.01;  // [m]
 
 bool same(const Vector3& a, const Vector3& b) {
   return std::abs(a.x - b.x) < same_point && std::abs(a.y - b.y) < same_point &&
@@ -76,6 +79,10 @@ std::vector<Polygon2> repaired_outline(const Geos& geos, const RawPolygon& outli
   std::vector<Polygon2> polygons;
   if (!rings.empty()) {
     auto shape = geos.polygon(rings);
+    if (rings.front().size() > many_points) {
+      shape = geos.own(GEOSSimplify_r(geos.context(), shape.get(), on_the_line));
+      report.repair("outline of more than 10000 points thinned to 0.01 m", origin);
+    }
     if (GEOSisValid_r(geos.context(), shape.get()) != 1) {
       GEOSMakeValidParams* how = GEOSMakeValidParams_create_r(geos.context());
       GEOSMakeValidParams_setMethod_r(geos.context(), how, GEOS_MAKE_VALID_STRUCTURE);
