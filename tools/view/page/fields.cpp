@@ -116,7 +116,9 @@ void add_field(const Field& field, std::vector<float>&& values, const Words& wor
   const Coding coding = coding_of(values);
   if (!coding.any) return;
   sink.add("field-" + words.id, codes_of(values, coding), field.hours > 1 ? field.size : 1);
-  const bool signed_flux = role != "temperature" && coding.offset < 0.0 && coding.high > 0.0;
+  // What is below zero by rounding alone has no sign to show.
+  const bool signed_flux = role != "temperature" && coding.offset < -0.02 * coding.high &&
+                           coding.high > -0.02 * coding.offset;
   list.push_back({{"id", words.id},
                   {"name", words.name},
                   {"unit", with_signs(field.quantity->shown_units)},

@@ -3,7 +3,7 @@ import { Curves, Line } from "./curves";
 import type { District } from "./district";
 import { el } from "./dom";
 import type { Field } from "./fields";
-import { missing } from "./payload";
+import { FieldHead, missing } from "./payload";
 import type { Present } from "./view";
 
 const colours: Record<string, string> = {
@@ -102,18 +102,15 @@ export class DistrictPanel {
   /** Means of the fields of buildings, or one building's values, a chart for each unit. */
   private async building_sums(building: number): Promise<{ title: string; unit: string; lines: Line[] }[]> {
     const { head, fields } = this.district;
-    const units = new Map<string, Line[]>();
+    const charts = new Map<string, { title: string; unit: string; lines: Line[] }>();
     for (const [number, kind] of head.fields.entries()) {
       if (kind.on !== "building" || kind.steady) continue;
-      const lines = units.get(kind.unit) ?? [];
-      lines.push({ name: kind.name, values: this.course(await fields.get(number), building) });
-      units.set(kind.unit, lines);
+      const title = chart_of(kind);
+      const chart = charts.get(title) ?? { title, unit: kind.unit, lines: [] };
+      chart.lines.push({ name: kind.name, values: this.course(await fields.get(number), building) });
+      charts.set(title, chart);
     }
-    return [...units].map(([unit, lines]) => ({
-      title: unit === "°C" ? "Rooms" : "Loads and released heat",
-      unit,
-      lines,
-    }));
+    return [...charts.values()];
   }
 
   private course(field: Field, building: number): (number | null)[] {
@@ -130,6 +127,12 @@ export class DistrictPanel {
       return area > 0 ? product / area : null;
     });
   }
+}
+
+function chart_of({ id, unit }: FieldHead): string {
+  if (unit === "°C") return "Rooms";
+  if (id.startsWith("released")) return "Released heat per m² of floor";
+  return id === "room_load" || id === "plant_load" ? "Loads per m² of floor" : "Heat that rooms gain per m² of floor";
 }
 
 const keys =

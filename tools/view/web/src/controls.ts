@@ -22,6 +22,7 @@ export class Controls {
   constructor(
     private readonly district: District,
     private readonly present: Present,
+    private readonly approach: (patch: number) => void,
   ) {
     const { head } = district;
     this.legend = new Legend(district);
@@ -139,7 +140,9 @@ export class Controls {
           const known = patch >= 0 && input.value.trim() !== "";
           input.setCustomValidity(known ? "" : "no patch of that PID");
           input.reportValidity();
-          if (known) this.present.set("selected", patch);
+          if (!known) return;
+          this.present.set("selected", patch);
+          this.approach(patch);
         },
         input: () => input.setCustomValidity(""),
       },

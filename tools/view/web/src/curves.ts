@@ -11,7 +11,7 @@ export interface Line {
   dashed?: boolean;
 }
 
-const palette = ["--c1", "--c2", "--c3", "--c4", "--c5", "--c6", "--c7", "--c8"];
+const palette = ["--c1", "--c2", "--c3", "--c4", "--c5", "--c6", "--c7", "--c8", "--c9"];
 
 export class Curves {
   readonly element: HTMLElement;
@@ -70,7 +70,7 @@ export class Curves {
     const times = this.head.times;
     const ink = colour_of("--quiet");
     const grid = { stroke: colour_of("--line"), width: 1 };
-    const days = times.length > 48;
+    const days = times.length > 0 && times[times.length - 1].at > 24;
     const series = this.lines.map((line, n) => ({
       label: line.name,
       stroke: colour_of(line.colour ?? palette[n % palette.length]),
@@ -89,7 +89,7 @@ export class Curves {
       axes: [
         {
           stroke: ink, grid, ticks: { show: false }, font: "11px system-ui", size: 24, gap: 4,
-          ...(days ? { values: (_, at) => at.map((one) => this.label_at(one)) } : { splits: six_hours }),
+          ...(days ? this.day_axis() : { splits: six_hours }),
         },
         { stroke: ink, grid, ticks: { show: false }, font: "11px system-ui", size: 40, gap: 4 },
       ],
@@ -103,6 +103,17 @@ export class Curves {
       if (typeof at === "number") this.present.set("time", at);
     });
     this.follow();
+  }
+
+  // The middle of each day, or of some of many, under the name of the day.
+  private day_axis(): Pick<uPlot.Axis, "splits" | "values"> {
+    const noons = this.head.times.filter((time) => time.hour === 12);
+    const every = Math.ceil(noons.length / 6);
+    const shown = noons.filter((_, n) => n % every === 0);
+    return {
+      splits: () => shown.map((time) => time.at),
+      values: () => shown.map((time) => time.label.replace(/,[^,]*$/, "")),
+    };
   }
 
   private label_at(at: number): string {

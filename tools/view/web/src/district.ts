@@ -44,6 +44,10 @@ export class District {
     return this.head.kinds[this.patches.kind[patch]] ?? "other";
   }
 
+  is_leafy(patch: number): boolean {
+    return this.kind_of(patch) === "leaves";
+  }
+
   building_of(patch: number): number | null {
     const building = this.patches.building[patch];
     return building < 0 ? null : this.head.buildings[building];

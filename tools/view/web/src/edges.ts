@@ -9,10 +9,11 @@ export interface Edges {
 }
 
 const strong = 255;
+const leafy = 130; // of crowns, which shall not outshine the buildings
 const faint = 70;
 const none = 0;
 
-export function find_edges(shapes: Shapes, keep_faint: boolean): Edges {
+export function find_edges(shapes: Shapes, is_leafy: (patch: number) => boolean, keep_faint: boolean): Edges {
   const { position, ring_start, ring_patch, normal } = shapes;
   const number_of = vertex_numbers(position);
   const seen = new Map<number, number>(); // pair of corners -> line
@@ -41,7 +42,10 @@ export function find_edges(shapes: Shapes, keep_faint: boolean): Edges {
       }
     }
   }
-  const kept = weight.flatMap((one, line) => (one === strong || (one === faint && keep_faint) ? [line] : []));
+  weight.forEach((one, line) => {
+    if (one === strong && is_leafy(other[line]) && is_leafy(shapes.patch[first[line]])) weight[line] = leafy;
+  });
+  const kept = weight.flatMap((one, line) => (one >= leafy || (one === faint && keep_faint) ? [line] : []));
   const edges = {
     position: new Float32Array(6 * kept.length),
     patches: new Uint32Array(4 * kept.length),

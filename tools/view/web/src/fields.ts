@@ -75,9 +75,9 @@ export class Fields {
   }
 }
 
-// No more than three digits behind the point, two for what runs into hundreds.
+// Three digits behind the point at most, two for what varies by more than a hundred.
 function digits_of(error: number): number {
-  const most = error > 0.0012 ? 2 : 3;
+  const most = error > 0.0008 ? 2 : 3;
   return error > 0 ? Math.min(most, Math.max(0, Math.ceil(-Math.log10(2.5 * error)))) : 2;
 }
 

@@ -1,4 +1,5 @@
 // The page of a run: puts its parts together and listens to pointer and keys.
+import { Vector3 } from "three";
 import { DistrictPanel } from "./charts";
 import { Controls } from "./controls";
 import { District } from "./district";
@@ -42,7 +43,10 @@ async function open(head: Head): Promise<void> {
     void charts.open();
   });
   const patch: PatchPanel = new PatchPanel(district, present, new Sights(stage, district, overlay.marks));
-  const controls = new Controls(district, present);
+  const controls = new Controls(district, present, (number) => {
+    const at = district.centre(number);
+    if (at) stage?.approach(new Vector3(...at), 25 * district.usual_width);
+  });
   const bar = new TimeBar(head, present);
   scene.append(overlay.element);
   root.append(controls.element, overlay.buttons, bar.element, patch.element, charts.element);
@@ -51,7 +55,10 @@ async function open(head: Head): Promise<void> {
     place();
   });
   for (const panel of [patch.element, charts.element]) panels.observe(panel, { attributes: true, attributeFilter: ["hidden"] });
-  if (head.notes.length > 0) root.append(note_line(head, () => void charts.open()));
+  if (head.notes.length > 0) {
+    root.classList.add("with-note");
+    root.append(note_line(head, () => void charts.open(), () => root.classList.remove("with-note")));
+  }
 
   const paint = () => {
     const ink = colour_of("--edge").split(/[\s,]+/).map(Number) as [number, number, number, number];
@@ -81,14 +88,21 @@ async function open(head: Head): Promise<void> {
   document.documentElement.dataset.ready = "true";
 
   await new Promise((done) => setTimeout(done, 30)); // the first picture comes before its edges
-  district.surface.set_edges(find_edges(district.shapes, head.patches <= many_patches));
+  district.surface.set_edges(find_edges(district.shapes, (p) => district.is_leafy(p), head.patches <= many_patches));
   stage.draw();
+  // For the console and the tests: where a patch stands on the canvas [pixel].
+  const place_of = (pid: number) => {
+    const at = district.centre(district.number_of.get(pid) ?? -1);
+    return at && stage!.place_of(new Vector3(...at));
+  };
+  Object.assign(window, { townskin: { place_of } });
   document.documentElement.dataset.ready = "complete";
 }
 
 function start_with(head: Head, { view }: Present): void {
   view.field = Math.max(0, head.fields.findIndex((field) => field.id === "surface_temperature"));
-  view.time = Math.max(0, head.times.findIndex((time) => time.hour === 14));
+  const afternoon = head.times.map((time) => time.hour === 14).lastIndexOf(true);
+  view.time = afternoon >= 0 ? afternoon : Math.max(0, head.times.length - 1);
 }
 
 function covered(root: HTMLElement, controls: HTMLElement, bar: HTMLElement): { left: number; right: number; top: number; bottom: number } {
@@ -100,13 +114,17 @@ function covered(root: HTMLElement, controls: HTMLElement, bar: HTMLElement): { 
   return { left, right: root.classList.contains("with-panel") ? 380 : 0, top: 40, bottom: 84 };
 }
 
-function note_line(head: Head, open_charts: () => void): HTMLElement {
+function note_line(head: Head, open_charts: () => void, closed: () => void): HTMLElement {
   const more = head.notes.length > 1 ? ` (and ${head.notes.length - 1} more)` : "";
   const line = el("div", { class: "note card", role: "status" }, el("span", {}, head.notes[0] + more));
   const button = (text: string, label: string, click: () => void) =>
     el("button", { type: "button", class: "link", "aria-label": label, click }, text);
   if (more) line.append(button("all", "all notes", open_charts));
-  line.append(button("×", "close note", () => line.remove()));
+  const close = button("×", "close note", () => {
+    line.remove();
+    closed();
+  });
+  line.append(close);
   return line;
 }
 

@@ -14,10 +14,19 @@ interface Given {
   shortwave: number;
 }
 
+const sections: [FieldHead["role"], string, string][] = [
+  ["temperature", "Temperatures", "°C"],
+  ["balance", "Heat balance", "W/m²"],
+  ["radiation", "Radiation", "W/m²"],
+  ["share", "Sun and sky", ""],
+  ["building", "Building", "W/m² of floor"],
+  ["other", "Other", ""],
+];
+
 export class PatchPanel {
   readonly element = el("section", { class: "panel card", "aria-label": "patch", tabindex: -1, hidden: true });
   private curves: Curves[] = [];
-  private values: { field: Field; cell: HTMLElement }[] = [];
+  private values: { field: Field; cell: HTMLElement; unit: string }[] = [];
   private partner_rows: HTMLElement | null = null;
   private came_from: Element | null = null;
   private serial = 0; // of the patch last asked for
@@ -29,6 +38,7 @@ export class PatchPanel {
   ) {
     present.on(["selected"], () => void this.open());
     present.on(["time"], () => void this.follow());
+    present.on(["field"], () => void this.open());
     present.on(["theme"], () => this.curves.forEach((one) => one.repaint()));
   }
 
@@ -96,11 +106,12 @@ export class PatchPanel {
     if (balance.length > 0) this.curves.push(new Curves(head, this.present, "Heat balance", "W/m²", balance, 190));
     this.partner_rows = el("ol", { class: "partners" });
     return [
-      this.value_table(patch, fields),
+      this.headline(patch, fields),
       ...this.curves.map((one) => one.element),
-      ...this.layers(patch),
       el("h3", {}, "Radiation partners"),
       this.partner_rows,
+      ...this.layers(patch),
+      ...this.tables(patch, fields),
     ];
   }
 
@@ -111,16 +122,32 @@ export class PatchPanel {
     });
   }
 
-  private value_table(patch: number, fields: Field[]): HTMLElement {
-    const table = el("dl", { class: "values" });
+  /** The temperature of the patch, and the value that the colours show. */
+  private headline(patch: number, fields: Field[]): HTMLElement {
+    const shown = fields.filter((field) => ["surface_temperature", "leaf_temperature"].includes(field.head.id));
+    const coloured = this.district.field;
+    if (coloured && fields.includes(coloured) && !shown.includes(coloured)) shown.push(coloured);
+    return this.rows(patch, shown, true, "headline");
+  }
+
+  private tables(patch: number, fields: Field[]): HTMLElement[] {
+    return sections.flatMap(([role, title, unit]) => {
+      const rows = this.rows(patch, fields.filter((field) => field.head.role === role), unit === "", "values");
+      const heading = el("h3", {}, title, unit && el("span", { class: "quiet" }, ` ${unit}`));
+      return rows.childElementCount > 0 ? [heading, rows] : [];
+    });
+  }
+
+  private rows(patch: number, fields: Field[], units: boolean, style: string): HTMLElement {
+    const list = el("dl", { class: style });
     for (const field of fields) {
       const ever = field.head.steady ? [this.district.fields.value(field, 0, patch)] : this.course(field, patch);
       if (!ever.some((value) => value !== null && Number.isFinite(value))) continue;
       const cell = el("dd", {});
-      this.values.push({ field, cell });
-      table.append(el("div", { title: field.head.note }, el("dt", {}, field.head.name), cell));
+      this.values.push({ field, cell, unit: units ? field.head.unit : "" });
+      list.append(el("div", { title: field.head.note }, el("dt", {}, field.head.name), cell));
     }
-    return table;
+    return list;
   }
 
   private layers(patch: number): HTMLElement[] {
@@ -134,7 +161,7 @@ export class PatchPanel {
       return el(
         "tr",
         {},
-        el("td", {}, String(n + 1), bar),
+        el("td", {}, el("div", {}, String(n + 1), bar)),
         el("td", {}, `${+(100 * layer.thickness).toPrecision(4)}`),
         el("td", {}, layer.conductivity.toPrecision(3)),
         el("td", {}, (layer.capacity / 1e6).toPrecision(3)),
@@ -152,8 +179,8 @@ export class PatchPanel {
     const patch = this.present.view.selected;
     if (patch < 0) return;
     const { time } = this.present.view;
-    for (const { field, cell } of this.values) {
-      cell.textContent = with_unit(this.district.fields.value(field, time, patch), field.head.error, field.head.unit);
+    for (const { field, cell, unit } of this.values) {
+      cell.textContent = with_unit(this.district.fields.value(field, time, patch), field.head.error, unit);
     }
     this.curves.forEach((one) => one.follow());
     const given = await this.given(patch, time);

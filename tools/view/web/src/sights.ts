@@ -82,10 +82,12 @@ export class Sights {
   }
 
   private place(): void {
+    const taken: { x: number; y: number }[] = []; // a number that would cover another is left out
     for (const { element, at } of this.badges) {
       const { x, y, ahead } = this.stage.place_of(at);
       element.style.transform = `translate(${x}px, ${y}px) translate(-50%, -50%)`;
-      element.hidden = !ahead;
+      element.hidden = !ahead || taken.some((one) => Math.hypot(one.x - x, one.y - y) < 15);
+      if (!element.hidden) taken.push({ x, y });
     }
   }
 }

@@ -8,6 +8,8 @@ THREE.ColorManagement.enabled = false; // the shaders write the colours of the m
 const view_angle = 30; // [degree]; small, so that far walls keep their size
 const first_azimuth = (-152 / 180) * Math.PI; // the camera stands in the south-south-west
 const first_height = (36 / 180) * Math.PI;
+const upright_azimuth = (-160 / 180) * Math.PI;
+const upright_height = (52 / 180) * Math.PI;
 
 export class Stage {
   readonly scene = new THREE.Scene();
@@ -67,9 +69,19 @@ export class Stage {
 
   /** What panels cover of the canvas [pixel], so that the district stands in what is left. */
   set_inset(inset: { left: number; right: number; top: number; bottom: number }): void {
+    const before = this.fitting_now();
     this.inset = inset;
     this.apply_view();
+    // What was in view stays in view.
+    const offset = this.camera.position.clone().sub(this.controls.target);
+    offset.multiplyScalar(this.fitting_now() / before);
+    this.camera.position.copy(this.controls.target).add(offset);
+    this.controls.update();
     this.draw();
+  }
+
+  private fitting_now(): number {
+    return this.fitting(this.camera.position.clone().sub(this.controls.target).normalize());
   }
 
   private resize(): void {
@@ -133,11 +145,21 @@ export class Stage {
   }
 
   look_first(): void {
-    this.look(first_azimuth, first_height, false);
+    this.home(false);
   }
 
-  home(): void {
-    this.look(first_azimuth, first_height);
+  /** The whole district from the south-south-west; steeper where the page is higher than wide. */
+  home(smoothly = true): void {
+    const { width, height } = this.free();
+    const upright = height > 1.1 * width;
+    this.look(upright ? upright_azimuth : first_azimuth, upright ? upright_height : first_height, smoothly);
+  }
+
+  /** Draws near to a point, from the side on which the camera stands. */
+  approach(point: THREE.Vector3, distance: number): void {
+    const direction = this.camera.position.clone().sub(this.controls.target).normalize();
+    const now = this.camera.position.distanceTo(this.controls.target);
+    this.fly(point, direction, Math.min(now, Math.max(distance, this.controls.minDistance)), true);
   }
 
   from_above(): void {

@@ -21,6 +21,7 @@ const face_vertex = /* glsl */ `
   ${lookup}
   uniform usampler2D codes;
   uniform vec2 range;
+  uniform float relief;
   uniform uint hovered;
   uniform uint selected;
   in uint patch_number;
@@ -36,7 +37,7 @@ const face_vertex = /* glsl */ `
     share = code == ${missing}u ? -1.0 : clamp((float(code) - range.x) / (range.y - range.x), 0.0, 1.0);
     // Light from above and a little from the south-west: roofs and ground as the legend says, walls darker.
     vec3 n = normalize(normal);
-    shade = 0.90 + 0.10 * n.z + 0.05 * dot(n.xy, vec2(-0.45, -0.9));
+    shade = 1.0 + relief * (0.10 * (n.z - 1.0) + 0.05 * dot(n.xy, vec2(-0.45, -0.9)));
     lit = patch_number == selected ? 0.30 : patch_number == hovered ? 0.22 : 0.0;
   }
 `;
@@ -148,10 +149,10 @@ export class Surface {
     geometry.addGroup(shapes.solid.length, shapes.leafy.length, 1);
     geometry.boundingBox = shapes.box;
     geometry.boundingSphere = shapes.box.getBoundingSphere(new THREE.Sphere());
-    const face = (opacity: number) =>
+    const face = (opacity: number, relief: number) =>
       new THREE.ShaderMaterial({
         glslVersion: THREE.GLSL3,
-        uniforms: { ...this.uniforms, opacity: { value: opacity }, no_value: { value: new THREE.Color() } },
+        uniforms: { ...this.uniforms, opacity: { value: opacity }, relief: { value: relief }, no_value: { value: new THREE.Color() } },
         vertexShader: face_vertex,
         fragmentShader: face_fragment,
         side: THREE.DoubleSide,
@@ -160,10 +161,10 @@ export class Surface {
         polygonOffsetFactor: 1,
         polygonOffsetUnits: 1,
       });
-    this.materials = [face(1), face(0.8)];
+    this.materials = [face(1, 1), face(0.86, 1.9)];
     this.numbers = new THREE.ShaderMaterial({
       glslVersion: THREE.GLSL3,
-      uniforms: this.uniforms,
+      uniforms: { ...this.uniforms, relief: { value: 0 } },
       vertexShader: face_vertex,
       fragmentShader: number_fragment,
       side: THREE.DoubleSide,

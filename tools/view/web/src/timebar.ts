@@ -46,12 +46,14 @@ export class TimeBar {
 
   private marks(count: number): HTMLElement {
     const times = this.head.times;
-    const step = count <= 25 ? 6 : 24 * Math.ceil(count / 24 / 8);
+    const whole_days = times.length > 0 && times[times.length - 1].at > 24;
+    const noons = times.flatMap((time, n) => (time.hour === 12 ? [n] : []));
+    const every = Math.ceil(noons.length / 6);
     const marks = el("div", { class: "marks", "aria-hidden": "true" });
     times.forEach((time, n) => {
-      const whole_days = count > 25;
-      if (whole_days ? n % step !== 0 : time.hour % step !== 0) return;
-      const text = whole_days ? time.label.replace(/,.*/, "") : String(time.hour);
+      const marked = whole_days ? noons.includes(n) && noons.indexOf(n) % every === 0 : time.hour % 6 === 0;
+      if (!marked) return;
+      const text = whole_days ? time.label.replace(/,[^,]*$/, "") : String(time.hour);
       const mark = el("span", {}, text);
       mark.style.left = `${(100 * n) / Math.max(1, count - 1)}%`;
       marks.append(mark);
