@@ -100,9 +100,9 @@ void absorbed_beam(const RunModel& run, std::size_t hour, Values to) {
 /// What a share of the sky gives: the mean sky view of the group.
 void from_sky(const RunModel& run, Values to, double flux,
               const std::function<double(std::size_t)>& absorptivity) {
-  const auto view = stored(run, "sky_view_factor", 0);
+  const std::vector<double>& view = run.field("sky_view_factor")->exact;
   GroupMeans means(run);
-  for (std::size_t p = 0; p < to.size(); ++p) means.add(p, static_cast<double>(view[p]));
+  for (std::size_t p = 0; p < to.size(); ++p) means.add(p, view[p]);
   for (std::size_t p = 0; p < to.size(); ++p) {
     to[p] = takes_light(run.patches.kind[p])
                 ? static_cast<float>(absorptivity(p) * means.of(p) * flux)
@@ -224,12 +224,12 @@ Field steady(const RunModel& run, std::string_view name) {
 
 void add_geometry(RunModel& run) {
   Field area = steady(run, "patch_area");
-  area.values.assign(run.patches.area.begin(), run.patches.area.end());
+  area.exact = run.patches.area;
   run.fields.push_back(std::move(area));
   constexpr std::array<std::string_view, 3> kNormals{"normal_x", "normal_y", "normal_z"};
   for (std::size_t a = 0; a < 3; ++a) {
     Field normal = steady(run, kNormals[a]);
-    for (const auto& n : run.patches.normal) normal.values.push_back(static_cast<float>(n[a]));
+    for (const auto& n : run.patches.normal) normal.exact.push_back(n[a]);
     run.fields.push_back(std::move(normal));
   }
 }

@@ -292,7 +292,7 @@ void read_leaves(const RunFiles& files, QuietLog& quiet, RunModel& run, const Co
       .quantity = &quantity("leaf_area_density"), .size = leaves.cells.size(), .hours = 1};
   for (const jmk_module_data::LeafCell& cell : leaves.cells) {
     run.leaf_cells.push_back({cell.i, cell.j, cell.k});
-    density.values.push_back(static_cast<float>(trees.lad[static_cast<std::size_t>(cell.row)]));
+    density.exact.push_back(trees.lad[static_cast<std::size_t>(cell.row)]);
   }
   run.fields.push_back(std::move(density));
 }

@@ -94,7 +94,7 @@ void read_exchange(const RunFiles& files, QuietLog& quiet, const CoreInputs& cor
     return note(run, "View factors are not known", fault);
   }
   Field field{.quantity = &quantity("sky_view_factor"), .size = sky.size(), .hours = 1};
-  field.values.assign(sky.begin(), sky.end());
+  field.exact = std::move(sky);
   run.fields.push_back(std::move(field));
   take_partners(raddat, wanted, run);
   raddat.view_factors = {};
