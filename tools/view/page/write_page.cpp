@@ -80,7 +80,7 @@ std::string as_json_in_html(const nlohmann::json& value) {
   return replaced(text, {{'<', "\\u003c"}, {'>', "\\u003e"}});
 }
 
-void write_page(const RunModel& run, const std::string& program, const std::string& path) {
+void write_page(const RunModel& run, const std::string& path) {
   static constexpr std::string_view kTitle = "@TITLE@", kData = "<!--DATA-->";
   const std::string_view page = page_template();
   const std::size_t title = page.find(kTitle), data = page.find(kData);
@@ -95,7 +95,7 @@ void write_page(const RunModel& run, const std::string& program, const std::stri
     file.element("application/octet-stream", "block-" + std::string(name), text);
   });
   nlohmann::json head;
-  head["program"] = program;
+  head["program"] = "townskin_view " TOWNSKIN_VERSION;
   add_words(run, head);
   add_patches(run, sink, head);
   add_shapes(run, sink, head);

@@ -12,9 +12,9 @@
 
 namespace townskin_view {
 
-/// Writes the page of a run, which was read with its partners. `program` names the program and its
-/// version. A file that cannot be written is a Fault.
-void write_page(const RunModel& run, const std::string& program, const std::string& path);
+/// Writes the page of a run, which was read with its partners. A file that cannot be written is a
+/// Fault.
+void write_page(const RunModel& run, const std::string& path);
 
 /// Text within HTML: signs with a meaning there are escaped.
 [[nodiscard]] std::string as_html(std::string_view text);

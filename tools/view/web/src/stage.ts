@@ -45,6 +45,7 @@ export class Stage {
     this.controls.zoomSpeed = 1.2;
     this.controls.addEventListener("change", () => this.draw());
     new ResizeObserver(() => this.resize()).observe(canvas);
+    canvas.addEventListener("webglcontextrestored", () => this.draw());
     this.resize();
     this.look_first();
   }
