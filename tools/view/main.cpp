@@ -61,7 +61,7 @@ void write_surfaces(const Options& options, Stage& stage) {
 #ifdef TOWNSKIN_VIEW_NETCDF
   if (!options.netcdf.empty()) {
     write_netcdf(run, {TOWNSKIN_VERSION, TOWNSKIN_COMMIT, options.command},
-                 stage.file(options.netcdf));
+                 stage.file(options.netcdf, kMark, is_own_netcdf(options.netcdf)));
   }
 #endif
   if (!options.vtk.empty()) write_vtk_patches(run, options.vtk, stage);

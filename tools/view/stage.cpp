@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A text of this program has its mark near its start, a NetCDF file somewhere in its head.
+/// A text of this program has its mark near its start.
 bool is_ours(const std::string& path, std::string_view mark) {
   constexpr std::size_t kHead = 1 << 16;
   std::ifstream file(path, std::ios::binary);
@@ -34,7 +34,7 @@ Stage::~Stage() {
   for (const std::string& folder : made_folders_) fs::remove(folder, ignored);  // if it is empty
 }
 
-void Stage::check(const std::string& path, std::string_view mark) const {
+void Stage::check(const std::string& path, std::string_view mark, bool known) const {
   if (std::ranges::any_of(protected_,
                           [&](const std::string& file) { return frame::same_file(file, path); })) {
     throw Fault(path + " is a file of the run");
@@ -43,7 +43,7 @@ void Stage::check(const std::string& path, std::string_view mark) const {
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) return;
   if (!fs::is_regular_file(status)) throw Fault(path + " is no plain file");
-  if (!force_ && !is_ours(path, mark)) {
+  if (!force_ && !known && !is_ours(path, mark)) {
     throw Fault(path + " is there already and not one of townskin_view; --force replaces it");
   }
 }
@@ -65,11 +65,11 @@ void Stage::make_folder(const std::string& path) {
   }
 }
 
-std::string Stage::file(const std::string& path, std::string_view mark) {
+std::string Stage::file(const std::string& path, std::string_view mark, bool known) {
   if (std::ranges::find(outputs_, path, &Output::path) != outputs_.end()) {
     throw Fault(path + " would be written twice");
   }
-  check(path, mark);
+  check(path, mark, known);
   make_folder(path);
   std::string temporary = path + ".unfinished";
   std::error_code error;

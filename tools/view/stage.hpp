@@ -24,14 +24,16 @@ class Stage {
   Stage& operator=(const Stage&) = delete;
 
   /// The name under which `path` is to be written now; its folder is made where it is not there.
-  /// `mark` is what an earlier output of the same kind has near its start.
-  [[nodiscard]] std::string file(const std::string& path, std::string_view mark = kMark);
+  /// `mark` is what an earlier output of the same kind has near its start; `known` tells that what
+  /// stands there is one, where that is known by other means.
+  [[nodiscard]] std::string file(const std::string& path, std::string_view mark = kMark,
+                                 bool known = false);
   /// Gives all outputs their names.
   void commit();
 
  private:
   void make_folder(const std::string& path);
-  void check(const std::string& path, std::string_view mark) const;
+  void check(const std::string& path, std::string_view mark, bool known) const;
 
   struct Output {
     std::string temporary, path;

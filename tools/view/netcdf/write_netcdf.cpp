@@ -362,6 +362,18 @@ void Writer::write(const Origin& origin) {
 
 }  // namespace
 
+bool is_own_netcdf(const std::string& path) {
+  int id = 0;
+  if (nc_open(path.c_str(), NC_NOWRITE, &id) != NC_NOERR) return false;
+  std::size_t length = 0;
+  bool own = nc_inq_attlen(id, NC_GLOBAL, "program", &length) == NC_NOERR;
+  std::string text(length, '\0');
+  own = own && nc_get_att_text(id, NC_GLOBAL, "program", text.data()) == NC_NOERR &&
+        text.starts_with(kMark);
+  nc_close(id);
+  return own;
+}
+
 void write_netcdf(const RunModel& run, const Origin& origin, const std::string& path) {
   Writer(run, path).write(origin);
 }

@@ -21,4 +21,7 @@ struct Origin {
 /// Writes `path` anew. A fault tells what the NetCDF library said.
 void write_netcdf(const RunModel& run, const Origin& origin, const std::string& path);
 
+/// Whether a file is one that this program wrote.
+[[nodiscard]] bool is_own_netcdf(const std::string& path);
+
 }  // namespace townskin_view

@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <deque>
 #include <limits>
+#include <ranges>
 
 #include "run/outlines.hpp"
 #include "vtk/vtk_file.hpp"
@@ -27,13 +29,16 @@ Mesh mesh_of(const RunModel& run) {
     mesh.patch.push_back(static_cast<std::int32_t>(p));
   };
   for (std::size_t p = 0; p < run.patches.size(); ++p) {
-    if (run.shapes.of(p).size() == 1) {
-      const std::vector<std::uint32_t> line = joined_ring(run.shapes, p);
-      add(line.begin(), line.end(), p);
+    const auto rings = run.shapes.of(p);
+    if (std::ranges::any_of(rings, &Shapes::Ring::hole)) {
+      for (const auto& corners : triangles_of(run.shapes, run.patches.normal[p], p)) {
+        add(corners.begin(), corners.end(), p);
+      }
       continue;
     }
-    for (const auto& corners : triangles_of(run.shapes, run.patches.normal[p], p)) {
-      add(corners.begin(), corners.end(), p);
+    for (const Shapes::Ring& ring : rings) {
+      const auto line = std::views::iota(ring.first, ring.first + ring.count);
+      add(line.begin(), line.end(), p);
     }
   }
   return mesh;

@@ -1,8 +1,8 @@
 // A run as files for ParaView: the patches of each hour (.vtp), or the flow at each set of its
 // restart file (.vtr), and the series of them (.pvd).
 //
-// A patch of one ring is one polygon; one with holes or of several pieces is cut into triangles,
-// as polygons of VTK have neither. Cells carry PID, so that those of a patch are found again.
+// Each piece of a patch is a polygon; a patch with holes is cut into triangles, as polygons of VTK
+// have none. Cells carry PID, so that those of a patch are found again.
 #pragma once
 
 #include <string>
