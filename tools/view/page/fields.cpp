@@ -134,7 +134,8 @@ void add_field(const Field& field, std::vector<float>&& values, const Words& wor
                   {"high", coding.high}});
 }
 
-/// Leaves have no temperature in the results; their long-wave radiosity tells it, as they are black.
+/// Leaves have no temperature in the results; their long-wave radiosity tells it, as they are
+/// black.
 void add_leaf_temperature(const RunModel& run, BlockSink& sink, nlohmann::json& list) {
   const Field* field = run.field("radiant_temperature");
   const auto& kind = run.patches.kind;

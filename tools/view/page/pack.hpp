@@ -1,7 +1,7 @@
 // Numbers as the page keeps them: differences, in planes of bytes, deflated, in base64.
 //
-// Differences (to the value an hour before, or to the neighbour) and planes (all lowest bytes first)
-// make the packed text smaller; the page undoes both in one pass (web/src/payload.ts).
+// Differences (to the value an hour before, or to the neighbour) and planes (all lowest bytes
+// first) make the packed text smaller; the page undoes both in one pass (web/src/payload.ts).
 #pragma once
 
 #include <cstddef>

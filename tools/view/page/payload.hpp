@@ -12,7 +12,8 @@
 
 namespace townskin_view {
 
-/// Takes the blocks one by one, so that one field at a time is in memory, and lists them in the head.
+/// Takes the blocks one by one, so that one field at a time is in memory, and lists them in the
+/// head.
 class BlockSink {
  public:
   using Write = std::function<void(std::string_view name, const std::string& text)>;

@@ -5,7 +5,8 @@
 
 namespace townskin_view {
 
-/// HTML with "@TITLE@" for the escaped title and "<!--DATA-->" for the data, each once.
+/// HTML with "@TITLE@" for the escaped title, "<!--DATA-->" for what the first picture needs, the
+/// script, and "<!--MORE-->" for all other data, each once and in this order.
 [[nodiscard]] std::string_view page_template();
 
 }  // namespace townskin_view

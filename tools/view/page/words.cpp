@@ -20,14 +20,17 @@ json times_of(const RunModel& run) {
   double start = 0.0;  // days of the axis of curves follow each other, whatever lies between them
   const Hour* before = nullptr;
   for (const Hour& hour : run.hours) {
-    if (before != nullptr && (hour.month != before->month || hour.day != before->day)) start += 24.0;
+    if (before != nullptr && (hour.month != before->month || hour.day != before->day))
+      start += 24.0;
     before = &hour;
     std::size_t row = 0;
     for (std::size_t n = 0; n < run.properties.size(); ++n) {
       if (run.properties[n].month == hour.month) row = n;
     }
-    times.push_back(
-        {{"label", hour.text}, {"hour", hour.hour}, {"at", start + hour.hour}, {"properties", row}});
+    times.push_back({{"label", hour.text},
+                     {"hour", hour.hour},
+                     {"at", start + hour.hour},
+                     {"properties", row}});
   }
   return times;
 }

@@ -42,22 +42,27 @@ export function find_edges(shapes: Shapes, is_leafy: (patch: number) => boolean,
       }
     }
   }
-  weight.forEach((one, line) => {
-    if (one === strong && is_leafy(other[line]) && is_leafy(shapes.patch[first[line]])) weight[line] = leafy;
-  });
-  const kept = weight.flatMap((one, line) => (one >= leafy || (one === faint && keep_faint) ? [line] : []));
+  const kept: number[] = [];
+  for (let line = 0; line < weight.length; ++line) {
+    const of_crowns = weight[line] === strong && is_leafy(other[line]) && is_leafy(shapes.patch[first[line]]);
+    if (of_crowns) weight[line] = leafy;
+    if (weight[line] >= leafy || (weight[line] === faint && keep_faint)) kept.push(line);
+  }
   const edges = {
     position: new Float32Array(6 * kept.length),
     patches: new Uint32Array(4 * kept.length),
     strength: new Uint8Array(2 * kept.length),
   };
-  kept.forEach((line, n) => {
-    [first[line], second[line]].forEach((v, end) => {
-      edges.position.set(position.subarray(3 * v, 3 * v + 3), 6 * n + 3 * end);
-      edges.patches.set([shapes.patch[first[line]], other[line]], 4 * n + 2 * end);
+  for (let n = 0; n < kept.length; ++n) {
+    const line = kept[n];
+    for (let end = 0; end < 2; ++end) {
+      const v = end === 0 ? first[line] : second[line];
+      for (let axis = 0; axis < 3; ++axis) edges.position[6 * n + 3 * end + axis] = position[3 * v + axis];
+      edges.patches[4 * n + 2 * end] = shapes.patch[first[line]];
+      edges.patches[4 * n + 2 * end + 1] = other[line];
       edges.strength[2 * n + end] = weight[line];
-    });
-  });
+    }
+  }
   return edges;
 }
 
@@ -69,16 +74,34 @@ function same_direction(normal: Int8Array, a: number, b: number): boolean {
 
 /** One number for all corners at the same place (to 2 cm). */
 function vertex_numbers(position: Float32Array): { of: Uint32Array; count: number } {
-  const places = new Map<string, number>();
+  const { low, cells, step } = raster(position);
+  const places = new Map<number, number>();
   const of = new Uint32Array(position.length / 3);
   for (let v = 0; v < of.length; ++v) {
-    const key = `${Math.round(50 * position[3 * v])},${Math.round(50 * position[3 * v + 1])},${Math.round(50 * position[3 * v + 2])}`;
-    let number = places.get(key);
+    let place = 0;
+    for (let axis = 0; axis < 3; ++axis) {
+      place = place * cells[axis] + Math.round((position[3 * v + axis] - low[axis]) / step);
+    }
+    let number = places.get(place);
     if (number === undefined) {
       number = places.size;
-      places.set(key, number);
+      places.set(place, number);
     }
     of[v] = number;
   }
   return { of, count: places.size };
+}
+
+/** Cells of 2 cm over all corners, or of more where a number could not tell so many apart. */
+function raster(position: Float32Array): { low: number[]; cells: number[]; step: number } {
+  const low = [Infinity, Infinity, Infinity];
+  const high = [-Infinity, -Infinity, -Infinity];
+  for (let n = 0; n < position.length; ++n) {
+    low[n % 3] = Math.min(low[n % 3], position[n]);
+    high[n % 3] = Math.max(high[n % 3], position[n]);
+  }
+  for (let step = 0.02; ; step *= 2) {
+    const cells = low.map((least, axis) => Math.round((high[axis] - least) / step) + 2);
+    if (position.length === 0 || cells[0] * cells[1] * cells[2] < Number.MAX_SAFE_INTEGER) return { low, cells, step };
+  }
 }

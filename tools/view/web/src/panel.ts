@@ -101,7 +101,10 @@ export class PatchPanel {
         .filter((line) => line.values.some((value) => value !== null));
     const temperatures = lines(of_role("temperature"));
     if (head.air.some((value) => value !== null)) temperatures.push({ name: "air", values: head.air, colour: "--quiet", dashed: true });
-    const balance = lines(of_role("balance"));
+    // Without a temperature of its own a patch has no balance, and what the files say of it is 0.
+    const own = fields.find((field) => field.head.id === "surface_temperature");
+    const balanced = own !== undefined && this.course(own, patch).some((value) => value !== null);
+    const balance = balanced ? lines(of_role("balance")) : [];
     if (temperatures.length > 0) this.curves.push(new Curves(head, this.present, "Temperature", "°C", temperatures));
     if (balance.length > 0) this.curves.push(new Curves(head, this.present, "Heat balance", "W/m²", balance, 190));
     this.partner_rows = el("ol", { class: "partners" });
@@ -111,7 +114,7 @@ export class PatchPanel {
       el("h3", {}, "Radiation partners"),
       this.partner_rows,
       ...this.layers(patch),
-      ...this.tables(patch, fields),
+      ...this.tables(patch, fields.filter((field) => balanced || field.head.role !== "balance")),
     ];
   }
 

@@ -97,11 +97,18 @@ export function has_block(name: string): boolean {
 
 async function unpack(name: string): Promise<Numbers> {
   const kind = head?.blocks[name];
-  const element = document.getElementById("block-" + name);
+  const element = await element_of("block-" + name);
   if (!kind || !element) throw new Error(`the page has no block ${name}`);
   const bytes = await inflate(from_base64((element.textContent ?? "").trim()));
   element.remove(); // the text is not needed again
   return undo(bytes, kind);
+}
+
+/** An element of data, when all of it is there: what the first picture needs not stands behind the script. */
+async function element_of(id: string): Promise<HTMLElement | null> {
+  const whole = () => document.getElementById(id)?.nextSibling || document.readyState !== "loading";
+  if (!whole()) await new Promise((done) => document.addEventListener("DOMContentLoaded", done, { once: true }));
+  return document.getElementById(id);
 }
 
 function from_base64(text: string): Uint8Array<ArrayBuffer> {
@@ -125,11 +132,27 @@ function undo(bytes: Uint8Array, { type, delta }: Block): Numbers {
   const count = bytes.length / width;
   const numbers =
     type === "u8" ? new Uint8Array(count) : type === "u16" ? new Uint16Array(count) : new Int32Array(count);
-  for (let plane = 0; plane < width; ++plane) {
-    const shift = 8 * plane;
-    const start = plane * count;
-    for (let n = 0; n < count; ++n) numbers[n] |= bytes[start + n] << shift;
-  }
-  if (delta > 0) for (let n = delta; n < count; ++n) numbers[n] += numbers[n - delta];
+  if (numbers instanceof Uint8Array) numbers.set(bytes);
+  else if (numbers instanceof Uint16Array) join_two(bytes, numbers);
+  else join_four(bytes, numbers);
+  if (delta > 0) sum_up(numbers, delta);
   return numbers;
+}
+
+// A loop for each kind of number: one for all of them would run several times as long.
+function join_two(bytes: Uint8Array, numbers: Uint16Array): void {
+  const count = numbers.length;
+  for (let n = 0; n < count; ++n) numbers[n] = bytes[n] | (bytes[count + n] << 8);
+}
+
+function join_four(bytes: Uint8Array, numbers: Int32Array): void {
+  const count = numbers.length;
+  for (let n = 0; n < count; ++n) {
+    numbers[n] = bytes[n] | (bytes[count + n] << 8) | (bytes[2 * count + n] << 16) | (bytes[3 * count + n] << 24);
+  }
+}
+
+function sum_up(numbers: Numbers, delta: number): void {
+  if (numbers instanceof Uint16Array) for (let n = delta; n < numbers.length; ++n) numbers[n] += numbers[n - delta];
+  else for (let n = delta; n < numbers.length; ++n) numbers[n] += numbers[n - delta];
 }

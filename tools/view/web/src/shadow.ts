@@ -8,7 +8,8 @@ const fragment = /* glsl */ `
   out vec4 colour;
   void main() {
     float away = length(max(abs(at) - half_size, 0.0)) / softness;
-    colour = vec4(0.0, 0.0, 0.0, 0.20 * pow(max(0.0, 1.0 - away), 2.0));
+    float shade = away > 0.0 ? 0.20 * pow(max(0.0, 1.0 - away), 2.0) : 0.08; // what is hidden shows it
+    colour = vec4(0.0, 0.0, 0.0, shade);
   }
 `;
 
