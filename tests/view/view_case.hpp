@@ -31,14 +31,22 @@ inline Said view(const std::string& arguments) {
   return run(std::string(TOWNSKIN_VIEW_PROGRAM) + " " + arguments);
 }
 
-/// A finished run of an example, or of a case of the tests.
+/// The directory of a finished run of an example, or of a case of the tests; each is run once.
+inline const std::filesystem::path& finished(const std::string& name) {
+  static std::map<std::string, run_case::RunCase> runs;
+  static std::map<std::string, std::filesystem::path> paths;
+  if (const auto at = paths.find(name); at != paths.end()) return at->second;
+  const run_case::RunCase& run = runs.try_emplace(name, run_case::inputs_of(name)).first->second;
+  if (const auto outcome = run.run(); outcome.status != 0) {
+    throw std::runtime_error(name + " ends with status " + std::to_string(outcome.status));
+  }
+  return paths.emplace(name, run.path()).first->second;
+}
+
+/// A copy of a finished run, to be harmed.
 class FinishedRun : public run_case::RunCase {
  public:
-  explicit FinishedRun(const std::string& name) : RunCase(run_case::inputs_of(name)) {
-    if (const auto outcome = run(); outcome.status != 0) {
-      throw std::runtime_error(name + " ends with status " + std::to_string(outcome.status));
-    }
-  }
+  explicit FinishedRun(const std::string& name) : RunCase(finished(name)) {}
   [[nodiscard]] std::string directory() const { return path().string(); }
 };
 
