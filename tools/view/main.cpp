@@ -38,17 +38,17 @@ void check_parts(const Options& options) {
 Wanted wanted_of(const Options& options) {
   Wanted wanted;
   wanted.partners = options.wants_page;
+  wanted.cells = !options.netcdf.empty() || !options.csv.empty();
   if (!options.why.empty()) wanted.all_partners_of = read_question(options.why).PID;
   return wanted;
 }
 
-/// All files of a run, inputs and results: none of them may be an output.
+/// All files in a run's directory: what is not of this program is never replaced there.
 std::vector<std::string> files_in(const std::string& run) {
   std::vector<std::string> files;
   std::error_code error;
   using Walk = std::filesystem::recursive_directory_iterator;
   for (Walk at(run, error), end; !error && at != end; at.increment(error)) {
-    if (at->path().extension() == ".html" || at->path().extension() == ".nc") continue;
     if (at->is_regular_file(error)) files.push_back(at->path().string());
   }
   return files;
@@ -83,11 +83,12 @@ int main(int argc, char** argv) {
       return 0;
     }
     check_parts(options);
-    Stage stage(options.force, files_in(options.run));
     std::error_code error;
     const bool surfaces =
         std::filesystem::exists(std::filesystem::path(options.run) / "file_name", error);
     const bool flow = is_flow_run(options.run);
+    if (!surfaces && !flow) static_cast<void>(read_run(options.run, {}));  // tells what it is not
+    Stage stage(options.force, files_in(options.run));
     const bool only_vtk = !options.vtk.empty() && !options.wants_page && options.netcdf.empty() &&
                           options.csv.empty() && options.why.empty();
     if (flow && !surfaces && !only_vtk) {

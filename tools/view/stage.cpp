@@ -35,17 +35,18 @@ Stage::~Stage() {
 }
 
 void Stage::check(const std::string& path, std::string_view mark, bool known) const {
-  if (std::ranges::any_of(protected_,
-                          [&](const std::string& file) { return frame::same_file(file, path); })) {
-    throw Fault(path + " is a file of the run");
-  }
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) return;
   if (!fs::is_regular_file(status)) throw Fault(path + " is no plain file");
-  if (!force_ && !known && !is_ours(path, mark)) {
-    throw Fault(path + " is there already and not one of townskin_view; --force replaces it");
+  if (known || is_ours(path, mark)) return;
+  if (std::ranges::any_of(protected_, [&](const std::string& file) {
+        return frame::same_file(file, path);
+      })) {
+    throw Fault(path + " is a file of the run");
   }
+  if (force_) return;
+  throw Fault(path + " is there already and not one of townskin_view; --force replaces it");
 }
 
 /// Makes the folder of a file, and remembers what was made, the innermost first.

@@ -14,6 +14,8 @@ void NcFile::check(int status) const {
 }
 
 NcFile::NcFile(const std::string& path) : path_(path) {
+  // Chunks are written whole and once: the library is to keep as good as none of them.
+  check(nc_set_chunk_cache(1 << 16, 11, 1.0F));
   check(nc_create(path.c_str(), NC_NETCDF4 | NC_CLOBBER, &id_));
   int before = 0;
   check(nc_set_fill(id_, NC_NOFILL, &before));  // every value is written

@@ -47,7 +47,8 @@ class Reader {
       open(static_cast<std::int32_t>(hour));
     }
     if (!fits()) return refuse("is that of another place");
-    for (std::size_t c = 0; c < layout_.values; ++c) {
+    const bool first = blocks_.hours.empty();
+    for (std::size_t c = 0; c < layout_.values - (first ? 0 : layout_.steady); ++c) {
       blocks_.columns[c].push_back(static_cast<float>(row_[layout_.first_value + c]));
     }
     ++place_;
@@ -57,7 +58,7 @@ class Reader {
 
   void open(std::int32_t hour) {
     hour_ = hour;
-    if (!learning_ && blocks_.hours.empty()) reserve();
+    if (!reserved_ && !learning_) reserve();
   }
   void close() {
     blocks_.hours.push_back(hour_);
@@ -67,8 +68,11 @@ class Reader {
 
   /// Room for all blocks, as many as the file's size promises.
   void reserve() {
+    reserved_ = true;
     const std::size_t rows = lines_.size() / (line_size_ + 1) + 1;
-    for (auto& column : blocks_.columns) column.reserve(rows);
+    for (std::size_t c = 0; c < layout_.values - layout_.steady; ++c) {
+      blocks_.columns[c].reserve(rows);
+    }
   }
 
   bool fits() {
@@ -108,6 +112,7 @@ class Reader {
   Keys& keys_;
   Blocks& blocks_;
   bool learning_;
+  bool reserved_ = false;
   std::int32_t hour_ = 0;
   std::size_t place_ = 0;
   std::size_t line_size_ = 0;  // of the row that is entered

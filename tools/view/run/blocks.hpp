@@ -23,6 +23,7 @@ struct Layout {
   std::size_t keys = 0;
   std::size_t first_value = 0;  ///< values, one column each
   std::size_t values = 0;
+  std::size_t steady = 0;    ///< how many of the last values are kept of the first block alone
   std::size_t headings = 0;  ///< lines before the first row, whatever they look like
 };
 

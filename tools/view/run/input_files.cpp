@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <span>
 
 #include "fault.hpp"
 #include "inputs/calendar.hpp"
@@ -172,10 +174,14 @@ RunFiles read_file_name(const std::string& directory, QuietLog& quiet) {
 
 std::string hash_of(const std::vector<std::string>& paths) {
   std::uint64_t hash = 0xcbf29ce484222325U;
+  std::vector<char> piece(1 << 20);
   for (const std::string& path : paths) {
-    const frame::TextInput file(path);
-    for (const char c : file.content()) {
-      hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
+    std::ifstream file(path, std::ios::binary);
+    while (file) {
+      file.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+      for (const char c : std::span(piece).first(static_cast<std::size_t>(file.gcount()))) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
+      }
     }
   }
   std::array<char, 17> text{};

@@ -1,6 +1,7 @@
 #include "run/radiation.hpp"
 
 #include <algorithm>
+#include <numeric>
 
 #include "radiation/shade.hpp"
 
@@ -64,6 +65,25 @@ void take_partners(const tsrf_module_raddat::Data& raddat, const Wanted& wanted,
 
 }  // namespace
 
+namespace {
+
+/// Lists the patches of each group.
+void list_members(RunModel& run) {
+  const std::vector<std::int32_t>& group = run.patches.group;
+  const std::size_t groups =
+      group.empty() ? 0 : static_cast<std::size_t>(*std::ranges::max_element(group)) + 1;
+  run.first_member.assign(groups + 1, 0);
+  for (const std::int32_t g : group) ++run.first_member[static_cast<std::size_t>(g) + 1];
+  std::partial_sum(run.first_member.begin(), run.first_member.end(), run.first_member.begin());
+  run.members.resize(group.size());
+  std::vector<std::uint32_t> next(run.first_member.begin(), run.first_member.end());
+  for (std::size_t p = 0; p < group.size(); ++p) {
+    run.members[next[static_cast<std::size_t>(group[p])]++] = static_cast<std::int32_t>(p);
+  }
+}
+
+}  // namespace
+
 void read_groups(const RunFiles& files, QuietLog& quiet, const CoreInputs& core,
                  tsrf_module_raddat::Data& raddat, RunModel& run) {
   const auto control = files.open(frame::kUnitControl);
@@ -74,8 +94,9 @@ void read_groups(const RunFiles& files, QuietLog& quiet, const CoreInputs& core,
   });
   if (fault.empty()) {
     run.patches.group = raddat.pgx;
-    return;
+    return list_members(run);
   }
+  list_members(run);
   raddat.NPGID = 0;
   note(run, "Groups of patches and the exchange of radiation among them are not known", fault);
 }

@@ -90,7 +90,7 @@ RunModel read_run(const std::string& directory, const Wanted& wanted) {
     read_exchange(files, quiet, core, wanted, raddat, run);
   }
   if (wanted.results) {
-    read_results(files, run);
+    read_results(files, wanted, run);
     read_sky(files, quiet, run);
     if (wanted.radiation) read_sunlit(files, quiet, core, run);
   }
@@ -102,11 +102,15 @@ Gift gift_of(const RunModel& run, std::size_t patch, const Partner& partner, std
   const Field* longwave = run.field("longwave_radiosity");
   const Field* shortwave = run.field("shortwave_radiosity");
   if (longwave == nullptr || shortwave == nullptr) return {};
-  const auto from = static_cast<std::size_t>(partner.patch);
-  return {run.emissivity(patch, hour) * partner.view_factor *
-              static_cast<double>(longwave->stored(hour)[from]),
-          (1.0 - run.albedo(patch, hour)) * partner.view_factor *
-              static_cast<double>(shortwave->stored(hour)[from])};
+  double area = 0.0, long_power = 0.0, short_power = 0.0;
+  for (const std::int32_t member : run.group_of(static_cast<std::size_t>(partner.patch))) {
+    const auto from = static_cast<std::size_t>(member);
+    area += run.patches.area[from];
+    long_power += run.patches.area[from] * static_cast<double>(longwave->stored(hour)[from]);
+    short_power += run.patches.area[from] * static_cast<double>(shortwave->stored(hour)[from]);
+  }
+  return {run.emissivity(patch, hour) * partner.view_factor * long_power / area,
+          (1.0 - run.albedo(patch, hour)) * partner.view_factor * short_power / area};
 }
 
 }  // namespace townskin_view

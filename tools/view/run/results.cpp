@@ -4,6 +4,7 @@
 #include <array>
 #include <initializer_list>
 #include <limits>
+#include <map>
 #include <utility>
 
 #include "inputs/calendar.hpp"
@@ -140,8 +141,13 @@ void drop_placeholders(RunModel& run) {
 
 void read_cells(const RunFiles& files, RunModel& run) {
   Keys keys;
-  const Layout surf_temp{
-      .numbers = 10, .hour = 3, .first_key = 0, .keys = 3, .first_value = 4, .values = 6};
+  const Layout surf_temp{.numbers = 10,
+                         .hour = 3,
+                         .first_key = 0,
+                         .keys = 3,
+                         .first_value = 4,
+                         .values = 6,
+                         .steady = 3};
   Table table = read_table(files, frame::kUnitSurfTemp, surf_temp, keys, run);
   for (std::size_t n = 0; n < keys.size(); n += 3) {
     run.cells.push_back(
@@ -161,13 +167,15 @@ void read_released(const RunFiles& files, RunModel& run) {
       .numbers = 8, .hour = 3, .first_key = 0, .keys = 3, .first_value = 6, .values = 2};
   Table table = read_table(files, frame::kUnitBldLoad, layout, keys, run);
   if (table.hours.empty()) return;
+  std::map<std::array<std::int32_t, 3>, std::size_t> places;
+  for (std::size_t c = 0; c < run.cells.size(); ++c) {
+    places.emplace(std::array{run.cells[c].i, run.cells[c].j, run.cells[c].k}, c);
+  }
   std::vector<std::size_t> place;
   for (std::size_t n = 0; n < keys.size(); n += 3) {
-    const auto at = std::ranges::find_if(run.cells, [&](const Cell& c) {
-      return c.i == keys[n] && c.j == keys[n + 1] && c.k == keys[n + 2];
-    });
-    if (at == run.cells.end()) return note(run, "BldLoad has cells that SurfTemp has not", "");
-    place.push_back(static_cast<std::size_t>(at - run.cells.begin()));
+    const auto at = places.find({keys[n], keys[n + 1], keys[n + 2]});
+    if (at == places.end()) return note(run, "BldLoad has cells that SurfTemp has not", "");
+    place.push_back(at->second);
   }
   for (std::vector<float>& column : table.columns) {
     std::vector<float> spread(table.hours.size() * run.cells.size(), kNone);
@@ -208,7 +216,7 @@ void note_end(const RunFiles& files, RunModel& run) {
 
 }  // namespace
 
-void read_results(const RunFiles& files, RunModel& run) {
+void read_results(const RunFiles& files, const Wanted& wanted, RunModel& run) {
   Keys PIDs = run.patches.PID;
   const Layout layout{
       .numbers = 11, .hour = 4, .first_key = 0, .keys = 1, .first_value = 5, .values = 5};
@@ -217,8 +225,10 @@ void read_results(const RunFiles& files, RunModel& run) {
          "conducted_heat"},
         run);
   drop_placeholders(run);
-  read_cells(files, run);
-  read_released(files, run);
+  if (wanted.cells) {
+    read_cells(files, run);
+    read_released(files, run);
+  }
   read_buildings(files, run);
   name_hours(run);
   note_end(files, run);

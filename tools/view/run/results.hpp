@@ -6,7 +6,7 @@
 
 namespace townskin_view {
 
-/// Patches, buildings and cells of all hours that are there. What lacks is noted.
-void read_results(const RunFiles& files, RunModel& run);
+/// Patches, buildings and, as asked for, cells of all hours that are there. What lacks is noted.
+void read_results(const RunFiles& files, const Wanted& wanted, RunModel& run);
 
 }  // namespace townskin_view

@@ -169,6 +169,9 @@ struct RunModel {
   std::vector<Partner> partners;
   std::vector<std::uint32_t> first_partner;  ///< per group, and one more
 
+  /// Patches by group, those of group g from first_member[g] to first_member[g + 1].
+  std::vector<std::int32_t> members;
+  std::vector<std::uint32_t> first_member;
   std::vector<Partner> all_partners;  ///< of the patch that `Wanted` names
 
   /// What is lacking, or differs from what a reader would expect, in whole sentences.
@@ -185,6 +188,11 @@ struct RunModel {
     const auto g = static_cast<std::size_t>(patches.group[patch]);
     return std::span(partners).subspan(first_partner[g], first_partner[g + 1] - first_partner[g]);
   }
+  /// The patches of the group of a patch, itself among them.
+  [[nodiscard]] std::span<const std::int32_t> group_of(std::size_t patch) const {
+    const auto g = static_cast<std::size_t>(patches.group[patch]);
+    return std::span(members).subspan(first_member[g], first_member[g + 1] - first_member[g]);
+  }
   /// Albedo, emissivity and wetness of a patch at an hour.
   [[nodiscard]] double albedo(std::size_t patch, std::size_t hour) const;
   [[nodiscard]] double emissivity(std::size_t patch, std::size_t hour) const;
@@ -194,16 +202,18 @@ struct RunModel {
 /// What of a run is to be read. Patches, shapes, buildings and notes always are.
 struct Wanted {
   bool results = true;    ///< the fields
+  bool cells = true;      ///< the fields of cells, from SurfTemp and BldLoad
   bool radiation = true;  ///< sky view and sunlit fractions, and what is derived from them
   bool partners = false;  ///< of each group, from the file of view factors
-  std::optional<std::int32_t> all_partners_of;  ///< PID of a patch whose partners are all wanted
+  std::optional<std::int32_t> all_partners_of{};  ///< PID of a patch whose partners are all wanted
 };
 
 /// Reads the run in `directory`. A directory that is none of a run, or whose patches cannot be
 /// read, is a Fault with the reason.
 [[nodiscard]] RunModel read_run(const std::string& directory, const Wanted& wanted);
 
-/// What a partner gives to a patch at an hour: the part that the patch absorbs [W/m2].
+/// What a partner gives to a patch at an hour: the part that the patch absorbs [W/m2]. The patches
+/// of a group send out alike, but for leaves: there the mean of the group counts.
 struct Gift {
   double longwave = 0.0, shortwave = 0.0;
 };
