@@ -6,6 +6,13 @@ import { read_shapes, Shapes } from "./shapes";
 import { Surface } from "./surface";
 import type { Present } from "./view";
 
+/** A group that a patch sees, by its largest patch. */
+export interface Partner {
+  patch: number;
+  share: number; // of the view
+  members: number[]; // all patches of the group
+}
+
 export class District {
   readonly fields: Fields;
   readonly surface: Surface;
@@ -106,14 +113,16 @@ export class District {
   }
 
   /** Partners of a patch in the exchange of radiation, with the share of its view that each takes. */
-  async partners(patch: number): Promise<{ patch: number; share: number }[]> {
+  async partners(patch: number): Promise<Partner[]> {
     if (!has_block("partner")) return [];
     const [group, partner, share] = await Promise.all([block("group"), block("partner"), block("partner-share")]);
-    const found = [];
+    const found: Partner[] = [];
     for (let n = 0; n < this.head.partners; ++n) {
       const at = group[patch] * this.head.partners + n;
-      if (partner[at] >= 0) found.push({ patch: partner[at], share: share[at] / 65535 });
+      if (partner[at] >= 0) found.push({ patch: partner[at], share: share[at] / 65535, members: [] });
     }
+    const of_group = new Map(found.map((one) => [group[one.patch], one]));
+    for (let p = 0; p < this.head.patches; ++p) of_group.get(group[p])?.members.push(p);
     return found;
   }
 

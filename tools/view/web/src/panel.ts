@@ -1,15 +1,13 @@
 // The panel of one patch: what it is, its values, its day, its layers, and who sends it radiation.
 import { Curves, Line } from "./curves";
-import type { District } from "./district";
+import type { District, Partner } from "./district";
 import { el } from "./dom";
 import { Field, shown, with_unit } from "./fields";
 import type { FieldHead } from "./payload";
 import type { Sights } from "./sights";
 import type { Present } from "./view";
 
-interface Given {
-  patch: number;
-  share: number; // of the view
+interface Given extends Partner {
   longwave: number; // absorbed [W/m2]
   shortwave: number;
 }
@@ -207,10 +205,22 @@ export class PatchPanel {
     return partners
       .map((one) => ({
         ...one,
-        longwave: long ? own.emissivity * one.share * fields.value(long, time, one.patch) : NaN,
-        shortwave: short ? (1 - own.albedo) * one.share * fields.value(short, time, one.patch) : NaN,
+        longwave: long ? own.emissivity * one.share * this.mean(long, time, one.members) : NaN,
+        shortwave: short ? (1 - own.albedo) * one.share * this.mean(short, time, one.members) : NaN,
       }))
       .sort((a, b) => b.longwave + b.shortwave - (a.longwave + a.shortwave) || b.share - a.share);
+  }
+
+  /** Of a group, by the areas of its patches. */
+  private mean(field: Field, time: number, members: number[]): number {
+    const { area } = this.district.patches;
+    let sum = 0;
+    let whole = 0;
+    for (const p of members) {
+      sum += area[p] * field.value(time, p);
+      whole += area[p];
+    }
+    return sum / whole;
   }
 
   private show_partners(given: Given[]): void {
