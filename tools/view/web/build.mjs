@@ -23,8 +23,16 @@ const script = await bundle("src/main.ts", "js");
 for (const [name, text] of [["style", style], ["script", script]]) {
   if (/<\/(style|script)|<!--/i.test(text)) throw new Error(`the ${name} would end its own element`);
 }
+// What is bundled asks to be named wherever it goes.
+const licences = ["three", "uplot", "d3-scale-chromatic", "d3-interpolate", "d3-color"].map((name) => {
+  const text = readFileSync(`node_modules/${name}/LICENSE`, "utf8").trim();
+  if (text.includes("--")) throw new Error(`the licence of ${name} does not fit into a comment`);
+  return `${name}\n\n${text}\n`;
+});
+
 // Replacements by function: a "$" in the bundle means itself.
 const page = readFileSync("src/page.html", "utf8")
   .replace("/*STYLE*/", () => style)
-  .replace("/*SCRIPT*/", () => script);
+  .replace("/*SCRIPT*/", () => script)
+  .replace("LICENCES", () => licences.join("\n"));
 writeFileSync(out, page);
