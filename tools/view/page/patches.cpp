@@ -103,8 +103,8 @@ void add_shapes(const RunModel& run, BlockSink& sink, nlohmann::json& head) {
       size.push_back(static_cast<std::int32_t>(ring.count));
       owner.push_back(static_cast<std::int32_t>(p));
       hole.push_back(ring.hole ? 1 : 0);
-      const auto first = shapes.xyz.begin() + static_cast<std::ptrdiff_t>(3 * ring.first);
-      xyz.insert(xyz.end(), first, first + static_cast<std::ptrdiff_t>(3 * ring.count));
+      const auto first = shapes.xyz.begin() + 3 * static_cast<std::ptrdiff_t>(ring.first);
+      xyz.insert(xyz.end(), first, first + 3 * static_cast<std::ptrdiff_t>(ring.count));
     }
   }
   const Box box = box_of(xyz);

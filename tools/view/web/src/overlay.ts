@@ -4,7 +4,7 @@ import type { District } from "./district";
 import { with_unit } from "./fields";
 import type { Stage } from "./stage";
 
-const lengths = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1000, 2000, 5000];
+const lengths = [0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100, 200, 500, 1000, 2000, 5000];
 
 export class Overlay {
   readonly element = el("div", { class: "overlay" });
@@ -51,7 +51,7 @@ export class Overlay {
     const site = (-Math.atan2(this.north[0], this.north[1]) * 180) / Math.PI;
     this.needle.style.transform = `rotate(${this.stage.north() - site}deg)`;
     const metres = this.stage.metres_per_pixel();
-    const length = [...lengths].reverse().find((one) => one / metres <= 130) ?? lengths[0];
+    const length = [...lengths].reverse().find((one) => one / metres <= 120) ?? lengths[0];
     this.bar.style.width = `${length / metres}px`;
     this.length.textContent = length < 1000 ? `${length} m` : `${length / 1000} km`;
   }

@@ -227,7 +227,8 @@ export class PatchPanel {
     const rows = given.map((one) => {
       const pid = this.district.patches.pid[one.patch];
       const go = el("button", { type: "button", class: "link", click: () => this.present.set("selected", one.patch) }, `patch ${pid}`);
-      const gives = `${shown(one.longwave, 0.05)} + ${shown(one.shortwave, 0.05)} W/m²`;
+      const known = Number.isFinite(one.longwave + one.shortwave);
+      const gives = known ? `${shown(one.longwave, 0.05)} + ${shown(one.shortwave, 0.05)} W/m²` : "";
       return el(
         "li",
         {},

@@ -59,6 +59,7 @@ export async function read_shapes(head: Head, patches: Patches, leafy_kinds: Set
   shapes.solid = new Uint32Array(solid);
   shapes.leafy = new Uint32Array(leafy);
   shapes.box.setFromArray(position as unknown as number[]);
+  if (shapes.box.isEmpty()) shapes.box.set(new THREE.Vector3(-1, -1, 0), new THREE.Vector3(1, 1, 1));
   return shapes;
 }
 
