@@ -100,7 +100,7 @@ int main(int argc, char** argv) {
       for (const std::string& note : run.notes) std::cerr << "note: " << note << '\n';
       const FlowSets sets = write_vtk_flow(run, options.vtk, stage);
       flow_note =
-          sets.count > 0 || !sets.note.empty() ? sets.note : "there are no fields of a flow";
+          sets.count > 0 || !sets.note.empty() ? sets.note : "there are no fields of the flow: its restart file is not there or empty";
       if (sets.count == 0 && !surfaces) throw Fault(options.run + ": " + flow_note);
     }
     if (surfaces || !flow) write_surfaces(options, stage);
