@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "commit.hpp"
 #include "csv/write_csv.hpp"
 #include "fault.hpp"
 #include "flow/flow_run.hpp"
@@ -23,6 +24,12 @@ namespace {
 
 using namespace townskin_view;
 constexpr int kFault = 2;
+
+/// Version and, where it is known, the commit.
+std::string version() {
+  const std::string commit = TOWNSKIN_COMMIT;
+  return TOWNSKIN_VERSION + (commit.empty() ? "" : " (commit " + commit + ")");
+}
 
 /// Parts that this program may be built without.
 void check_parts(const Options& options) {
@@ -77,7 +84,7 @@ void write_surfaces(const Options& options, Stage& stage) {
 
 int main(int argc, char** argv) {
   try {
-    const Options options = read_options(argc, argv, TOWNSKIN_VERSION);
+    const Options options = read_options(argc, argv, version());
     if (!options.to_print.empty()) {
       std::cout << options.to_print;
       return 0;
@@ -99,8 +106,9 @@ int main(int argc, char** argv) {
       const FlowRun run = read_flow_run(options.run);
       for (const std::string& note : run.notes) std::cerr << "note: " << note << '\n';
       const FlowSets sets = write_vtk_flow(run, options.vtk, stage);
-      flow_note =
-          sets.count > 0 || !sets.note.empty() ? sets.note : "there are no fields of the flow: its restart file is not there or empty";
+      flow_note = sets.count > 0 || !sets.note.empty()
+                      ? sets.note
+                      : "there are no fields of the flow: its restart file is not there or empty";
       if (sets.count == 0 && !surfaces) throw Fault(options.run + ": " + flow_note);
     }
     if (surfaces || !flow) write_surfaces(options, stage);
