@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "commit.hpp"
 #include "csv/write_csv.hpp"
 #include "fault.hpp"
 #include "flow/flow_run.hpp"
@@ -23,6 +24,12 @@ namespace {
 
 using namespace townskin_view;
 constexpr int kFault = 2;
+
+/// Version and, where it is known, the commit.
+std::string version() {
+  const std::string commit = TOWNSKIN_COMMIT;
+  return TOWNSKIN_VERSION + (commit.empty() ? "" : " (commit " + commit + ")");
+}
 
 /// Parts that this program may be built without.
 void check_parts(const Options& options) {
@@ -73,11 +80,30 @@ void write_surfaces(const Options& options, Stage& stage) {
   for (const std::string& note : run.notes) std::cerr << "note: " << note << '\n';
 }
 
+/// Writes the flow of a directory; what is to be told of it. Beside a run of surfaces a flow that
+/// cannot be read, or has no fields yet, is left out.
+std::string write_flow(const Options& options, bool beside_surfaces, Stage& stage) {
+  FlowRun run;
+  try {
+    run = read_flow_run(options.run);
+  } catch (const Fault& fault) {
+    if (!beside_surfaces) throw;
+    return fault.what();
+  }
+  const FlowSets sets = write_vtk_flow(run, options.vtk, stage);
+  if (sets.count > 0) return sets.note.empty() && !run.notes.empty() ? run.notes[0] : sets.note;
+  const std::string none =
+      "there are no fields of the flow: " +
+      (sets.note.empty() ? "its restart file is not there or empty" : sets.note);
+  if (!beside_surfaces) throw Fault(options.run + ": " + none);
+  return none;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    const Options options = read_options(argc, argv, TOWNSKIN_VERSION);
+    const Options options = read_options(argc, argv, version());
     if (!options.to_print.empty()) {
       std::cout << options.to_print;
       return 0;
@@ -95,14 +121,7 @@ int main(int argc, char** argv) {
       throw Fault(options.run + " is a run of the flow alone: --vtk is all that it gives");
     }
     std::string flow_note;
-    if (flow && !options.vtk.empty()) {
-      const FlowRun run = read_flow_run(options.run);
-      for (const std::string& note : run.notes) std::cerr << "note: " << note << '\n';
-      const FlowSets sets = write_vtk_flow(run, options.vtk, stage);
-      flow_note =
-          sets.count > 0 || !sets.note.empty() ? sets.note : "there are no fields of a flow";
-      if (sets.count == 0 && !surfaces) throw Fault(options.run + ": " + flow_note);
-    }
+    if (flow && !options.vtk.empty()) flow_note = write_flow(options, surfaces, stage);
     if (surfaces || !flow) write_surfaces(options, stage);
     stage.commit();
     if (!flow_note.empty()) std::cerr << "note: " << flow_note << '\n';

@@ -25,12 +25,12 @@ Options read_options(int argc, const char* const* argv, const std::string& versi
   Options options;
   bool show_version = false, show_quantities = false;
   CLI::App app{"Results of a townskin run for the eyes and for other programs.", "townskin_view"};
-  app.add_option("run", options.run, "run directory");
-  app.add_option("-o,--page", options.page, "page to write [RUN.html]");
-  app.add_option("--netcdf", options.netcdf, "NetCDF file to write");
-  app.add_option("--vtk", options.vtk, "folder for ParaView's files");
-  app.add_option("--csv", options.csv, "folder for tables");
-  app.add_option("--why", options.why, "PID@HOUR: why a patch is so hot then");
+  app.add_option("run", options.run, "run directory")->type_name("RUN");
+  app.add_option("-o,--page", options.page, "page to write [RUN.html]")->type_name("FILE");
+  app.add_option("--netcdf", options.netcdf, "NetCDF file to write")->type_name("FILE");
+  app.add_option("--vtk", options.vtk, "folder for ParaView's files")->type_name("FOLDER");
+  app.add_option("--csv", options.csv, "folder for tables")->type_name("FOLDER");
+  app.add_option("--why", options.why, "why a patch is so hot then")->type_name("PID@HOUR");
   app.add_flag("--force", options.force, "replace files that are not of townskin_view");
   app.add_flag("--quantities", show_quantities, "print the table of quantities");
   app.add_flag("--version", show_version, "print the version");

@@ -40,9 +40,8 @@ void Stage::check(const std::string& path, std::string_view mark, bool known) co
   if (!fs::exists(status)) return;
   if (!fs::is_regular_file(status)) throw Fault(path + " is no plain file");
   if (known || is_ours(path, mark)) return;
-  if (std::ranges::any_of(protected_, [&](const std::string& file) {
-        return frame::same_file(file, path);
-      })) {
+  if (std::ranges::any_of(protected_,
+                          [&](const std::string& file) { return frame::same_file(file, path); })) {
     throw Fault(path + " is a file of the run");
   }
   if (force_) return;

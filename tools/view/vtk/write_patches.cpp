@@ -63,7 +63,9 @@ class CellData {
  public:
   CellData(const RunModel& run, const Mesh& mesh) : run_(run), mesh_(mesh) {
     part_.element = "CellData";
-    part_.attributes = " Scalars=\"surface_temperature\"";
+    if (run.field("surface_temperature") != nullptr) {
+      part_.attributes = " Scalars=\"surface_temperature\"";
+    }
     codes("PID", run.patches.PID);
     codes("BldID", run.patches.BldID);
     std::vector<std::uint8_t> kinds;
