@@ -6,7 +6,13 @@ jobs=$(nproc 2>/dev/null || echo 2)
 build_packages=(cmake ninja-build ccache g++)
 case_packages=(libembree-dev libgeos-dev libproj-dev proj-data nlohmann-json3-dev libtomlplusplus-dev
                libcli11-dev)
-test_packages=("${build_packages[@]}" "${case_packages[@]}" libgtest-dev libbenchmark-dev gzip)
+view_packages=(libcli11-dev libnetcdf-dev pkg-config)
+page_packages=(zlib1g-dev)
+# A node that came otherwise serves as well, and Debian's npm would not stand beside it.
+command -v node >/dev/null && command -v npm >/dev/null || page_packages+=(nodejs npm)
+view_test_packages=(python3-xarray python3-netcdf4 python3-vtk9 chromium)
+test_packages=("${build_packages[@]}" "${case_packages[@]}" "${view_packages[@]}"
+               "${page_packages[@]}" "${view_test_packages[@]}" libgtest-dev libbenchmark-dev gzip)
 check_packages=(clang-format clang-tidy git)
 # The fuzz and benchmark targets are optional; only a full check builds the benchmarks.
 
