@@ -1,0 +1,63 @@
+// The passes of a cycle over the cells of a level: down to the coarser level and up from it.
+//
+// Each goes through memory once. The steps of a pass follow one another row by row, each one layer
+// behind the step before it, which is when the neighbours that it needs are ready and still near.
+// The way down of the finest level begins with the step of the conjugate gradient, the way up ends
+// with the product with the matrix: an iteration goes twice through the finest level.
+//
+// Behind the last sweep of the way down the residual of the black cells is 0, behind that of the
+// way up the one of the red cells: the product with the matrix is there the right side.
+// Used by flw_amgcg.
+#pragma once
+
+#include <array>
+
+#include "flow/linear/amg_level.hpp"
+#include "flow/linear/instruction_set.hpp"
+
+namespace flow {
+
+/// What the conjugate gradient carries on the finest level.
+struct AmgVectors {
+  double* x = nullptr;  ///< solution
+  double* p = nullptr;  ///< direction
+  double* s = nullptr;  ///< A p
+  double* w = nullptr;  ///< A z of the black cells; of all where level.wrap is set
+};
+
+/// A step: p = z + beta p, s = A z + beta s, x += alpha p, r -= alpha s.
+struct AmgStep {
+  enum class Kind {
+    none,   ///< coarse levels: r is what came down
+    begin,  ///< r stands already
+    first,  ///< beta is 0, x, p and s hold nothing yet
+    next,
+    again,  ///< beta is 0, x holds what was found so far
+  };
+  Kind kind = Kind::none;
+  double alpha = 0.0;
+  double beta = 0.0;
+  AmgVectors of{};
+};
+
+/// Sums of a layer, by lanes.
+struct alignas(64) AmgSums {
+  std::array<double, kLanes> norm{};  ///< r r/diagonal
+  std::array<double, kLanes> rz{};
+  std::array<double, kLanes> zaz{};
+};
+
+struct AmgPasses {
+  /// The step, the smoothing from a start of 0, and the residual summed into coarse.between.
+  /// `sums` holds one for each layer; its norms are set unless the step is `none`.
+  void (*down)(AmgLevel& level, AmgLevel& coarse, const AmgStep& step, AmgSums* sums);
+  /// Corrects z by coarse.between and smooths in the opposite order. With `w` set it becomes A z
+  /// and the other two sums are set; else z goes to level.between.
+  void (*up)(AmgLevel& level, const AmgLevel& coarse, double* w, AmgSums* sums);
+  /// w = A v in all cells.
+  void (*product)(const AmgLevel& level, const double* v, double* w);
+};
+
+AmgPasses amg_passes(InstructionSet set);
+
+}  // namespace flow
