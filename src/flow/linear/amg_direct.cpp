@@ -73,19 +73,19 @@ AmgDirect::AmgDirect(const AmgGrid& grid)
   }
 }
 
-void AmgDirect::solve(std::size_t natural, std::vector<double>& work, double* between) const {
+void AmgDirect::solve(std::size_t natural, std::vector<double>& work, float* between) const {
   for (std::size_t cell = 0; cell < n_; ++cell) {
-    double* row = between + cell / nx_ * natural;
-    work[cell] = row[cell % nx_];
+    float* row = between + cell / nx_ * natural;
+    work[cell] = double{row[cell % nx_]};
     // What stands behind the end belongs to the last cell.
-    if (cell % nx_ + 1 == nx_ && nx_ < natural) work[cell] += row[nx_];
+    if (cell % nx_ + 1 == nx_ && nx_ < natural) work[cell] += double{row[nx_]};
   }
   for (std::size_t cell = 0; cell < n_; ++cell) {
     double sum = 0.0;
     for (std::size_t m = 0; m < n_; ++m) sum += inverse_[cell * n_ + m] * work[m];
-    double* row = between + cell / nx_ * natural;
-    row[cell % nx_] = sum;
-    if (cell % nx_ + 1 == nx_ && nx_ < natural) row[nx_] = sum;
+    float* row = between + cell / nx_ * natural;
+    row[cell % nx_] = static_cast<float>(sum);
+    if (cell % nx_ + 1 == nx_ && nx_ < natural) row[nx_] = static_cast<float>(sum);
   }
 }
 

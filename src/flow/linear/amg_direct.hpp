@@ -18,7 +18,7 @@ class AmgDirect {
 
   /// Solves for the right side in `between`, rows of `natural` numbers, and leaves the solution
   /// there.
-  void solve(std::size_t natural, std::vector<double>& work, double* between) const;
+  void solve(std::size_t natural, std::vector<double>& work, float* between) const;
 
   [[nodiscard]] std::size_t cells() const { return n_; }
 

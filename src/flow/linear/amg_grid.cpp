@@ -23,9 +23,13 @@ Triple before(const Triple& n, Triple at, std::size_t axis) {
   return at;
 }
 
+/// A cell is thin up to this many times the width of the level: cells that differ little are merged
+/// together.
+constexpr double kThin = 1.3;
+
 AmgMerge merge_axis(const std::vector<double>& width, double limit) {
   AmgMerge merge;
-  const auto thin = [&](std::size_t i) { return i < width.size() && width[i] <= 1.01 * limit; };
+  const auto thin = [&](std::size_t i) { return i < width.size() && width[i] <= kThin * limit; };
   for (std::size_t i = 0; i < width.size();) {
     std::size_t take = thin(i) && thin(i + 1) ? 2 : 1;
     if (take == 2 && i + 3 == width.size() && thin(i + 2)) take = 3;

@@ -12,6 +12,8 @@
 // side by side. The smoother takes both from what they were before (Jacobi's way): still without a
 // say for the order of work.
 //
+// Numbers are of single precision: they replace the matrix' inverse, and need not be exact.
+//
 // Rows of a vector on its way from one level to another stand in their natural order. Used by
 // flw_amgcg and its passes.
 #pragma once
@@ -21,10 +23,14 @@
 #include <vector>
 
 #include "flow/linear/amg_grid.hpp"
-#include "flow/linear/diagonals.hpp"
 #include "flow/linear/values.hpp"
 
 namespace flow {
+
+/// Slots of a part come in whole lanes of this many, which is also how sums are collected.
+inline constexpr std::size_t kAmgLanes = 16;
+
+using Floats = std::vector<float, LineAllocator<float>>;
 
 struct AmgLevel {
   Triple n{};
@@ -33,19 +39,19 @@ struct AmgLevel {
   std::size_t natural = 0;  ///< the same of a row in natural order
   std::int32_t sweeps = 0;  ///< of one colour before the correction, and as many behind; even
 
-  std::array<Values, 3> c;  ///< couplings with the lower neighbours, above 0
-  Values wrap;     ///< those of row 0 with the last, of each layer, where ny is odd
-  Values before;   ///< a half row of each layer: what row 0 was, for the last one
-  Values d;        ///< diagonal
-  Values inverse;  ///< 1/diagonal; 0 outside the system
-  Values z, r;     ///< correction and right side
-  Values between;  ///< natural rows: right side from the finer level, then the correction for it
+  std::array<Floats, 3> c;  ///< couplings with the lower neighbours, above 0
+  Floats wrap;     ///< those of row 0 with the last, of each layer, where ny is odd
+  Floats before;   ///< a half row of each layer: what row 0 was, for the last one
+  Floats d;        ///< diagonal
+  Floats inverse;  ///< 1/diagonal; 0 outside the system
+  Floats z, r;     ///< correction and right side
+  Floats between;  ///< natural rows: right side from the finer level, then the correction for it
 
   std::array<AmgMerge, 3> merge;  ///< to the next coarser level
   bool in_pairs = false;          ///< along x
   std::array<std::vector<std::int32_t>, 2> parent;  ///< along x, of the cells of each part
 
-  [[nodiscard]] std::size_t odd() const { return half + kLanes; }
+  [[nodiscard]] std::size_t odd() const { return half + kAmgLanes; }
   [[nodiscard]] std::size_t size() const {
     return stride * static_cast<std::size_t>(n[1]) * static_cast<std::size_t>(n[2]);
   }

@@ -81,11 +81,11 @@ inline bool wrapped_row(const AmgLevel& m, std::size_t j) {
 AmgPasses amg_passes(InstructionSet set) {
 #if defined(__x86_64__)
   if (set == InstructionSet::avx512) {
-    return {amg_avx512::down, amg_avx512::up, amg_avx512::product};
+    return {amg_avx512::down, amg_avx512::up, amg_avx512::renew};
   }
-  if (set == InstructionSet::avx2) return {amg_avx2::down, amg_avx2::up, amg_avx2::product};
+  if (set == InstructionSet::avx2) return {amg_avx2::down, amg_avx2::up, amg_avx2::renew};
 #endif
-  return {amg_common::down, amg_common::up, amg_common::product};
+  return {amg_common::down, amg_common::up, amg_common::renew};
 }
 
 }  // namespace flow

@@ -13,26 +13,34 @@
 #include <array>
 
 #include "flow/linear/amg_level.hpp"
+#include "flow/linear/diagonals.hpp"
 #include "flow/linear/instruction_set.hpp"
 
 namespace flow {
 
 /// What the conjugate gradient carries on the finest level.
 struct AmgVectors {
-  double* x = nullptr;  ///< solution
-  double* p = nullptr;  ///< direction
-  double* s = nullptr;  ///< A p
-  double* w = nullptr;  ///< A z of the black cells; of all where level.wrap is set
+  float* x = nullptr;  ///< what was found since the solution took it up
+  float* p = nullptr;  ///< direction
+  float* s = nullptr;  ///< A p
+  float* w = nullptr;  ///< A z of the black cells; of all where level.wrap is set
+};
+
+/// The system in double precision, in the slots of the finest level.
+struct AmgExact {
+  std::array<Values, 3> c;  ///< couplings, also those of wrapped rows
+  Values d;
+  Values b, x;  ///< right side, solution
 };
 
 /// A step: p = z + beta p, s = A z + beta s, x += alpha p, r -= alpha s.
 struct AmgStep {
   enum class Kind {
-    none,   ///< coarse levels: r is what came down
-    begin,  ///< r stands already
-    first,  ///< beta is 0, x, p and s hold nothing yet
+    none,     ///< coarse levels: r is what came down
+    begin,    ///< r stands already
+    first,    ///< beta is 0; x, p and s hold nothing
+    renewed,  ///< x holds nothing
     next,
-    again,  ///< beta is 0, x holds what was found so far
   };
   Kind kind = Kind::none;
   double alpha = 0.0;
@@ -42,9 +50,9 @@ struct AmgStep {
 
 /// Sums of a layer, by lanes.
 struct alignas(64) AmgSums {
-  std::array<double, kLanes> norm{};  ///< r r/diagonal
-  std::array<double, kLanes> rz{};
-  std::array<double, kLanes> zaz{};
+  std::array<double, kAmgLanes> norm{};  ///< r r/diagonal
+  std::array<double, kAmgLanes> rz{};
+  std::array<double, kAmgLanes> zaz{};
 };
 
 struct AmgPasses {
@@ -53,9 +61,11 @@ struct AmgPasses {
   void (*down)(AmgLevel& level, AmgLevel& coarse, const AmgStep& step, AmgSums* sums);
   /// Corrects z by coarse.between and smooths in the opposite order. With `w` set it becomes A z
   /// and the other two sums are set; else z goes to level.between.
-  void (*up)(AmgLevel& level, const AmgLevel& coarse, double* w, AmgSums* sums);
-  /// w = A v in all cells.
-  void (*product)(const AmgLevel& level, const double* v, double* w);
+  void (*up)(AmgLevel& level, const AmgLevel& coarse, float* w, AmgSums* sums);
+  /// exact.x += taken * found, unless that is null; r = (b - A x)/scale. The sums of the squares of
+  /// b - A x over the diagonal go to `norms`, kLanes for each layer.
+  void (*renew)(AmgLevel& level, AmgExact& exact, double taken, const float* found, double scale,
+                double* norms);
 };
 
 AmgPasses amg_passes(InstructionSet set);

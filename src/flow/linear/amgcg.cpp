@@ -8,8 +8,12 @@ namespace flow {
 
 namespace {
 
+/// Reduction of the residual after which the solution takes up what was found: single precision
+/// knows no more of it then.
+constexpr double kKnown = 2e-3;
+
 /// The sum of one kind over all layers.
-double total(const std::vector<AmgSums>& sums, std::array<double, kLanes> AmgSums::*kind) {
+double total(const std::vector<AmgSums>& sums, std::array<double, kAmgLanes> AmgSums::*kind) {
   double all = 0.0;
   for (const AmgSums& layer : sums) {
     const auto& lanes = layer.*kind;
@@ -17,67 +21,6 @@ double total(const std::vector<AmgSums>& sums, std::array<double, kLanes> AmgSum
   }
   return all;
 }
-
-/// The solution while it goes on.
-class Gradient {
- public:
-  Gradient(const SolveLimits& limits, AmgSystem& system) : limits_(limits), system_(system) {
-    step_.of = {system.x.data(), system.p.data(), system.s.data(), system.w.data()};
-  }
-
-  /// From the residual that stands in r on.
-  void begin() { go_down(AmgStep::Kind::begin); }
-  /// The cycle's result, and what follows from it for the next step. False when a sum vanishes.
-  bool prepare() {
-    go_up();
-    const double rz = total(system_.sums, &AmgSums::rz);
-    const double zaz = total(system_.sums, &AmgSums::zaz);
-    step_.beta = fresh_ ? 0.0 : rz / rz_;
-    const double pap = fresh_ ? zaz : zaz - step_.beta * rz / step_.alpha;
-    if (rz == 0.0 || pap == 0.0) return false;
-    step_.alpha = rz / pap;
-    rz_ = rz;
-    return true;
-  }
-  /// x and r go a step on, and r goes down the levels. `whole`: x holds nothing yet.
-  void advance() {
-    go_down(!fresh_ ? AmgStep::Kind::next : solved_ ? AmgStep::Kind::again : AmgStep::Kind::first);
-    fresh_ = false;
-    solved_ = true;
-  }
-  /// The true residual of x in the place of the one carried on.
-  void restart() {
-    AmgLevel& finest = system_.finest();
-    std::copy(system_.b.begin(), system_.b.end(), finest.r.begin());
-    if (solved_) {
-      system_.passes.product(finest, system_.x.data(), system_.w.data());
-      for (std::size_t s = 0; s < finest.r.size(); ++s) finest.r[s] -= system_.w[s];
-    }
-    fresh_ = true;
-    begin();
-  }
-  /// Where nothing was found, the solution is 0.
-  void settle() {
-    if (!solved_) std::fill(system_.x.begin(), system_.x.end(), 0.0);
-  }
-
-  double norm = 0.0;
-
- private:
-  void go_down(AmgStep::Kind kind) {
-    step_.kind = kind;
-    system_.passes.down(system_.finest(), system_.coarser(0), step_, system_.sums.data());
-    norm = limits_.norm(total(system_.sums, &AmgSums::norm));
-  }
-  void go_up();
-
-  const SolveLimits& limits_;
-  AmgSystem& system_;
-  AmgStep step_;
-  double rz_ = 0.0;
-  bool fresh_ = true;    ///< no direction to go on from
-  bool solved_ = false;  ///< x holds something
-};
 
 /// The levels below the finest: its right side stands in `between` of the next one, and so does the
 /// correction afterwards.
@@ -92,15 +35,78 @@ void solve_below(AmgSystem& system) {
   }
 }
 
-void Gradient::go_up() {
-  solve_below(system_);
-  system_.passes.up(system_.finest(), system_.coarser(0), system_.w.data(), system_.sums.data());
-}
+/// The solution while it goes on. The vectors of single precision are those of the equation divided
+/// by `scale_`, which is about the norm of the residual.
+class Gradient {
+ public:
+  Gradient(const SolveLimits& limits, AmgSystem& system) : limits_(limits), system_(system) {
+    step_.of = {system.x.data(), system.p.data(), system.s.data(), system.w.data()};
+    std::fill(system.exact.x.begin(), system.exact.x.end(), 0.0);
+    renew(1.0, nullptr);
+  }
+
+  /// The solution takes up what was found, and the true residual takes the place of the one carried
+  /// on; its norm.
+  void renew() { renew(norm > 0.0 ? norm : 1.0, found_ ? system_.x.data() : nullptr); }
+  /// r goes down the levels. To be called behind renew.
+  void begin() { go_down(AmgStep::Kind::begin); }
+  /// The cycle's result, and what follows from it for the next step. False when a sum vanishes.
+  bool prepare() {
+    solve_below(system_);
+    system_.passes.up(system_.finest(), system_.coarser(0), system_.w.data(), system_.sums.data());
+    const double rz = total(system_.sums, &AmgSums::rz);
+    const double zaz = total(system_.sums, &AmgSums::zaz);
+    const double beta = fresh_ ? 0.0 : rz / rz_ * (scale_ / last_) * (scale_ / last_);
+    const double pap = fresh_ ? zaz : zaz - beta * rz / step_.alpha;
+    if (rz == 0.0 || pap == 0.0) return false;
+    step_.beta = fresh_ ? 0.0 : beta * (last_ / scale_);
+    step_.alpha = rz / pap;
+    rz_ = rz;
+    last_ = scale_;
+    return true;
+  }
+  /// What was found and r go a step on, and r goes down the levels.
+  void advance() {
+    go_down(fresh_ ? AmgStep::Kind::first : found_ ? AmgStep::Kind::next : AmgStep::Kind::renewed);
+    fresh_ = false;
+    found_ = true;
+    reduced = std::sqrt(total(system_.sums, &AmgSums::norm) / limits_.nnorm);
+    norm = scale_ * reduced;
+  }
+  /// The next direction is that of the residual alone.
+  void forget() { fresh_ = true; }
+
+  double norm = 0.0;     ///< of the residual
+  double reduced = 1.0;  ///< the same over that behind the last renew
+
+ private:
+  void renew(double scale, const float* found) {
+    system_.passes.renew(system_.finest(), system_.exact, scale_, found, scale,
+                         system_.norms.data());
+    norm = limits_.norm(std::accumulate(system_.norms.begin(), system_.norms.end(), 0.0));
+    reduced = 1.0;
+    scale_ = scale;
+    found_ = false;
+  }
+  void go_down(AmgStep::Kind kind) {
+    step_.kind = kind;
+    system_.passes.down(system_.finest(), system_.coarser(0), step_, system_.sums.data());
+  }
+
+  const SolveLimits& limits_;
+  AmgSystem& system_;
+  AmgStep step_;
+  double rz_ = 0.0;
+  double scale_ = 1.0;
+  double last_ = 1.0;   ///< the scale of rz_, p and s
+  bool fresh_ = true;   ///< no direction to go on from
+  bool found_ = false;  ///< x holds something
+};
 
 /// The checks of flw_iccg, for the vectors of this system.
 void check(frame::Log& log, const SolveLimits& limits, AmgSystem& system) {
   const auto fail = [&](int number) { interface_error(log, number, "flw_amgcg"); };
-  if (system.levels.empty() || system.b.size() != system.finest().size()) fail(1);
+  if (system.levels.empty() || system.exact.b.size() != system.finest().size()) fail(1);
   if (limits.largest()) fail(2);
   if (!(std::max(limits.epsabs, limits.epsrel) > 0.0)) fail(3);
   if (limits.itmax < 1) fail(4);
@@ -120,27 +126,32 @@ SolveResult flw_amgcg(frame::Log& log, const SolveLimits& limits, AmgSystem& sys
   check(log, limits, system);
   SolveResult result;
   Gradient g(limits, system);
-  g.restart();
   const double first = g.norm < kNoResidual ? 0.0 : g.norm;
   result.norm = first;
+  if (limits.epsabs >= first) return result;
+
   const double tolerance = std::max(limits.epsabs, limits.epsrel * first);
-  if (limits.epsabs >= first) {
-    std::fill(system.x.begin(), system.x.end(), 0.0);
-    return result;
-  }
   result.converged = false;
-  while (!result.converged && std::isfinite(g.norm)) {
-    if (g.prepare()) {
+  g.renew();  // to the scale of the norm
+  g.begin();
+  while (std::isfinite(g.norm)) {
+    const bool goes_on = g.prepare();
+    if (goes_on) {
       g.advance();
-      result.converged = g.norm <= tolerance;
     } else {
-      g.restart();
+      g.forget();
     }
-    if (!result.converged && ++result.iterations > limits.itmax) break;
+    if (!goes_on || g.norm <= tolerance || g.reduced <= kKnown) {
+      g.renew();
+      result.converged = g.norm <= tolerance;
+      if (result.converged) break;
+      g.begin();
+    }
+    if (++result.iterations > limits.itmax) break;
   }
-  g.settle();
-  result.ratio = g.norm / first;
+  if (!result.converged) g.renew();
   result.norm = g.norm;
+  result.ratio = g.norm / first;
   return result;
 }
 

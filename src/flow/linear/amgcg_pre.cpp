@@ -31,20 +31,41 @@ void each_slot(const AmgLevel& level, const Box& box, Work&& work) {
   });
 }
 
-/// Levels until few cells are left, and the way between them.
+/// The levels below the finest until few cells are left, and the way between them.
 void make_levels(AmgGrid grid, AmgSystem& system) {
   std::vector<std::array<AmgMerge, 3>> merges;
   double limit = 0.0;
-  do {
-    system.levels.push_back(make_amg_level(grid));
+  for (;;) {
     system.levels.back().sweeps = sweeps_of(merges.size());
     grid = coarsen(grid, limit, merges.emplace_back());
-  } while (grid.size() > kFewCells);
+    if (grid.size() <= kFewCells) break;
+    system.levels.push_back(make_amg_level(grid));
+  }
   system.last = sized_level(grid.n);
   system.direct = AmgDirect(grid);
   system.work.assign(grid.size(), 0.0);
   for (std::size_t l = 0; l < merges.size(); ++l) {
     join_levels(merges[l], system.levels[l], system.coarser(l));
+  }
+}
+
+/// The system in double precision.
+void make_exact(const AmgGrid& grid, AmgSystem& system) {
+  const AmgLevel& finest = system.finest();
+  AmgExact& exact = system.exact;
+  for (Values* vector : {&exact.c[0], &exact.c[1], &exact.c[2], &exact.d, &exact.b, &exact.x}) {
+    vector->assign(finest.size(), 0.0);
+  }
+  const std::vector<double> diagonal = grid.diagonal();
+  std::size_t cell = 0;
+  for (std::int32_t k = 0; k < grid.n[2]; ++k) {
+    for (std::int32_t j = 0; j < grid.n[1]; ++j) {
+      for (std::int32_t i = 0; i < grid.n[0]; ++i, ++cell) {
+        const std::size_t slot = finest.slot(i, j, k);
+        for (std::size_t a = 0; a < 3; ++a) exact.c[a][slot] = grid.c[a][cell];
+        exact.d[slot] = diagonal[cell];
+      }
+    }
   }
 }
 
@@ -54,26 +75,30 @@ void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid
                    const AmgGeometry& geometry, AmgSystem& system, InstructionSet set) {
   frame::allocating(log, "amgcg", frame::bytes_of<double>(fluid.all().size(), 26), [&] {
     system = {};
-    make_levels(make_amg_grid(blocks, fluid, geometry), system);
-    const std::size_t size = system.finest().size();
-    for (Values* vector : {&system.b, &system.x, &system.p, &system.s, &system.w}) {
-      vector->assign(size, 0.0);
+    AmgGrid grid = make_amg_grid(blocks, fluid, geometry);
+    system.levels.push_back(make_amg_level(grid));
+    make_exact(grid, system);
+    make_levels(std::move(grid), system);
+    for (Floats* vector : {&system.x, &system.p, &system.s, &system.w}) {
+      vector->assign(system.finest().size(), 0.0F);
     }
-    system.sums.resize(static_cast<std::size_t>(system.finest().n[2]));
+    const auto layers = static_cast<std::size_t>(system.finest().n[2]);
+    system.sums.resize(layers);
+    system.norms.assign(kLanes * layers, 0.0);
   });
   system.passes = amg_passes(set);
 }
 
-void gather_rows(const AmgSystem& system, const Field& from, Values& to) {
-  const AmgLevel& level = system.levels.front();
+void gather_rows(const Field& from, AmgSystem& system) {
+  const AmgLevel& level = system.finest();
   each_slot(level, from.box(), [&](std::size_t slot, std::size_t place) {
-    to[slot] = level.inverse[slot] > 0.0 ? from[place] : 0.0;
+    system.exact.b[slot] = level.inverse[slot] > 0.0F ? from[place] : 0.0;
   });
 }
 
-void scatter_rows(const AmgSystem& system, const Values& from, Field& to) {
+void scatter_rows(const AmgSystem& system, Field& to) {
   each_slot(system.levels.front(), to.box(),
-            [&](std::size_t slot, std::size_t place) { to[place] = from[slot]; });
+            [&](std::size_t slot, std::size_t place) { to[place] = system.exact.x[slot]; });
 }
 
 }  // namespace flow

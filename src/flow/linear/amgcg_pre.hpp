@@ -19,8 +19,10 @@ struct AmgSystem {
   std::vector<AmgLevel> levels;
   AmgLevel last;  ///< of the coarsest: sizes and `between` alone
   AmgDirect direct;
-  Values b, x, p, s, w;  ///< right side, solution, direction, its product, that of the correction
+  AmgExact exact;
+  Floats x, p, s, w;  ///< of AmgVectors
   std::vector<AmgSums> sums;
+  Values norms;  ///< kLanes for each layer
   std::vector<double> work;  ///< of `direct`
   AmgPasses passes{};
 
@@ -37,9 +39,9 @@ void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid
                    const AmgGeometry& geometry, AmgSystem& system,
                    InstructionSet set = widest_set());
 
-/// Brings the cells of a field to their slots on the finest level; those outside the system get 0.
-void gather_rows(const AmgSystem& system, const Field& from, Values& to);
-/// Brings slots to the cells of a field.
-void scatter_rows(const AmgSystem& system, const Values& from, Field& to);
+/// Brings the cells of a field to their slots in exact.b; those outside the system get 0.
+void gather_rows(const Field& from, AmgSystem& system);
+/// Brings exact.x to the cells of a field.
+void scatter_rows(const AmgSystem& system, Field& to);
 
 }  // namespace flow
