@@ -77,8 +77,14 @@ bool AmgMerge::in_pairs() const {
   return n > 1;
 }
 
-std::vector<double> AmgGrid::diagonal() const {
+std::vector<double> AmgGrid::beyond() const {
   std::vector<double> sum = other;
+  for (const HeldFace& face : held) sum[face.cell] += face.coupling;
+  return sum;
+}
+
+std::vector<double> AmgGrid::diagonal() const {
+  std::vector<double> sum = beyond();
   each_cell(n, [&](std::size_t cell, const Triple& index) {
     for (std::size_t a = 0; a < 3; ++a) {
       if (c[a][cell] == 0.0) continue;
@@ -87,8 +93,13 @@ std::vector<double> AmgGrid::diagonal() const {
       sum[at(i, j, k)] += c[a][cell];
     }
   });
-  for (const HeldFace& face : held) sum[face.cell] += face.coupling;
   return sum;
+}
+
+Triple index_of(const Box& box, std::size_t place) {
+  const std::size_t row = place / box.extent(0);
+  const auto index = [](std::size_t at) { return static_cast<std::int32_t>(at) - kHalo; };
+  return {index(place % box.extent(0)), index(row % box.extent(1)), index(row / box.extent(1))};
 }
 
 AmgGrid make_amg_grid(const FiveBlocks& blocks, const Flags& fluid, const AmgGeometry& geometry) {
@@ -112,11 +123,8 @@ AmgGrid make_amg_grid(const FiveBlocks& blocks, const Flags& fluid, const AmgGeo
     }
   });
   for (const HeldFace& face : geometry.held) {
-    const std::size_t row = face.cell / box.extent(0);
-    const auto index = [](std::size_t place) { return static_cast<std::int32_t>(place) - kHalo; };
-    grid.held.push_back({grid.at(index(face.cell % box.extent(0)), index(row % box.extent(1)),
-                                 index(row / box.extent(1))),
-                         face.axis, face.coupling});
+    const auto [i, j, k] = index_of(box, face.cell);
+    grid.held.push_back({grid.at(i, j, k), face.axis, face.coupling});
   }
   const std::vector<double> known = grid.diagonal();
   for (std::size_t cell = 0; cell < cells; ++cell) {
@@ -154,14 +162,14 @@ AmgGrid coarsen(const AmgGrid& fine, double& limit, std::array<AmgMerge, 3>& mer
       if (fine.c[a][cell] == 0.0) continue;
       const Triple next = before(fine.n, index, a);
       if (parent(next) == to) continue;
-      coarse.c[a][to] +=
-          fine.c[a][cell] * nearer(fine, coarse, merge[a], a, index[a], next[a]);
+      coarse.c[a][to] += fine.c[a][cell] * nearer(fine, coarse, merge[a], a, index[a], next[a]);
     }
   });
   for (const HeldFace& face : fine.held) {
     const auto a = static_cast<std::size_t>(face.axis);
-    const std::size_t stride = a == 0 ? 1 : a == 1 ? static_cast<std::size_t>(fine.n[0])
-                                                   : fine.size() / static_cast<std::size_t>(fine.n[2]);
+    const std::size_t stride = a == 0   ? 1
+                               : a == 1 ? static_cast<std::size_t>(fine.n[0])
+                                        : fine.size() / static_cast<std::size_t>(fine.n[2]);
     const std::size_t i = face.cell / stride % static_cast<std::size_t>(fine.n[a]);
     const double part =
         fine.width[a][i] / coarse.width[a][static_cast<std::size_t>(merge[a].parent[i])];

@@ -5,8 +5,8 @@
 // that doubles from level to level, and two neighbours that are both not wider become one. So thin
 // cells grow first, along the axis along which they are thin, which is the one along which they are
 // strongly coupled; what is left behind is about as wide as long everywhere, and a smoother that
-// goes point by point serves also where the grid is stretched (semi-coarsening, Mulder 1989, axis by
-// axis). A last cell that finds no partner joins the two before it.
+// goes point by point serves also where the grid is stretched (semi-coarsening, Mulder 1989, axis
+// by axis). A last cell that finds no partner joins the two before it.
 //
 // The coupling of two coarse cells is the sum of those that cross the face between them, times the
 // distance of the fine centres over that of the coarse ones: what the equation itself has on the
@@ -34,6 +34,7 @@ struct HeldFace {
 struct AmgGeometry {
   std::array<std::vector<double>, 3> width;  ///< of the cells along each axis
   std::vector<HeldFace> held;
+  std::vector<std::size_t> uncounted;  ///< places of cells whose residual is not in the norm
   bool periodic_y = false;
 };
 
@@ -63,9 +64,14 @@ struct AmgGrid {
                (static_cast<std::size_t>(j) +
                 static_cast<std::size_t>(n[1]) * static_cast<std::size_t>(k));
   }
+  /// What the diagonals have beyond the couplings with other cells.
+  [[nodiscard]] std::vector<double> beyond() const;
   /// Sum of all that a cell is coupled to.
   [[nodiscard]] std::vector<double> diagonal() const;
 };
+
+/// Indices, from 0, of the cell at a place in a field.
+Triple index_of(const Box& box, std::size_t place);
 
 /// The grid of the equation.
 AmgGrid make_amg_grid(const FiveBlocks& blocks, const Flags& fluid, const AmgGeometry& geometry);

@@ -21,19 +21,21 @@ AmgLevel sized_level(const Triple& cells) {
 
 AmgLevel make_amg_level(const AmgGrid& grid) {
   AmgLevel level = sized_level(grid.n);
-  for (Floats* vector : {&level.c[0], &level.c[1], &level.c[2], &level.d, &level.inverse, &level.z,
-                         &level.r}) {
+  for (Floats* vector :
+       {&level.c[0], &level.c[1], &level.c[2], &level.beyond, &level.inverse, &level.z, &level.r}) {
     vector->assign(level.size(), 0.0F);
   }
   const std::vector<double> diagonal = grid.diagonal();
+  const std::vector<double> beyond = grid.beyond();
   std::size_t cell = 0;
   for (std::int32_t k = 0; k < grid.n[2]; ++k) {
     for (std::int32_t j = 0; j < grid.n[1]; ++j) {
       for (std::int32_t i = 0; i < grid.n[0]; ++i, ++cell) {
         const std::size_t slot = level.slot(i, j, k);
         for (std::size_t a = 0; a < 3; ++a) level.c[a][slot] = static_cast<float>(grid.c[a][cell]);
-        level.d[slot] = static_cast<float>(diagonal[cell]);
-        level.inverse[slot] = diagonal[cell] > 0.0 ? static_cast<float>(1.0 / diagonal[cell]) : 0.0F;
+        level.beyond[slot] = static_cast<float>(beyond[cell]);
+        level.inverse[slot] =
+            diagonal[cell] > 0.0 ? static_cast<float>(1.0 / diagonal[cell]) : 0.0F;
       }
     }
   }

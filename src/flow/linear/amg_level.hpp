@@ -40,15 +40,15 @@ struct AmgLevel {
   std::int32_t sweeps = 0;  ///< of one colour before the correction, and as many behind; even
 
   std::array<Floats, 3> c;  ///< couplings with the lower neighbours, above 0
-  Floats wrap;     ///< those of row 0 with the last, of each layer, where ny is odd
-  Floats before;   ///< a half row of each layer: what row 0 was, for the last one
-  Floats d;        ///< diagonal
-  Floats inverse;  ///< 1/diagonal; 0 outside the system
-  Floats z, r;     ///< correction and right side
+  Floats wrap;              ///< those of row 0 with the last, of each layer, where ny is odd
+  Floats before;            ///< a half row of each layer: what row 0 was, for the last one
+  Floats beyond;            ///< what the diagonal has beyond the couplings
+  Floats inverse;           ///< 1/diagonal; 0 outside the system
+  Floats z, r;              ///< correction and right side
   Floats between;  ///< natural rows: right side from the finer level, then the correction for it
 
-  std::array<AmgMerge, 3> merge;  ///< to the next coarser level
-  bool in_pairs = false;          ///< along x
+  std::array<AmgMerge, 3> merge;                    ///< to the next coarser level
+  bool in_pairs = false;                            ///< along x
   std::array<std::vector<std::int32_t>, 2> parent;  ///< along x, of the cells of each part
 
   [[nodiscard]] std::size_t odd() const { return half + kAmgLanes; }

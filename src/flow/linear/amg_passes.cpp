@@ -39,9 +39,9 @@ inline std::size_t part_of(std::size_t colour, std::size_t j, std::size_t k) {
 /// Where the row of the coarser level that a row belongs to stands in `between`.
 inline std::size_t row_between(const AmgLevel& m, const AmgLevel& coarse, std::size_t j,
                                std::size_t k) {
-  const auto row = static_cast<std::size_t>(m.merge[1].parent[j]) +
-                   static_cast<std::size_t>(coarse.n[1]) *
-                       static_cast<std::size_t>(m.merge[2].parent[k]);
+  const auto row =
+      static_cast<std::size_t>(m.merge[1].parent[j]) +
+      static_cast<std::size_t>(coarse.n[1]) * static_cast<std::size_t>(m.merge[2].parent[k]);
   return coarse.natural * row;
 }
 

@@ -5,8 +5,7 @@
 // The way down of the finest level begins with the step of the conjugate gradient, the way up ends
 // with the product with the matrix: an iteration goes twice through the finest level.
 //
-// Behind the last sweep of the way down the residual of the black cells is 0, behind that of the
-// way up the one of the red cells: the product with the matrix is there the right side.
+// Behind the last sweep of the way down the residual of the black cells is 0 and is left out.
 // Used by flw_amgcg.
 #pragma once
 
@@ -23,14 +22,15 @@ struct AmgVectors {
   float* x = nullptr;  ///< what was found since the solution took it up
   float* p = nullptr;  ///< direction
   float* s = nullptr;  ///< A p
-  float* w = nullptr;  ///< A z of the black cells; of all where level.wrap is set
+  float* w = nullptr;  ///< A z
 };
 
 /// The system in double precision, in the slots of the finest level.
 struct AmgExact {
   std::array<Values, 3> c;  ///< couplings, also those of wrapped rows
   Values d;
-  Values b, x;  ///< right side, solution
+  Values b, x;    ///< right side, solution
+  Floats weight;  ///< 1/diagonal, by which a residual counts; 0 for cells that do not
 };
 
 /// A step: p = z + beta p, s = A z + beta s, x += alpha p, r -= alpha s.
@@ -63,7 +63,7 @@ struct AmgPasses {
   /// and the other two sums are set; else z goes to level.between.
   void (*up)(AmgLevel& level, const AmgLevel& coarse, float* w, AmgSums* sums);
   /// exact.x += taken * found, unless that is null; r = (b - A x)/scale. The sums of the squares of
-  /// b - A x over the diagonal go to `norms`, kLanes for each layer.
+  /// b - A x by weight go to `norms`, kLanes for each layer.
   void (*renew)(AmgLevel& level, AmgExact& exact, double taken, const float* found, double scale,
                 double* norms);
 };

@@ -9,8 +9,10 @@ namespace flow {
 namespace {
 
 /// Reduction of the residual after which the solution takes up what was found: single precision
-/// knows no more of it then.
-constexpr double kKnown = 2e-3;
+/// knows no more of it then. Where it shows that it knew less (flat cells), what is carried on is
+/// forgotten, and the next reductions are smaller, down to kLeast.
+constexpr double kKnown = 1e-3;
+constexpr double kLeast = 0.1;
 
 /// The sum of one kind over all layers.
 double total(const std::vector<AmgSums>& sums, std::array<double, kAmgLanes> AmgSums::*kind) {
@@ -47,7 +49,16 @@ class Gradient {
 
   /// The solution takes up what was found, and the true residual takes the place of the one carried
   /// on; its norm.
-  void renew() { renew(norm > 0.0 ? norm : 1.0, found_ ? system_.x.data() : nullptr); }
+  void renew() {
+    const double carried = norm;
+    renew(norm > 0.0 ? norm : 1.0, found_ ? system_.x.data() : nullptr);
+    if (norm > 1.2 * carried) {
+      fresh_ = true;
+      known_ = std::min(4.0 * known_, kLeast);
+    }
+  }
+  /// True when the residual carried on has fallen so far that it is time to renew it.
+  [[nodiscard]] bool due() const { return reduced_ <= known_; }
   /// r goes down the levels. To be called behind renew.
   void begin() { go_down(AmgStep::Kind::begin); }
   /// The cycle's result, and what follows from it for the next step. False when a sum vanishes.
@@ -70,21 +81,20 @@ class Gradient {
     go_down(fresh_ ? AmgStep::Kind::first : found_ ? AmgStep::Kind::next : AmgStep::Kind::renewed);
     fresh_ = false;
     found_ = true;
-    reduced = std::sqrt(total(system_.sums, &AmgSums::norm) / limits_.nnorm);
-    norm = scale_ * reduced;
+    reduced_ = std::sqrt(total(system_.sums, &AmgSums::norm) / limits_.nnorm);
+    norm = scale_ * reduced_;
   }
   /// The next direction is that of the residual alone.
   void forget() { fresh_ = true; }
 
-  double norm = 0.0;     ///< of the residual
-  double reduced = 1.0;  ///< the same over that behind the last renew
+  double norm = 0.0;  ///< of the residual
 
  private:
   void renew(double scale, const float* found) {
     system_.passes.renew(system_.finest(), system_.exact, scale_, found, scale,
                          system_.norms.data());
     norm = limits_.norm(std::accumulate(system_.norms.begin(), system_.norms.end(), 0.0));
-    reduced = 1.0;
+    reduced_ = 1.0;
     scale_ = scale;
     found_ = false;
   }
@@ -96,6 +106,8 @@ class Gradient {
   const SolveLimits& limits_;
   AmgSystem& system_;
   AmgStep step_;
+  double reduced_ = 1.0;  ///< the norm over that behind the last renew
+  double known_ = kKnown;
   double rz_ = 0.0;
   double scale_ = 1.0;
   double last_ = 1.0;   ///< the scale of rz_, p and s
@@ -141,7 +153,7 @@ SolveResult flw_amgcg(frame::Log& log, const SolveLimits& limits, AmgSystem& sys
     } else {
       g.forget();
     }
-    if (!goes_on || g.norm <= tolerance || g.reduced <= kKnown) {
+    if (!goes_on || g.norm <= tolerance || g.due()) {
       g.renew();
       result.converged = g.norm <= tolerance;
       if (result.converged) break;

@@ -3,8 +3,8 @@
 // The cycle is symmetric: it smooths by colours before the coarse correction (red, black, red,
 // black) and in the opposite order behind it, and what takes a residual to the coarse grid is the
 // transpose of what takes the correction back. The two sums of an iteration are taken together, as
-// the product with the matrix is formed of the cycle's result and not of the direction (Chronopoulos
-// and Gear 1989): so an iteration goes through the finest level twice.
+// the product with the matrix is formed of the cycle's result and not of the direction
+// (Chronopoulos and Gear 1989): so an iteration goes through the finest level twice.
 //
 // The result does not hang on the order of work within a layer: sums are those of the layers, added
 // in their order. Used by the pressure step.

@@ -56,6 +56,7 @@ void make_exact(const AmgGrid& grid, AmgSystem& system) {
   for (Values* vector : {&exact.c[0], &exact.c[1], &exact.c[2], &exact.d, &exact.b, &exact.x}) {
     vector->assign(finest.size(), 0.0);
   }
+  exact.weight = finest.inverse;
   const std::vector<double> diagonal = grid.diagonal();
   std::size_t cell = 0;
   for (std::int32_t k = 0; k < grid.n[2]; ++k) {
@@ -78,6 +79,10 @@ void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid
     AmgGrid grid = make_amg_grid(blocks, fluid, geometry);
     system.levels.push_back(make_amg_level(grid));
     make_exact(grid, system);
+    for (const std::size_t place : geometry.uncounted) {
+      const auto [i, j, k] = index_of(fluid.box(), place);
+      system.exact.weight[system.finest().slot(i, j, k)] = 0.0F;
+    }
     make_levels(std::move(grid), system);
     for (Floats* vector : {&system.x, &system.p, &system.s, &system.w}) {
       vector->assign(system.finest().size(), 0.0F);

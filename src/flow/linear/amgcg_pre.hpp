@@ -22,7 +22,7 @@ struct AmgSystem {
   AmgExact exact;
   Floats x, p, s, w;  ///< of AmgVectors
   std::vector<AmgSums> sums;
-  Values norms;  ///< kLanes for each layer
+  Values norms;              ///< kLanes for each layer
   std::vector<double> work;  ///< of `direct`
   AmgPasses passes{};
 
