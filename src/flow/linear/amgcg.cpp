@@ -24,6 +24,18 @@ double total(const std::vector<AmgSums>& sums, std::array<double, kAmgLanes> Amg
   return all;
 }
 
+/// The sum of the squares of the right side, as the norm counts them.
+double weighed_squares(const AmgSystem& system) {
+  const double* b = system.exact.b.data();
+  const float* weight = system.exact.weight.data();
+  std::array<double, kLanes> lanes{};
+  for (std::size_t s = 0; s < system.exact.b.size(); s += kLanes) {
+    for (std::size_t l = 0; l < kLanes; ++l)
+      lanes[l] += b[s + l] * b[s + l] * double{weight[s + l]};
+  }
+  return std::accumulate(lanes.begin(), lanes.end(), 0.0);
+}
+
 /// The levels below the finest: its right side stands in `between` of the next one, and so does the
 /// correction afterwards.
 void solve_below(AmgSystem& system) {
@@ -44,7 +56,16 @@ class Gradient {
   Gradient(const SolveLimits& limits, AmgSystem& system) : limits_(limits), system_(system) {
     step_.of = {system.x.data(), system.p.data(), system.s.data(), system.w.data()};
     std::fill(system.exact.x.begin(), system.exact.x.end(), 0.0);
-    renew(1.0, nullptr);
+    norm = limits.norm(weighed_squares(system));
+  }
+  /// The right side takes the place of the residual, for x is 0. To be called once.
+  void take_right_side() {
+    scale_ = norm;
+    const double factor = 1.0 / scale_;
+    float* r = system_.finest().r.data();
+    const double* b = system_.exact.b.data();
+    const std::size_t size = system_.exact.b.size();
+    for (std::size_t s = 0; s < size; ++s) r[s] = static_cast<float>(b[s] * factor);
   }
 
   /// The solution takes up what was found, and the true residual takes the place of the one carried
@@ -144,7 +165,7 @@ SolveResult flw_amgcg(frame::Log& log, const SolveLimits& limits, AmgSystem& sys
 
   const double tolerance = std::max(limits.epsabs, limits.epsrel * first);
   result.converged = false;
-  g.renew();  // to the scale of the norm
+  g.take_right_side();
   g.begin();
   while (std::isfinite(g.norm)) {
     const bool goes_on = g.prepare();
