@@ -43,6 +43,7 @@ struct AmgStep {
     next,
   };
   Kind kind = Kind::none;
+  bool alone = false;  ///< nothing goes down behind the step
   double alpha = 0.0;
   double beta = 0.0;
   AmgVectors of{};

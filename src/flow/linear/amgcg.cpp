@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 namespace flow {
 
@@ -11,7 +12,7 @@ namespace {
 /// Reduction of the residual after which the solution takes up what was found: single precision
 /// knows no more of it then. Where it shows that it knew less (flat cells), what is carried on is
 /// forgotten, and the next reductions are smaller, down to kLeast.
-constexpr double kKnown = 1e-3;
+constexpr double kKnown = 1e-4;
 constexpr double kLeast = 0.1;
 
 /// The sum of one kind over all layers.
@@ -97,13 +98,19 @@ class Gradient {
     last_ = scale_;
     return true;
   }
-  /// What was found and r go a step on, and r goes down the levels.
-  void advance() {
+  /// What was found and r go a step on, and r goes down the levels; not when it will probably have
+  /// fallen below `tolerance` or be due then, which has to be renewed first. True when r went down.
+  bool advance(double tolerance) {
+    const double next = 0.7 * rate_;
+    step_.alone = !fresh_ && (next * norm <= tolerance || next * reduced_ <= known_);
+    const double before = reduced_;
     go_down(fresh_ ? AmgStep::Kind::first : found_ ? AmgStep::Kind::next : AmgStep::Kind::renewed);
     fresh_ = false;
     found_ = true;
     reduced_ = std::sqrt(total(system_.sums, &AmgSums::norm) / limits_.nnorm);
     norm = scale_ * reduced_;
+    rate_ = reduced_ / before;
+    return !std::exchange(step_.alone, false);
   }
   /// The next direction is that of the residual alone.
   void forget() { fresh_ = true; }
@@ -128,6 +135,7 @@ class Gradient {
   AmgSystem& system_;
   AmgStep step_;
   double reduced_ = 1.0;  ///< the norm over that behind the last renew
+  double rate_ = 1.0;     ///< by which the last step reduced it
   double known_ = kKnown;
   double rz_ = 0.0;
   double scale_ = 1.0;
@@ -168,9 +176,9 @@ SolveResult flw_amgcg(frame::Log& log, const SolveLimits& limits, AmgSystem& sys
   g.take_right_side();
   g.begin();
   while (std::isfinite(g.norm)) {
-    const bool goes_on = g.prepare();
+    bool goes_on = g.prepare();
     if (goes_on) {
-      g.advance();
+      goes_on = g.advance(tolerance);
     } else {
       g.forget();
     }

@@ -12,8 +12,23 @@ constexpr std::size_t kFewCells = 64;
 /// Sweeps of one colour on each side of the correction. A correction that is constant over a coarse
 /// cell leaves the more to the smoother, the more levels take part: more sweeps on coarse levels
 /// keep the iterations from growing with the grid (Bramble, Pasciak and Xu 1991).
-std::int32_t sweeps_of(std::size_t level) {
-  return 4 + 2 * static_cast<std::int32_t>(std::min<std::size_t>(level, 2));
+std::int32_t sweeps_of(std::size_t level, bool broken) {
+  return (broken ? 6 : 4) + 2 * static_cast<std::int32_t>(std::min<std::size_t>(level, 2));
+}
+
+/// True where the air is full of single obstacles: more than a quarter of the couplings that its
+/// cells would have in the open are not there. Its coarse grids tell less, and the smoother has to
+/// do more.
+bool is_broken(const AmgGrid& grid) {
+  std::size_t cells = 0;
+  std::size_t couplings = 0;
+  for (const double d : grid.diagonal()) cells += d > 0.0 ? 1 : 0;
+  std::size_t axes = 0;
+  for (std::size_t a = 0; a < 3; ++a) {
+    axes += grid.n[a] > 1 ? 1 : 0;
+    for (const double c : grid.c[a]) couplings += c > 0.0 ? 1 : 0;
+  }
+  return 4 * couplings < 3 * axes * cells;
 }
 
 /// Calls `work(slot, cell)` for all cells: the slot on the finest level, the place in a field.
@@ -35,8 +50,9 @@ void each_slot(const AmgLevel& level, const Box& box, Work&& work) {
 void make_levels(AmgGrid grid, AmgSystem& system) {
   std::vector<std::array<AmgMerge, 3>> merges;
   double limit = 0.0;
+  const bool broken = is_broken(grid);
   for (;;) {
-    system.levels.back().sweeps = sweeps_of(merges.size());
+    system.levels.back().sweeps = sweeps_of(merges.size(), broken);
     grid = coarsen(grid, limit, merges.emplace_back());
     if (grid.size() <= kFewCells) break;
     system.levels.push_back(make_amg_level(grid));
