@@ -22,6 +22,7 @@ struct City : sample::FlowCase {
                  true) {
     flow::Control& c = control();
     c.gsfcg = 0.95;
+    run.settings.records.iamg = 1;
     c.itemp = c.idift = true;
     c.acrkt = c.acrke = 1.0 / 3.0;
     c.prturb = c.scturb = 0.9;

@@ -9,11 +9,13 @@
 
 #include <iostream>
 
+#include "flow/linear/amgcg.hpp"
 #include "flow/linear/iccg.hpp"
 #include "flow/linear/imdqdt.hpp"
 #include "plain_bcgstb.hpp"
 #include "ratio.hpp"
 #include "sample_pressure.hpp"
+#include "sample_stretched.hpp"
 #ifdef TOWNSKIN_EIGEN
 #include <Eigen/IterativeLinearSolvers>
 #include <Eigen/SparseCore>
@@ -76,6 +78,58 @@ BENCHMARK(iccg)
     ->ArgNames({"cells", "set"})
     ->ArgsProduct({{64, 128}, {0, 1, 2}})
     ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1);
+
+/// The multigrid against the plain form, to the same tolerance; both go on until they are there.
+void amgcg(benchmark::State& state) {
+  const auto cells = static_cast<std::int32_t>(state.range(0));
+  const auto set = static_cast<flow::InstructionSet>(state.range(1));
+  if (lacks(state, set)) return;
+  const sample::PressureEquation e = sample::pressure_equation(cells);
+  frame::Log log(std::cout, std::cerr);
+  const plain::Iccg slow = plain::flw_iccg_pre(e.blocks, e.fluid, kGsfcg);
+  const std::vector<double> b = right_side(slow, e.right);
+  plain::IccgVectors vectors(b.size());
+  flow::AmgSystem fast;
+  flow::flw_amgcg_pre(log, e.blocks, e.fluid, sample::geometry_of(e), fast, set);
+  flow::gather_rows(e.right, fast);
+  flow::SolveLimits limits = limits_of(cells);
+  limits.itmax = 1000;
+  flow::SolveResult of_plain;
+  flow::SolveResult of_fast;
+  compare(
+      state, [] {}, [&] { of_plain = plain::flw_iccg(slow, limits, b, vectors); },
+      [&] { of_fast = flow::flw_amgcg(log, limits, fast); });
+  state.counters["count"] = of_fast.iterations;
+  state.counters["plain_count"] = of_plain.iterations;
+  state.counters["ns"] = 1e6 * state.counters["plain_ms"] / state.counters["ratio"] /
+                         static_cast<double>(e.fluid.box().cells());
+}
+BENCHMARK(amgcg)
+    ->ArgNames({"cells", "set"})
+    ->ArgsProduct({{64, 128}, {0, 1, 2}})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1);
+
+/// Iterations of the multigrid on grids of all sorts: argument `kind` is the place in kStretched.
+void amgcg_count(benchmark::State& state) {
+  const auto cells = static_cast<std::int32_t>(state.range(0));
+  const sample::Stretched& kind = sample::kStretched[static_cast<std::size_t>(state.range(1))];
+  const sample::StretchedEquation e = sample::stretched_equation(cells, kind);
+  frame::Log log(std::cout, std::cerr);
+  flow::AmgSystem s;
+  flow::flw_amgcg_pre(log, e.blocks, e.fluid, e.geometry, s);
+  flow::gather_rows(e.right, s);
+  flow::SolveResult result;
+  for ([[maybe_unused]] auto turn : state) result = flow::flw_amgcg(log, limits_of(cells), s);
+  state.SetLabel(kind.name);
+  state.counters["count"] = result.iterations;
+}
+BENCHMARK(amgcg_count)
+    ->ArgNames({"cells", "kind"})
+    ->ArgsProduct({{32, 64, 96, 128, 192}, {0, 1, 2, 3, 4, 5, 6}})
     ->Unit(benchmark::kMillisecond)
     ->Iterations(1);
 

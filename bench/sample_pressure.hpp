@@ -5,6 +5,7 @@
 #include <random>
 
 #include "flow/box.hpp"
+#include "flow/linear/amg_grid.hpp"
 #include "flow/linear/iccg_pre.hpp"
 
 namespace sample {
@@ -61,6 +62,21 @@ inline PressureEquation pressure_equation(std::int32_t n) {
     }
   }
   return e;
+}
+
+/// What the multigrid wants to know of its grid.
+inline flow::AmgGeometry geometry_of(const PressureEquation& e) {
+  const flow::Box& box = e.fluid.box();
+  flow::AmgGeometry geometry;
+  for (auto& width : geometry.width) width.assign(static_cast<std::size_t>(box.n[0]), 1.0);
+  for (std::int32_t k = 1; k <= box.n[2]; ++k) {
+    const double dz = geometry.width[2][static_cast<std::size_t>(k - 1)] = 1.0 + 0.01 * k;
+    for (std::int32_t j = 1; j <= box.n[1]; ++j) {
+      if (e.fluid(box.n[0], j, k) > 0)
+        geometry.held.push_back({box.at(box.n[0], j, k), 0, 2.0 * dz});
+    }
+  }
+  return geometry;
 }
 
 }  // namespace sample

@@ -1,5 +1,7 @@
 #include "flow/pressure/clprs.hpp"
 
+#include <utility>
+
 #include "flow/pressure/cldiv.hpp"
 #include "flow/pressure/clmodv.hpp"
 #include "flow/pressure/closed_domain.hpp"
@@ -14,13 +16,13 @@ PressureStep make_pressure_step(frame::Log& log, const Settings& settings, const
   step.openings = &openings;
   step.boundary = &boundary;
   step.faces = &faces;
-  const PressureMethod method = flw_amg_setup(log, settings.records.iamg);
+  const PressureMethod method = flw_amg_setup(settings.records.iamg);
   frame::allocating(log, "pressure matrix", frame::bytes_of<double>(grid.box.size(), 6), [&] {
     step.open = list_open_faces(openings, boundary, faces);
-    const PressureMatrix matrix = flw_matrix(log, grid, openings, boundary, faces, step.open);
+    PressureMatrix matrix = flw_matrix(log, grid, openings, boundary, faces, step.open);
     step.closed = matrix.singular;
-    step.solver = make_pressure_solver(log, method, matrix, openings.fluid, boundary.periodic_y(),
-                                       settings.control);
+    step.solver = make_pressure_solver(log, method, std::move(matrix), grid, openings.fluid,
+                                       boundary.periodic_y(), settings.control);
     step.div = Field(grid.box);
   });
   return step;

@@ -35,7 +35,7 @@ struct PressureStep {
 
 /// Builds and factorises the matrix; to be called once, when openings and faces are known. Tells
 /// the fix point of a domain without held pressure on the log.
-/// Errors: "### error : amg solver not available", "### program error -1- (flw_matrix)".
+/// Errors: "### program error -1- (flw_matrix)".
 PressureStep make_pressure_step(frame::Log& log, const Settings& settings, const GridTables& grid,
                                 const Openings& openings, const Boundary& boundary,
                                 const BoundaryFaces& faces);

@@ -63,34 +63,58 @@ FieldOf<std::uint8_t> held_cells(const Openings& openings, const Boundary& bound
   return held;
 }
 
+/// The runs of cells that carry the number of a part, above 0.
+std::vector<PartRun> list_runs(const Flags& part) {
+  std::vector<PartRun> runs;
+  for_rows(part.box(), [&](std::size_t place, std::int32_t, std::int32_t) {
+    const std::size_t end = place + static_cast<std::size_t>(part.box().n[0]);
+    for (std::size_t cell = place; cell < end; ++cell) {
+      if (part[cell] == 0) continue;
+      const bool goes_on = cell > place && part[cell - 1] == part[cell];
+      if (!goes_on) runs.push_back({cell, 0, part[cell] - 1});
+      ++runs.back().count;
+    }
+  });
+  return runs;
+}
+
 }  // namespace
 
-std::vector<FixPoint> list_fix_points(const GridTables& grid, const Openings& openings,
-                                      const Boundary& boundary, const BoundaryFaces& faces,
-                                      const OpenFaces& open) {
+ClosedParts list_fix_points(const GridTables& grid, const Openings& openings,
+                            const Boundary& boundary, const BoundaryFaces& faces,
+                            const OpenFaces& open) {
   const Box& box = grid.box;
   const FieldOf<std::uint8_t> held = held_cells(openings, boundary, faces);
   Parts parts(openings, open);
-  std::vector<FixPoint> points;
+  ClosedParts closed;
+  Flags part(box, 0);
+  std::vector<std::size_t> cells;
   for (std::int32_t k = 1; k <= box.n[2]; ++k) {
     for (std::int32_t j = 1; j <= box.n[1]; ++j) {
       for (std::int32_t i = 1; i <= box.n[0]; ++i) {
         if (!parts.is_new({i, j, k})) continue;
         bool reached = false;
         FixPoint best;
+        cells.clear();
         parts.fill({i, j, k}, [&](const Triple& cell) {
           const std::size_t place = box.at(cell[0], cell[1], cell[2]);
+          cells.push_back(place);
           reached = reached || held[place] != 0;
           const double volume = grid.volume(cell[0], cell[1], cell[2]);
           const bool earlier =
               volume == best.volume && place < box.at(best.cell[0], best.cell[1], best.cell[2]);
           if (volume > best.volume || earlier) best = {cell, volume};
         });
-        if (!reached) points.push_back(best);
+        if (reached) continue;
+        closed.points.push_back(best);
+        for (const std::size_t place : cells) {
+          part[place] = static_cast<std::int32_t>(closed.points.size());
+        }
       }
     }
   }
-  return points;
+  closed.runs = list_runs(part);
+  return closed;
 }
 
 }  // namespace flow

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <tuple>
-
-#include "flow/pressure/fix_points.hpp"
+#include <utility>
 
 namespace flow {
 
@@ -40,34 +39,23 @@ void couple_cells(const GridTables& grid, const Openings& openings, const OpenFa
   }
 }
 
-/// The faces that hold a pressure. True where there is one.
-bool hold_pressure(const GridTables& grid, const Openings& openings, const Boundary& boundary,
-                   const BoundaryFaces& faces, FiveBlocks& blocks) {
-  bool held = false;
+/// The faces that hold a pressure, added to the diagonal.
+std::vector<HeldFace> hold_pressure(const GridTables& grid, const Openings& openings,
+                                    const Boundary& boundary, const BoundaryFaces& faces,
+                                    FiveBlocks& blocks) {
+  std::vector<HeldFace> held;
   for (std::size_t a = 0; a < 3; ++a) {
     for (const BoundaryFace& face : faces.of[a]) {
       const double fraction = openings.gm[a][face.face];
       if (!boundary.groups[static_cast<std::size_t>(face.group)].holds_pressure()) continue;
       if (fraction < kClosedFace) continue;
       const double half = 0.5 * grid.axis[a].dx(face.index[a]);
-      blocks.diagonal[face.cell] += face_area(grid, a, face.index) * fraction / half;
-      held = true;
+      const double c = face_area(grid, a, face.index) * fraction / half;
+      blocks.diagonal[face.cell] += c;
+      held.push_back({face.cell, static_cast<std::int32_t>(a), c});
     }
   }
   return held;
-}
-
-/// Takes a cell out of the equations: its row says that `phi` is 0.
-void fix(const Box& box, const Triple& cell, FiveBlocks& blocks) {
-  const auto [i, j, k] = cell;
-  const std::size_t here = box.at(i, j, k);
-  blocks.diagonal[here] = 1.0;
-  for (int axis = 0; axis < 3; ++axis) {
-    Field& lower = blocks.lower[static_cast<std::size_t>(axis)];
-    lower[here] = 0.0;
-    lower[here + box.stride(axis)] = 0.0;
-  }
-  if (j == 1 || j == box.n[1]) blocks.wrap(i, box.n[1], k) = 0.0;
 }
 
 /// Tells the fix points: the one that stands for a closed domain, and the number of the others.
@@ -95,15 +83,34 @@ PressureMatrix flw_matrix(frame::Log& log, const GridTables& grid, const Opening
   PressureMatrix matrix;
   matrix.blocks = FiveBlocks(grid.box);
   couple_cells(grid, openings, open, matrix.blocks);
-  matrix.singular = !hold_pressure(grid, openings, boundary, faces, matrix.blocks);
-  const auto points = list_fix_points(grid, openings, boundary, faces, open);
+  matrix.held = hold_pressure(grid, openings, boundary, faces, matrix.blocks);
+  matrix.singular = matrix.held.empty();
+  ClosedParts closed = list_fix_points(grid, openings, boundary, faces, open);
+  const std::vector<FixPoint>& points = closed.points;
   if (matrix.singular && points.empty()) log.program_error("### program error -1- (flw_matrix)");
   tell_fix_points(log, matrix.singular, points);
   for (const FixPoint& point : points) {
-    fix(grid.box, point.cell, matrix.blocks);
     matrix.fixed.push_back(grid.box.at(point.cell[0], point.cell[1], point.cell[2]));
   }
+  matrix.parts = std::move(closed.runs);
   return matrix;
+}
+
+void fix_cells(PressureMatrix& matrix) {
+  FiveBlocks& blocks = matrix.blocks;
+  const Box& box = blocks.diagonal.box();
+  for (const std::size_t here : matrix.fixed) {
+    blocks.diagonal[here] = 1.0;
+    for (int axis = 0; axis < 3; ++axis) {
+      Field& lower = blocks.lower[static_cast<std::size_t>(axis)];
+      lower[here] = 0.0;
+      lower[here + box.stride(axis)] = 0.0;
+    }
+    blocks.wrap[here] = 0.0;
+    // In row 1 of y the coupling with the last stands there.
+    const std::size_t around = static_cast<std::size_t>(box.n[1] - 1) * box.stride(1);
+    if (here / box.stride(1) % box.extent(1) == kHalo) blocks.wrap[here + around] = 0.0;
+  }
 }
 
 }  // namespace flow

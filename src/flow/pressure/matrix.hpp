@@ -8,17 +8,22 @@
 
 #include "flow/boundary.hpp"
 #include "flow/grid_tables.hpp"
+#include "flow/linear/amg_grid.hpp"
 #include "flow/linear/iccg_pre.hpp"
+#include "flow/pressure/fix_points.hpp"
 #include "flow/pressure/open_faces.hpp"
 #include "flow/state.hpp"
 #include "frame/log.hpp"
 
 namespace flow {
 
+/// The matrix as the equation has it. The part of each fix point is still free in it.
 struct PressureMatrix {
   FiveBlocks blocks;
   bool singular = false;           ///< no pressure is held anywhere: the domain is closed
   std::vector<std::size_t> fixed;  ///< places of cells whose `phi` is held at 0
+  std::vector<PartRun> parts;      ///< the cells that each of them stands for
+  std::vector<HeldFace> held;      ///< faces that hold a pressure
 };
 
 /// Builds the matrix. A face between two cells couples them by its open area over the distance of
@@ -33,5 +38,8 @@ struct PressureMatrix {
 PressureMatrix flw_matrix(frame::Log& log, const GridTables& grid, const Openings& openings,
                           const Boundary& boundary, const BoundaryFaces& faces,
                           const OpenFaces& open);
+
+/// Takes the fixed cells out of the equations: the row of each says that `phi` is 0.
+void fix_cells(PressureMatrix& matrix);
 
 }  // namespace flow
