@@ -107,7 +107,8 @@ void read_exchange(const RunFiles& files, QuietLog& quiet, const CoreInputs& cor
   std::vector<double> sky(run.patches.size(), 0.0);
   const auto factors = files.open(frame::kUnitFormFactor);
   const std::string fault = quiet.fault_of([&] {
-    tsrf_module_raddat::read_viewfactor(quiet.log, *factors, core.patch, raddat, sky);
+    frame::Crew crew(frame::hands_wanted(quiet.log));
+    tsrf_module_raddat::read_viewfactor(quiet.log, crew, *factors, core.patch, raddat, sky);
     tsrf_module_raddat::allocdata01(quiet.log, 0, raddat);
     tsrf_module_raddat::tsrf_set_rdata(quiet.log, core.patch, raddat, sky);
   });
