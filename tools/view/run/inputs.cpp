@@ -1,5 +1,6 @@
 #include "run/inputs.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "buildings/bldng.hpp"
@@ -158,8 +159,7 @@ void name_buildings(RunModel& run) {
     }
   }
   std::ranges::sort(ids);
-  const auto [first, last] = std::ranges::unique(ids);
-  ids.erase(first, last);
+  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
   for (const std::int32_t id : ids) run.buildings.push_back({.BldID = id});
 }
 

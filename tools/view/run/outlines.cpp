@@ -85,8 +85,7 @@ bool is_ear(const Plan& plan, const Line& line, std::size_t n) {
 }
 
 void clip_ears(const Plan& plan, Line line, std::vector<std::array<std::uint32_t, 3>>& triangles) {
-  while (line.size() >= 3) {
-    const std::size_t size = line.size();
+  for (std::size_t size = line.size(); size >= 3; size = line.size()) {
     std::size_t ear = 0;
     while (ear < size && !is_ear(plan, line, ear)) ++ear;
     const bool found = ear < size;

@@ -96,8 +96,8 @@ std::map<FaceKey, Members> by_face(const RunModel& run) {
     if (run.patches.kind[p] != Kind::far_boundary) faces[key_of(run, p)].push_back(p);
   }
   for (auto& [key, members] : faces) {
-    std::ranges::stable_partition(
-        members, [&](std::size_t p) { return run.patches.kind[p] != Kind::window; });
+    std::stable_partition(members.begin(), members.end(),
+                          [&](std::size_t p) { return run.patches.kind[p] != Kind::window; });
   }
   return faces;
 }

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <deque>
 #include <limits>
-#include <ranges>
+#include <numeric>
 
 #include "run/outlines.hpp"
 #include "vtk/vtk_file.hpp"
@@ -37,7 +37,8 @@ Mesh mesh_of(const RunModel& run) {
       continue;
     }
     for (const Shapes::Ring& ring : rings) {
-      const auto line = std::views::iota(ring.first, ring.first + ring.count);
+      std::vector<std::uint32_t> line(ring.count);
+      std::iota(line.begin(), line.end(), ring.first);
       add(line.begin(), line.end(), p);
     }
   }
