@@ -16,7 +16,6 @@ namespace townskin_view {
 namespace {
 
 constexpr double kHour = 3600.0;
-constexpr double kDay = 86400.0;
 constexpr double kCelsius = 273.15;
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
