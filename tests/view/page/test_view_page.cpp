@@ -9,6 +9,7 @@
 #include "page/pack.hpp"
 #include "page/payload.hpp"
 #include "page/write_page.hpp"
+#include "run/join_pieces.hpp"
 #include "run_case.hpp"
 
 namespace {
@@ -104,6 +105,21 @@ TEST(PagePack, NumbersComeBack) {
   EXPECT_EQ(base64("f"), "Zg==");  // RFC 4648, 10
   EXPECT_EQ(base64("fo"), "Zm8=");
   EXPECT_EQ(base64("foobar"), "Zm9vYmFy");
+}
+
+TEST(PageShapes, PiecesJoinToConvexOutlinesAlone) {
+  const Corner up{0.0, 0.0, 1.0};
+  const std::vector<Corner> triangle{{0, 0, 0}, {4, 0, 0}, {4, 3, 0}};
+  const std::vector<Corner> half{{0, 0, 0}, {4, 3, 0}, {0, 3, 0}};
+  const auto rectangle = joined({triangle, half}, up);
+  ASSERT_TRUE(rectangle.has_value());
+  EXPECT_EQ(rectangle->size(), 4U);
+  // A neighbour of half the height: what a corner in the middle of a side belongs to stays.
+  EXPECT_FALSE(joined({*rectangle, {{4, 0, 0}, {6, 0, 0}, {6, 1, 0}, {4, 1, 0}}}, up).has_value());
+  const auto wide = joined({*rectangle, {{4, 0, 0}, {6, 0, 0}, {6, 3, 0}, {4, 3, 0}}}, up);
+  ASSERT_TRUE(wide.has_value());
+  EXPECT_EQ(wide->size(), 6U);
+  EXPECT_FALSE(joined({triangle, {{9, 0, 0}, {10, 0, 0}, {10, 1, 0}}}, up).has_value());
 }
 
 TEST(PageText, NamesAreNeverMarkup) {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "run/inputs.hpp"
+#include "run/join_pieces.hpp"
 #include "run/lines.hpp"
 
 namespace townskin_view {
@@ -42,13 +43,18 @@ void add_ring(const Outline& ring, bool hole, const Vector& normal, Shapes& shap
   }
 }
 
-/// Middle of the corners; of the convex pieces that faces are cut into it lies within.
+/// Centre of the area; of the convex pieces that faces are cut into it lies within.
 Vector middle_of(const Outline& ring) {
-  Vector middle{};
-  for (const Vector& point : ring) {
-    for (std::size_t a = 0; a < 3; ++a) middle[a] += point[a] / static_cast<double>(ring.size());
+  Vector sum{};
+  double whole = 0.0;
+  for (std::size_t n = 1; n + 1 < ring.size(); ++n) {
+    const double area = length(twice_area({ring[0], ring[n], ring[n + 1]}));
+    whole += area;
+    for (std::size_t a = 0; a < 3; ++a) sum[a] += area * (ring[0][a] + ring[n][a] + ring[n + 1][a]);
   }
-  return middle;
+  if (!(whole > 0.0)) return ring.front();
+  for (double& coordinate : sum) coordinate /= 3.0 * whole;
+  return sum;
 }
 
 Outline scaled(const Outline& ring, double factor) {
@@ -96,7 +102,7 @@ bool read_pieces(Lines& lines, const RunModel& run, std::vector<std::vector<Piec
     if (line.starts_with('#') || line.find_first_not_of(" \t\r") == std::string_view::npos)
       continue;
     const std::size_t count = numbers_of(line, numbers);
-    if (count < 4 + 9 || numbers[3] != static_cast<double>((count - 4) / 3) ||
+    if (count < 4 + 9 || numbers[3] * 3.0 != static_cast<double>(count - 4) ||
         (count - 4) % 3 != 0) {
       return false;
     }
@@ -136,6 +142,26 @@ std::vector<std::vector<std::size_t>> sharers(const RunModel& run,
   return of_group;
 }
 
+/// Joins the pieces of a patch two by two, as long as two make a convex one of the same area.
+void join(std::vector<Piece>& pieces, const Vector& normal) {
+  const bool holes = std::ranges::any_of(pieces, [](const Piece& one) { return one.size() > 1; });
+  if (pieces.size() < 2 || holes) return;
+  for (Piece& piece : pieces) {
+    if (product(twice_area(piece.front()), normal) < 0.0) std::ranges::reverse(piece.front());
+  }
+  for (std::size_t a = 0; a < pieces.size(); ++a) {
+    for (std::size_t b = a + 1; b < pieces.size(); ++b) {
+      const Outline &first = pieces[a].front(), &second = pieces[b].front();
+      const double area = length(twice_area(first)) + length(twice_area(second));
+      std::optional<Outline> outline = joined({first, second}, normal);
+      if (!outline || std::abs(length(twice_area(*outline)) - area) > 1e-9 * area) continue;
+      pieces[a] = {std::move(*outline)};
+      pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(b));
+      b = a;  // the larger one may join those that it passed over
+    }
+  }
+}
+
 void enter(const RunModel& run, const std::vector<std::vector<Piece>>& pieces, Shapes& shapes) {
   const auto of_group = sharers(run, pieces);
   for (std::size_t p = 0; p < pieces.size(); ++p) {
@@ -161,7 +187,7 @@ double area_of(const Shapes& shapes, std::size_t patch) {
   double area = 0.0;
   for (const Shapes::Ring& ring : shapes.of(patch)) {
     Outline outline;
-    for (std::uint32_t n = ring.first; n < ring.first + ring.count; ++n) {
+    for (std::size_t n = ring.first; n < std::size_t{ring.first} + ring.count; ++n) {
       outline.push_back({shapes.xyz[3 * n], shapes.xyz[3 * n + 1], shapes.xyz[3 * n + 2]});
     }
     area += (ring.hole ? -0.5 : 0.5) * length(twice_area(outline));
@@ -175,6 +201,7 @@ void read_shapes(const std::string& geometry, RunModel& run) {
     std::vector<std::vector<Piece>> pieces(run.patches.size());
     if (read_pieces(lines, run, pieces)) {
       run.shapes.true_shapes = true;
+      for (std::size_t p = 0; p < pieces.size(); ++p) join(pieces[p], run.patches.normal[p]);
       return enter(run, pieces, run.shapes);
     }
     note(run,
