@@ -82,7 +82,7 @@ void write_flow_control(const RunData& run, const RunFolder& folder) {
       "0.028964 1005. 0. 0. 0. 0.\n"
       "0.018015 1900. 0. 0. 0. 0.\n"
       "0\n"
-      "0 0. 1.e-20\n"
+      "1 0. 1.e-20\n"  // the pressure by multigrid
       "1 1 1\n"
       "1 1 0\n"
       "0. 0.\n");
