@@ -47,6 +47,7 @@ std::vector<std::size_t> stations(const Side& side, const std::vector<Corner>& c
   }
   std::ranges::sort(found);
   std::vector<std::size_t> list;
+  list.reserve(found.size());
   for (const auto& [place, n] : found) list.push_back(n);
   return list;
 }
