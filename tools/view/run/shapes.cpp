@@ -102,7 +102,7 @@ bool read_pieces(Lines& lines, const RunModel& run, std::vector<std::vector<Piec
     if (line.starts_with('#') || line.find_first_not_of(" \t\r") == std::string_view::npos)
       continue;
     const std::size_t count = numbers_of(line, numbers);
-    if (count < 4 + 9 || numbers[3] != static_cast<double>((count - 4) / 3) ||
+    if (count < 4 + 9 || numbers[3] * 3.0 != static_cast<double>(count - 4) ||
         (count - 4) % 3 != 0) {
       return false;
     }
@@ -187,7 +187,7 @@ double area_of(const Shapes& shapes, std::size_t patch) {
   double area = 0.0;
   for (const Shapes::Ring& ring : shapes.of(patch)) {
     Outline outline;
-    for (std::uint32_t n = ring.first; n < ring.first + ring.count; ++n) {
+    for (std::size_t n = ring.first; n < std::size_t{ring.first} + ring.count; ++n) {
       outline.push_back({shapes.xyz[3 * n], shapes.xyz[3 * n + 1], shapes.xyz[3 * n + 2]});
     }
     area += (ring.hole ? -0.5 : 0.5) * length(twice_area(outline));

@@ -16,7 +16,6 @@ namespace townskin_view {
 namespace {
 
 constexpr double kHour = 3600.0;
-constexpr double kDay = 86400.0;
 constexpr double kCelsius = 273.15;
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
@@ -102,10 +101,12 @@ std::array<double, 3> air_at(Air& air, const RunModel& run, const SkyRows& rows,
   if (!run.dated) {
     add(hour.hours * kHour - 0.5 * run.step);
   } else if (days != rows.days.end()) {
-    const double steps = std::max(1.0, std::round(kHour / run.step));
+    const auto steps = static_cast<std::int64_t>(std::max(1.0, std::round(kHour / run.step)));
     for (const std::int32_t day : days->second) {
       const double start = air.time_of(run.year, hour.month, day) + (hour.hour - 1) * kHour;
-      for (double n = 0.0; n < steps; n += 1.0) add(start + (n + 0.5) * run.step);
+      for (std::int64_t n = 0; n < steps; ++n) {
+        add(start + (static_cast<double>(n) + 0.5) * run.step);
+      }
     }
   }
   for (double& sum : sums) sum = count > 0 ? sum / count : kNone;

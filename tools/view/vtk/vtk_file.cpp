@@ -57,7 +57,7 @@ void write_vtk(const VtkFile& file, const std::string& path) {
   OutFile out(path);
   std::uint64_t offset = 0;
   const auto head = [&](const VtkArray& array) {
-    const std::string text = head_of(array, offset);
+    std::string text = head_of(array, offset);
     offset += sizeof(std::uint64_t) + array.bytes.size();
     return text;
   };

@@ -56,7 +56,7 @@ FlowSets write_vtk_flow(const FlowRun& run, const std::string& folder, Stage& st
   file.whole_attributes = " WholeExtent=\"" + extent + "\"";
   file.piece_attributes = " Extent=\"" + extent + "\"";
   std::vector<VtkTime> times;
-  const FlowSets sets = read_flow_sets(run, [&](const FlowFields& fields) {
+  FlowSets sets = read_flow_sets(run, [&](const FlowFields& fields) {
     file.time = fields.time;
     file.parts = {cell_data(run, fields, flags), lines};
     times.push_back({file.time, numbered(times.size() + 1)});
