@@ -16,13 +16,13 @@
 
 namespace flow {
 
-/// Solves for the right side system.b from a start of 0; system.x holds the solution. Whatever the
-/// vectors held before has no influence. The norm is that of flw_iccg, of the residual scaled by
-/// the roots of the diagonal, and the iterations are counted as there. Where the matrix is singular
-/// the right side has to sum to 0 over each part that nothing holds; the solution is one of many.
-/// When a sum vanishes, the solution starts anew from the true residual.
-/// Errors, on standard output: "### interface error -n- (flw_amgcg)" with n 1 for vectors of other
-/// sizes, 2 for the largest residual as the norm, 3 for tolerances not above 0, 4 for itmax < 1.
+/// Solves for the right side system.exact.b from a start of 0; system.exact.x holds the solution.
+/// Whatever the vectors held before has no influence. The norm is that of flw_iccg, of the residual
+/// scaled by the roots of the diagonal, and the iterations are counted as there. Where the matrix
+/// is singular the right side has to sum to 0 over each part that nothing holds; the solution is
+/// one of many. When a sum vanishes, the solution starts anew from the true residual. Errors, on
+/// standard output: "### interface error -n- (flw_amgcg)" with n 1 for vectors of other sizes, 2
+/// for the largest residual as the norm, 3 for tolerances not above 0, 4 for itmax < 1.
 SolveResult flw_amgcg(frame::Log& log, const SolveLimits& limits, AmgSystem& system);
 
 /// z of the finest level becomes the cycle's result for its right side r: what the matrix' inverse
