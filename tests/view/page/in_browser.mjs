@@ -199,6 +199,16 @@ async function check_layout(page) {
   assert.deepEqual(outside, [], "cards stand outside the window");
 }
 
+/// All of it in the window of a desk and in that of a phone.
+async function check_sizes(page, run, values, has_walls) {
+  for (const size of [desk, phone]) {
+    await page.setViewportSize(size);
+    await check_layout(page);
+    await check_page(page, run, values, has_walls);
+  }
+  await page.setViewportSize(desk);
+}
+
 async function check_keys(page) {
   const slider = page.getByRole("slider", { name: "time" });
   await page.locator("#scene").focus();
@@ -216,8 +226,7 @@ const checks = {
   async block(context) {
     const run = run_of("block");
     const page = await open(context, page_of(run));
-    await check_page(page, run, temperatures(run), true);
-    await check_layout(page);
+    await check_sizes(page, run, temperatures(run), true);
     await check_keys(page);
     await page.selectOption("#building", { index: 3 });
     await page.getByRole("button", { name: "charts of the district" }).click();
@@ -232,15 +241,12 @@ const checks = {
   async canyon(context) {
     const run = run_of("canyon");
     const page = await open(context, page_of(run));
-    await check_page(page, run, temperatures(run), false);
-    await page.setViewportSize(phone);
-    await check_layout(page);
-    await check_page(page, run, temperatures(run), false);
+    await check_sizes(page, run, temperatures(run), false);
   },
   async street_trees(context) {
     const run = run_of("street_trees");
     const page = await open(context, page_of(run));
-    await check_page(page, run, temperatures(run), true);
+    await check_sizes(page, run, temperatures(run), true);
     const before = await at_rest(page);
     await page.selectOption("#field", { label: "leaf temperature [°C]" });
     await changed(page, before, "the field changes no colour");
@@ -250,16 +256,13 @@ const checks = {
     const run = run_of("two_months");
     const page = await open(context, page_of(run));
     assert.match(await page.locator(".controls .when").textContent(), /August, 14 h/);
-    await check_page(page, run, null, true);
+    await check_sizes(page, run, null, true);
   },
   async city(context) {
     if (!townskin_case) return console.log("city: left out, townskin_case was not built");
     const run = run_of("city");
     const page = await open(context, page_of(run));
-    await check_page(page, run, temperatures(run), true);
-    await page.setViewportSize(phone);
-    await check_layout(page);
-    await check_page(page, run, temperatures(run), true);
+    await check_sizes(page, run, temperatures(run), true);
   },
   async "names are text"(context) {
     const run = run_of("canyon", "<script>document.title='x'<img src=x onerror=\"document.title='x'\">");
