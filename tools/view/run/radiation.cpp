@@ -137,6 +137,7 @@ void read_sunlit(const RunFiles& files, QuietLog& quiet, const CoreInputs& core,
     tsrf_module_shade::inputdata(quiet.log, *control, false, shade);
     field.values.reserve(n * run.hours.size());
     std::vector<double> fractions(n);
+    frame::Crew crew;
     for (const Hour& hour : run.hours) {
       const std::size_t day = 24 * n;
       if (field.values.size() >= day) {  // the same day again
@@ -146,8 +147,8 @@ void read_sunlit(const RunFiles& files, QuietLog& quiet, const CoreInputs& core,
                     field.values.begin() + static_cast<std::ptrdiff_t>(at));
         continue;
       }
-      tsrf_module_shade::set_shade(quiet.log, sun.get(), hour.hour * kHour - run.step, core.patch,
-                                   calendar, shade, fractions);
+      tsrf_module_shade::set_shade(quiet.log, crew, sun.get(), hour.hour * kHour - run.step,
+                                   core.patch, calendar, shade, fractions);
       field.values.insert(field.values.end(), fractions.begin(), fractions.end());
     }
   });
