@@ -32,6 +32,10 @@ class Crew {
   Crew& operator=(const Crew&) = delete;
 
   [[nodiscard]] std::size_t hands() const { return hands_.count; }
+  /// What is made of a length of `stretch` rows.
+  [[nodiscard]] std::size_t length(std::size_t stretch) const {
+    return stretch / hands_.finer > 0 ? stretch / hands_.finer : 1;
+  }
 
   /// Rows `first` up to, not including, `last` of a loop, and which hand has them, from 0: parts
   /// that run at the same time have different hands.
