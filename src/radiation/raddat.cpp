@@ -93,15 +93,11 @@ std::vector<double> sky_areas(const tsrf_module_patch::Data& patch, const Data& 
   return group_sums(data, parts);
 }
 
-std::vector<double> seen_areas(const ViewFactors& table, const std::vector<double>& area) {
+std::vector<double> seen_areas(ViewFactors& table, const std::vector<double>& area) {
   std::vector<double> seen(area.size());
-  for (std::size_t g = 0; g < seen.size(); ++g) {
-    double sum = 0.0;
-    for (const ViewFactors::Entry& entry : table.of(g)) {
-      sum += static_cast<double>(entry.factor) * area[static_cast<std::size_t>(entry.source)];
-    }
-    seen[g] = sum;
-  }
+  table.each([&](std::size_t g, std::size_t source, float factor) {
+    seen[g] += static_cast<double>(factor) * area[source];
+  });
   return seen;
 }
 

@@ -15,6 +15,7 @@
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
 #include "inputs/patch.hpp"
+#include "radiation/view_factor_panels.hpp"
 
 namespace tsrf_module_raddat {
 
@@ -24,27 +25,6 @@ struct Settings {
   std::int32_t LOPREF = 10;  ///< sweeps a step
   std::int32_t LVFSKY = 0;   ///< > 0: FormFactor rows carry the sky
   std::int32_t LVFSWP = 0;   ///< > 0: rows are given in the reverse sense
-};
-
-/// View factors by destination group: entries first[g] .. first[g+1]-1 belong to group g, in file
-/// order, so that each group's sum keeps its order.
-struct ViewFactors {
-  struct Entry {
-    std::int32_t source;
-    float factor;
-  };
-  std::vector<std::int64_t> first;
-  std::vector<Entry> entries;
-
-  /// Entries of destination g.
-  [[nodiscard]] std::span<const Entry> of(std::size_t g) const {
-    return std::span(entries).subspan(static_cast<std::size_t>(first[g]),
-                                      static_cast<std::size_t>(first[g + 1] - first[g]));
-  }
-  [[nodiscard]] std::span<Entry> of(std::size_t g) {
-    return std::span(entries).subspan(static_cast<std::size_t>(first[g]),
-                                      static_cast<std::size_t>(first[g + 1] - first[g]));
-  }
 };
 
 struct Data {

@@ -43,8 +43,9 @@ struct Work {
   /// The patches of group g, in their order: members[first_member[g]] .. before first_member[g+1].
   std::vector<std::uint32_t> first_member;
   std::vector<std::uint32_t> members;
-  /// Stretches of destinations with about as many entries each: from cuts[n] to before cuts[n+1].
-  std::vector<std::uint32_t> cuts;
+  /// Stretches of slices with about as many octets each, panel by panel: from cuts[n] to before
+  /// cuts[n+1].
+  std::vector<std::vector<std::uint32_t>> cuts;
 
   /// Takes the arrays for the groups and the table of `raddat` and 1 or 2 bands at a time.
   void prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands);

@@ -16,8 +16,7 @@ constexpr std::size_t kPieces = 2;  // for each hand before they are taken
 struct Piece {
   std::string_view text;
   std::vector<PlainRow> rows;
-  std::vector<std::uint32_t> begins;  // of the rows' lines in the text
-  std::size_t parsed = 0;             // bytes of the text that the rows stand for
+  std::size_t parsed = 0;  // bytes of the text that the rows stand for
 };
 
 /// Reads the fields of the line at `at`; false when it is not plain.
@@ -38,7 +37,6 @@ bool plain_row(const char* at, const char* last, const Data& data, PlainRow& row
 /// Parses the lines of a piece up to the first that is not plain.
 void parse(const Data& data, Piece& piece) {
   piece.rows.clear();
-  piece.begins.clear();
   const char* const first = piece.text.data();
   const char* const last = first + piece.text.size();
   const char* at = first;
@@ -48,7 +46,6 @@ void parse(const Data& data, Piece& piece) {
     PlainRow row{};
     if (end == nullptr || !plain_row(at, end + 1, data, row)) break;
     piece.rows.push_back(row);
-    piece.begins.push_back(static_cast<std::uint32_t>(at - first));
     at = end + 1;
   }
   piece.parsed = static_cast<std::size_t>(at - first);
@@ -66,10 +63,17 @@ std::string_view next_text(std::string_view& rest) {
   return text;
 }
 
-/// Gives the rows of a piece on; bytes of the lines that were taken.
+/// Bytes of the first `count` lines.
+std::size_t bytes_of_lines(std::string_view text, std::size_t count) {
+  std::size_t end = 0;
+  for (; count > 0; --count) end = text.find('\n', end) + 1;
+  return end;
+}
+
+/// Gives the rows of a piece on, a row a line; bytes of the lines that were taken.
 std::size_t give(const Piece& piece, frame::FunctionRef<bool(const PlainRow&)> take) {
   for (std::size_t n = 0; n < piece.rows.size(); ++n) {
-    if (!take(piece.rows[n])) return piece.begins[n];
+    if (!take(piece.rows[n])) return bytes_of_lines(piece.text, n);
   }
   return piece.parsed;
 }
