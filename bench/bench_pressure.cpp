@@ -91,16 +91,17 @@ void amgcg(benchmark::State& state) {
   const plain::Iccg slow = plain::flw_iccg_pre(e.blocks, e.fluid, kGsfcg);
   const std::vector<double> b = right_side(slow, e.right);
   plain::IccgVectors vectors(b.size());
+  frame::Crew crew;
   flow::AmgSystem fast;
   flow::flw_amgcg_pre(log, e.blocks, e.fluid, sample::geometry_of(e), fast, set);
-  flow::gather_rows(e.right, fast);
+  flow::gather_rows(crew, e.right, fast);
   flow::SolveLimits limits = limits_of(cells);
   limits.itmax = 1000;
   flow::SolveResult of_plain;
   flow::SolveResult of_fast;
   compare(
       state, [] {}, [&] { of_plain = plain::flw_iccg(slow, limits, b, vectors); },
-      [&] { of_fast = flow::flw_amgcg(log, limits, fast); });
+      [&] { of_fast = flow::flw_amgcg(log, crew, limits, fast); });
   state.counters["count"] = of_fast.iterations;
   state.counters["plain_count"] = of_plain.iterations;
   state.counters["ns"] = 1e6 * state.counters["plain_ms"] / state.counters["ratio"] /
@@ -119,11 +120,12 @@ void amgcg_count(benchmark::State& state) {
   const sample::Stretched& kind = sample::kStretched[static_cast<std::size_t>(state.range(1))];
   const sample::StretchedEquation e = sample::stretched_equation(cells, kind);
   frame::Log log(std::cout, std::cerr);
+  frame::Crew crew;
   flow::AmgSystem s;
   flow::flw_amgcg_pre(log, e.blocks, e.fluid, e.geometry, s);
-  flow::gather_rows(e.right, s);
+  flow::gather_rows(crew, e.right, s);
   flow::SolveResult result;
-  for ([[maybe_unused]] auto turn : state) result = flow::flw_amgcg(log, limits_of(cells), s);
+  for ([[maybe_unused]] auto turn : state) result = flow::flw_amgcg(log, crew, limits_of(cells), s);
   state.SetLabel(kind.name);
   state.counters["count"] = result.iterations;
 }

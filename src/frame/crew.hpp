@@ -32,9 +32,9 @@ class Crew {
   Crew& operator=(const Crew&) = delete;
 
   [[nodiscard]] std::size_t hands() const { return hands_.count; }
-  /// What is made of a length of `stretch` rows.
-  [[nodiscard]] std::size_t length(std::size_t stretch) const {
-    return stretch / hands_.finer > 0 ? stretch / hands_.finer : 1;
+  /// Rows of a stretch of `rows`, with the finer cut that a test may want; at least 1.
+  [[nodiscard]] std::size_t stretch(std::size_t rows) const {
+    return rows <= hands_.finer ? 1 : rows / hands_.finer;
   }
 
   /// Rows `first` up to, not including, `last` of a loop, and which hand has them, from 0: parts

@@ -88,7 +88,7 @@ void sweep_beam(frame::Crew& crew, const SunVector& sun, double Jdn, const Optic
   const SweepTile sweep_tile = sweep_tile_for(set);
   const auto rows = static_cast<std::size_t>(sweep.way[1].count);
   const auto columns = static_cast<std::size_t>(sweep.way[0].count);
-  const std::size_t side = crew.hands() == 1 ? std::max(rows, columns) : crew.length(kSide);
+  const std::size_t side = crew.hands() == 1 ? std::max(rows, columns) : crew.stretch(kSide);
   in_waves(crew, rows, columns, side, side, [&](const Tile& tile) {
     sweep_tile(sweep,
                {static_cast<std::int32_t>(tile.first[0]), static_cast<std::int32_t>(tile.last[0]),

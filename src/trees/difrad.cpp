@@ -65,7 +65,7 @@ bool visit_all(frame::Crew& crew, const tsrf_module_jumoku::Data& data, const To
   const auto rows = static_cast<std::size_t>(data.grid.cells[1]);
   const auto layers = static_cast<std::size_t>(data.grid.cells[2]);
   std::atomic<bool> changed{false};
-  in_waves(crew, rows, layers, crew.length(kRows), 1, [&](const Tile& tile) {
+  in_waves(crew, rows, layers, crew.stretch(kRows), 1, [&](const Tile& tile) {
     const std::size_t layer = rows * (there ? tile.first[1] : layers - 1 - tile.first[1]);
     const std::size_t begin = there ? tile.first[0] : rows - tile.last[0];
     const std::size_t end = there ? tile.last[0] : rows - tile.first[0];

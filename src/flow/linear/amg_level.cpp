@@ -8,6 +8,19 @@ namespace {
 
 std::size_t in_lanes(std::size_t count) { return (count + kAmgLanes - 1) / kAmgLanes * kAmgLanes; }
 
+void bundle_rows(const AmgMerge& merge, AmgLevel& level) {
+  const std::size_t ny = merge.parent.size();
+  const bool round = ny % 2 != 0 && merge.cells > 1;  // the last bundle joins the first
+  for (std::int32_t bundle = 0; bundle < merge.cells - (round ? 1 : 0); ++bundle) {
+    level.bundles.push_back(level.rows.size());
+    for (std::size_t j = 0; j < ny; ++j) {
+      const bool joins = round && bundle == 0 && merge.parent[j] == merge.cells - 1;
+      if (merge.parent[j] == bundle || joins) level.rows.push_back(j);
+    }
+  }
+  level.bundles.push_back(level.rows.size());
+}
+
 }  // namespace
 
 AmgLevel sized_level(const Triple& cells) {
@@ -61,6 +74,7 @@ void join_levels(const std::array<AmgMerge, 3>& merge, AmgLevel& fine, AmgLevel&
       fine.parent[part].push_back(merge[0].parent[i]);
     }
   }
+  bundle_rows(merge[1], fine);
   // A row that is merged in pairs is written as a whole part of the finer one.
   coarse.natural = std::max(coarse.natural, fine.half);
   coarse.between.assign(coarse.natural * static_cast<std::size_t>(coarse.n[1]) *

@@ -50,6 +50,10 @@ struct AmgLevel {
   std::array<AmgMerge, 3> merge;                    ///< to the next coarser level
   bool in_pairs = false;                            ///< along x
   std::array<std::vector<std::int32_t>, 2> parent;  ///< along x, of the cells of each part
+  /// The rows of a layer, bundle by bundle: those that are merged stay together, and so do the
+  /// first and the last where they have cells of one colour side by side.
+  std::vector<std::size_t> rows;
+  std::vector<std::size_t> bundles;  ///< where each begins in `rows`, and the end
 
   [[nodiscard]] std::size_t odd() const { return half + kAmgLanes; }
   [[nodiscard]] std::size_t size() const {

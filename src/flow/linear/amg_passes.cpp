@@ -81,11 +81,12 @@ inline bool wrapped_row(const AmgLevel& m, std::size_t j) {
 AmgPasses amg_passes(InstructionSet set) {
 #if defined(__x86_64__)
   if (set == InstructionSet::avx512) {
-    return {amg_avx512::down, amg_avx512::up, amg_avx512::renew};
+    return {amg_avx512::down, amg_avx512::up, amg_avx512::take, amg_avx512::renew};
   }
-  if (set == InstructionSet::avx2) return {amg_avx2::down, amg_avx2::up, amg_avx2::renew};
+  if (set == InstructionSet::avx2)
+    return {amg_avx2::down, amg_avx2::up, amg_avx2::take, amg_avx2::renew};
 #endif
-  return {amg_common::down, amg_common::up, amg_common::renew};
+  return {amg_common::down, amg_common::up, amg_common::take, amg_common::renew};
 }
 
 }  // namespace flow

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "flow/share.hpp"
+
 namespace flow {
 
 namespace {
@@ -33,8 +35,8 @@ bool is_broken(const AmgGrid& grid) {
 
 /// Calls `work(slot, cell)` for all cells: the slot on the finest level, the place in a field.
 template <class Work>
-void each_slot(const AmgLevel& level, const Box& box, Work&& work) {
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+void each_slot(frame::Crew& crew, const AmgLevel& level, const Box& box, Work&& work) {
+  share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     const std::size_t even = level.slot(0, j - 1, k - 1);
     const std::size_t odd = even + level.odd();
     const auto n = static_cast<std::size_t>(box.n[0]);
@@ -105,20 +107,21 @@ void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid
     }
     const auto layers = static_cast<std::size_t>(system.finest().n[2]);
     system.sums.resize(layers);
+    system.row_sums.resize(static_cast<std::size_t>(system.finest().n[1]));
     system.norms.assign(kLanes * layers, 0.0);
   });
   system.passes = amg_passes(set);
 }
 
-void gather_rows(const Field& from, AmgSystem& system) {
+void gather_rows(frame::Crew& crew, const Field& from, AmgSystem& system) {
   const AmgLevel& level = system.finest();
-  each_slot(level, from.box(), [&](std::size_t slot, std::size_t place) {
+  each_slot(crew, level, from.box(), [&](std::size_t slot, std::size_t place) {
     system.exact.b[slot] = level.inverse[slot] > 0.0F ? from[place] : 0.0;
   });
 }
 
-void scatter_rows(const AmgSystem& system, Field& to) {
-  each_slot(system.levels.front(), to.box(),
+void scatter_rows(frame::Crew& crew, const AmgSystem& system, Field& to) {
+  each_slot(crew, system.levels.front(), to.box(),
             [&](std::size_t slot, std::size_t place) { to[place] = system.exact.x[slot]; });
 }
 
