@@ -159,10 +159,7 @@ Crew::~Crew() = default;
 
 void Crew::share(std::size_t count, std::size_t stretch, Part part) {
   if (count == 0) return;
-<<<<<<< HEAD
   stretch = this->stretch(stretch);
-=======
->>>>>>> flow
   if (hands_.count == 1 || count <= stretch) {
     part({0, count, 0});
     return;
