@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "../tests/recorded_log.hpp"
+#include "frame/crew.hpp"
 #include "trees/prep.hpp"
 
 struct CanopyCase {

@@ -17,8 +17,13 @@ __extension__ using Wide = unsigned __int128;
 
 constexpr int kMostPower = 104;  // of ten, in the table
 constexpr std::size_t kPowerCount = std::size_t{2} * kMostPower + 1;
-constexpr int kMostExponent = 98;  // one less than what two digits hold: a number may round up
 constexpr int kFractionBits = 43;  // of a number's digits as they come out of the product
+
+/// Where what belongs to a power of ten stands in the tables.
+constexpr std::size_t place_of(int power) {
+  const int place = power + kMostPower;
+  return static_cast<std::size_t>(place);
+}
 
 /// mantissa * 2^exponent, the mantissa with its top bit set: at most one unit of it below 10^k.
 struct Power {
@@ -38,8 +43,7 @@ constexpr auto kPowers = [] {
         mantissa <<= 1;
         --exponent;
       }
-      table[static_cast<std::size_t>(k + kMostPower)] = {static_cast<std::uint64_t>(mantissa >> 64),
-                                                         exponent + 64};
+      table[place_of(k)] = {static_cast<std::uint64_t>(mantissa >> 64), exponent + 64};
       next(mantissa, exponent);
     }
   };
@@ -63,14 +67,13 @@ struct Scale {
 constexpr auto kScales = [] {
   std::array<Scale, kPowerCount> table{};
   for (int e = -kMostPower; e < kMostPower; ++e) {
-    const Power next = kPowers[static_cast<std::size_t>(e + 1 + kMostPower)];
-    const auto biased = static_cast<std::uint64_t>(next.exponent + 63 + 1023);
+    const Power next = kPowers[place_of(e + 1)];
+    const int biased = next.exponent + 63 + 1023;
     const std::uint64_t fraction = (next.mantissa >> 11) & ((std::uint64_t{1} << 52) - 1);
     const int size = e < 0 ? -e : e;
-    table[static_cast<std::size_t>(e + kMostPower)] = {
-        (biased << 52) | fraction,
-        {e < 0 ? '-' : '+', static_cast<char>('0' + size / 10 % 10),
-         static_cast<char>('0' + size % 10), ' '}};
+    table[place_of(e)] = {(static_cast<std::uint64_t>(biased) << 52) | fraction,
+                          {e < 0 ? '-' : '+', static_cast<char>('0' + size / 10 % 10),
+                           static_cast<char>('0' + size % 10), ' '}};
   }
   return table;
 }();
@@ -95,9 +98,8 @@ bool round_to(std::uint64_t bits, Decimal& result) {
   // The exponent of the number's binade, or one more. Of a number that is 10^e but for its last
   // bits either e or e - 1 does; both round to the same digits.
   int exponent = ((biased - kBias) * 315653) >> 20;
-  exponent +=
-      static_cast<int>(bits >= kScales[static_cast<std::size_t>(exponent + kMostPower)].next);
-  const Power power = kPowers[static_cast<std::size_t>(Decimals - exponent + kMostPower)];
+  exponent += static_cast<int>(bits >= kScales[place_of(exponent)].next);
+  const Power power = kPowers[place_of(Decimals - exponent)];
   const std::uint64_t mantissa = (bits & (kHidden - 1)) | kHidden;
   const int shift = biased - kBias - 52 + power.exponent + kFractionBits + 64;
   const auto product =
@@ -147,7 +149,7 @@ char* put_decimal(char* to, bool negative, Decimal number) {
   to[kFirst - 1] = negative ? '-' : ' ';
   put(to + 7, kTails[number.digits % kPart]);
   put(to + kFirst, kHeads[number.digits / kPart]);
-  put(to + 11, kScales[static_cast<std::size_t>(number.exponent + kMostPower)].text);
+  put(to + 11, kScales[place_of(number.exponent)].text);
   return to + 14;
 }
 

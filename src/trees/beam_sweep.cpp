@@ -22,8 +22,10 @@ using tsrf_module_phydat::SunVector;
 
 constexpr FourFractions kFree{{1.0, 1.0, 1.0, 1.0}};
 
-/// Rows and columns of a tile, some 50 microseconds of work, and kinds of cells of a stretch.
-constexpr std::size_t kSide = 64;
+/// Rows and least columns of a tile, some 300 microseconds of work, and kinds of cells of a
+/// stretch.
+constexpr std::size_t kRows = 64;
+constexpr std::size_t kColumns = 128;
 constexpr std::size_t kKinds = 512;
 
 BeamSweep sweep_of(const SunVector& sun, double Jdn, const Optics& optics, const Data& data) {
@@ -88,8 +90,12 @@ void sweep_beam(frame::Crew& crew, const SunVector& sun, double Jdn, const Optic
   const SweepTile sweep_tile = sweep_tile_for(set);
   const auto rows = static_cast<std::size_t>(sweep.way[1].count);
   const auto columns = static_cast<std::size_t>(sweep.way[0].count);
-  const std::size_t side = crew.hands() == 1 ? std::max(rows, columns) : crew.stretch(kSide);
-  in_waves(crew, rows, columns, side, side, [&](const Tile& tile) {
+  // A tile that starts in the middle of a row has to find its place: two for each hand are enough.
+  const std::size_t hands = crew.hands();
+  const std::size_t height = hands == 1 ? rows : crew.stretch(kRows);
+  const std::size_t width =
+      hands == 1 ? columns : std::max(crew.stretch(kColumns), columns / (2 * hands));
+  in_waves(crew, rows, columns, height, width, [&](const Tile& tile) {
     sweep_tile(sweep,
                {static_cast<std::int32_t>(tile.first[0]), static_cast<std::int32_t>(tile.last[0]),
                 static_cast<std::int32_t>(tile.first[1]), static_cast<std::int32_t>(tile.last[1])},
