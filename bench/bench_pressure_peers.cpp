@@ -105,19 +105,11 @@ void against(benchmark::State& state, const char* preconditioner) {
   state.counters["count"] = result.iterations;
   state.counters["peer_count"] = static_cast<double>(peer.count());
 }
-BENCHMARK_CAPTURE(against, gamg, PCGAMG)
-    ->ArgName("cells")
-    ->Arg(64)
-    ->Arg(128)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(3);
-BENCHMARK_CAPTURE(against, boomeramg, PCHYPRE)
-    ->ArgName("cells")
-    ->Arg(64)
-    ->Arg(128)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(3);
+void both_boxes(benchmark::internal::Benchmark* of) {
+  of->ArgName("cells")->Arg(64)->Arg(128);
+  of->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+}
+BENCHMARK_CAPTURE(against, gamg, PCGAMG)->Apply(both_boxes);
+BENCHMARK_CAPTURE(against, boomeramg, PCHYPRE)->Apply(both_boxes);
 
 }  // namespace

@@ -40,18 +40,11 @@ AmgLevel make_amg_level(const AmgGrid& grid) {
   }
   const std::vector<double> diagonal = grid.diagonal();
   const std::vector<double> beyond = grid.beyond();
-  std::size_t cell = 0;
-  for (std::int32_t k = 0; k < grid.n[2]; ++k) {
-    for (std::int32_t j = 0; j < grid.n[1]; ++j) {
-      for (std::int32_t i = 0; i < grid.n[0]; ++i, ++cell) {
-        const std::size_t slot = level.slot(i, j, k);
-        for (std::size_t a = 0; a < 3; ++a) level.c[a][slot] = static_cast<float>(grid.c[a][cell]);
-        level.beyond[slot] = static_cast<float>(beyond[cell]);
-        level.inverse[slot] =
-            diagonal[cell] > 0.0 ? static_cast<float>(1.0 / diagonal[cell]) : 0.0F;
-      }
-    }
-  }
+  each_cell_slot(level, [&](std::size_t cell, std::size_t slot) {
+    for (std::size_t a = 0; a < 3; ++a) level.c[a][slot] = static_cast<float>(grid.c[a][cell]);
+    level.beyond[slot] = static_cast<float>(beyond[cell]);
+    level.inverse[slot] = diagonal[cell] > 0.0 ? static_cast<float>(1.0 / diagonal[cell]) : 0.0F;
+  });
   if (level.n[1] % 2 == 0 || level.n[1] == 1) return level;
   Floats wrap(level.stride * static_cast<std::size_t>(level.n[2]), 0.0F);
   for (std::int32_t k = 0; k < level.n[2]; ++k) {

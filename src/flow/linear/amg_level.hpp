@@ -66,6 +66,17 @@ struct AmgLevel {
   }
 };
 
+/// Calls `work(cell, slot)` for all cells of a level, in the order of their numbers.
+template <class Work>
+void each_cell_slot(const AmgLevel& level, Work&& work) {
+  std::size_t cell = 0;
+  for (std::int32_t k = 0; k < level.n[2]; ++k) {
+    for (std::int32_t j = 0; j < level.n[1]; ++j) {
+      for (std::int32_t i = 0; i < level.n[0]; ++i) work(cell++, level.slot(i, j, k));
+    }
+  }
+}
+
 /// The sizes of a level, without its arrays.
 AmgLevel sized_level(const Triple& cells);
 

@@ -234,35 +234,27 @@ void apply_cycle(frame::Crew& crew, AmgSystem& system) {
 SolveResult flw_amgcg(frame::Log& log, frame::Crew& crew, const SolveLimits& limits,
                       AmgSystem& system) {
   check(log, limits, system);
-  SolveResult result;
   Gradient g(crew, limits, system);
-  const double first = g.norm < kNoResidual ? 0.0 : g.norm;
-  result.norm = first;
-  if (limits.epsabs >= first) return result;
-
-  const double tolerance = std::max(limits.epsabs, limits.epsrel * first);
-  result.converged = false;
-  g.take_right_side();
-  g.begin();
-  while (std::isfinite(g.norm)) {
-    bool goes_on = g.prepare();
-    if (goes_on) {
-      goes_on = g.advance(tolerance);
-    } else {
-      g.forget();
+  return solve_from(limits, g, [&](double tolerance, SolveResult& result) {
+    g.take_right_side();
+    g.begin();
+    while (std::isfinite(g.norm)) {
+      bool goes_on = g.prepare();
+      if (goes_on) {
+        goes_on = g.advance(tolerance);
+      } else {
+        g.forget();
+      }
+      if (!goes_on || g.norm <= tolerance || g.due()) {
+        g.renew();
+        result.converged = g.norm <= tolerance;
+        if (result.converged) break;
+        g.begin();
+      }
+      if (++result.iterations > limits.itmax) break;
     }
-    if (!goes_on || g.norm <= tolerance || g.due()) {
-      g.renew();
-      result.converged = g.norm <= tolerance;
-      if (result.converged) break;
-      g.begin();
-    }
-    if (++result.iterations > limits.itmax) break;
-  }
-  if (!result.converged) g.renew();
-  result.norm = g.norm;
-  result.ratio = g.norm / first;
-  return result;
+    if (!result.converged) g.renew();
+  });
 }
 
 }  // namespace flow

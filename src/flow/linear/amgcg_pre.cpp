@@ -76,16 +76,10 @@ void make_exact(const AmgGrid& grid, AmgSystem& system) {
   }
   exact.weight = finest.inverse;
   const std::vector<double> diagonal = grid.diagonal();
-  std::size_t cell = 0;
-  for (std::int32_t k = 0; k < grid.n[2]; ++k) {
-    for (std::int32_t j = 0; j < grid.n[1]; ++j) {
-      for (std::int32_t i = 0; i < grid.n[0]; ++i, ++cell) {
-        const std::size_t slot = finest.slot(i, j, k);
-        for (std::size_t a = 0; a < 3; ++a) exact.c[a][slot] = grid.c[a][cell];
-        exact.d[slot] = diagonal[cell];
-      }
-    }
-  }
+  each_cell_slot(finest, [&](std::size_t cell, std::size_t slot) {
+    for (std::size_t a = 0; a < 3; ++a) exact.c[a][slot] = grid.c[a][cell];
+    exact.d[slot] = diagonal[cell];
+  });
 }
 
 }  // namespace
