@@ -213,4 +213,10 @@ void tsrf_set_rdata(frame::Log& log, const tsrf_module_patch::Data& patch, Data&
       });
 }
 
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("view factors", data.view_factors.bytes());
+  list.add("patch groups", data.pgx, data.PgID, data.prd);
+  list.add("c,JRl,JRs", data.c, data.JRl, data.JRs);
+}
+
 }  // namespace tsrf_module_raddat

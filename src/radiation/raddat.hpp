@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/code_index.hpp"
 #include "frame/crew.hpp"
 #include "frame/log.hpp"
@@ -61,5 +62,8 @@ std::vector<double> group_sums(const Data& data, std::span<const double> values)
 /// Patches whose group nothing sees get the whole sky.
 void tsrf_set_rdata(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data,
                     std::vector<double>& skyvf0);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_raddat

@@ -229,4 +229,14 @@ void tsrf_cal_radref(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
   }
 }
 
+void list_arrays(const Work& work, frame::ArrayList& list) {
+  const auto of_bands = [&](const auto& group) {
+    list.add("powers of groups", group.absorptivity, group.source, group.incident, group.gathered,
+             group.J, group.J_next);
+  };
+  of_bands(work.one);
+  of_bands(work.two);
+  list.add("members of groups", work.area, work.first_member, work.members);
+}
+
 }  // namespace tsrf_module_radref

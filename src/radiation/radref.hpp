@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/crew.hpp"
 #include "radiation/raddat.hpp"
 
@@ -57,5 +58,8 @@ struct Work {
 void tsrf_cal_radref(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
                      std::span<const std::int32_t> surface_row, std::span<const double> area,
                      std::span<const Band> bands, Work& work);
+
+/// Tells what the arrays take.
+void list_arrays(const Work& work, frame::ArrayList& list);
 
 }  // namespace tsrf_module_radref

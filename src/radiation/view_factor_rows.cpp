@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "frame/numbers.hpp"
 
@@ -82,16 +83,31 @@ std::size_t give(const Piece& piece, frame::FunctionRef<bool(const PlainRow&)> t
 
 void take_plain_rows(frame::Crew& crew, frame::TextInput& file, const Data& data,
                      frame::FunctionRef<bool(const PlainRow&)> take) {
-  std::vector<Piece> pieces(crew.hands() == 1 ? 1 : kPieces * crew.hands());
   std::string_view rest = file.content().substr(file.tell());
-  while (!rest.empty()) {
-    for (Piece& piece : pieces) piece.text = next_text(rest);
-    crew.each(pieces.size(), 1, [&](std::size_t n) { parse(data, pieces[n]); });
-    for (const Piece& piece : pieces) {
+  std::vector<Piece> parsed;
+  std::vector<Piece> next(crew.hands() == 1 ? 1 : kPieces * crew.hands());
+  bool all = true;
+  const auto give_all = [&] {
+    for (const Piece& piece : parsed) {
       const std::size_t taken = give(piece, take);
       file.pass(file.tell() + taken);
-      if (taken < piece.text.size()) return;
+      all = all && taken == piece.text.size();
+      if (!all) return;
     }
+  };
+  // One hand gives the rows of the last pieces on while the others parse the next ones.
+  while (all && (!rest.empty() || !parsed.empty())) {
+    for (Piece& piece : next) piece.text = next_text(rest);
+    crew.each(1 + next.size(), 1, [&](std::size_t n) {
+      if (n == 0) {
+        give_all();
+      } else {
+        parse(data, next[n - 1]);
+      }
+    });
+    if (next.front().text.empty()) return;
+    std::swap(parsed, next);
+    next.resize(parsed.size());
   }
 }
 

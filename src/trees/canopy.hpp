@@ -17,6 +17,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/log.hpp"
 #include "inputs/grid.hpp"
 #include "inputs/patch.hpp"
@@ -246,5 +247,8 @@ void storetqair(double p, double T, double q, double U, Data& data);
 
 /// Tells the fault of the tree patches, if there is one.
 void check02(frame::Log& log, const tsrf_module_patch::Data& patch, const Data& data);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_jumoku

@@ -109,4 +109,21 @@ void storetqair(double p, double T, double q, double U, Data& data) {
   }
 }
 
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("block cells", data.grid.width[0], data.grid.width[1], data.grid.width[2], data.cells.at,
+           data.cells.row_first, data.cells.leaf, data.cells.next, data.kind);
+  list.add("canopy faces", data.outer, data.trees, data.groups, data.group_trees);
+  for (const BandFluxes& band : data.bands) {
+    list.add("canopy light", band.weights, band.source, band.entering, band.outside);
+  }
+  const Beam& beam = data.beam;
+  list.add("canopy beam", beam.x, beam.y, beam.z, beam.reached, beam.cells, beam.passed, beam.fsun,
+           beam.probes, beam.faces, beam.face_first, beam.seen, beam.outer, beam.lost,
+           beam.tree_Jdir, beam.left);
+  const Leaves& leaves = data.leaves;
+  list.add("leaves", leaves.cell, leaves.lad, leaves.volume, leaves.T, leaves.p, leaves.Ta,
+           leaves.q, leaves.U, leaves.PAR, leaves.Sabs, leaves.Labs, leaves.h, leaves.e, leaves.qs,
+           leaves.dqsdT, leaves.E, leaves.dEdT, leaves.escaping);
+}
+
 }  // namespace tsrf_module_jumoku
