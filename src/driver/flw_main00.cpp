@@ -27,8 +27,8 @@ void whole_run(const Place& place, frame::Log& log, frame::UnitTable& units,
   run->inputs.size = frame::read_grid_size(log, units.input(frame::kUnitControl));
   tsrf_main01::tsrf_main01(*run);
   units.flush_outputs(log);
-  frame::report_results(log, units);
   tsrf_main01::report_memory(*run);
+  frame::report_results(log, units);
   progress::write_closing_stamp(log, units.output(frame::kUnitProgressLog), run->progress);
 }
 

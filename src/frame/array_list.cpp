@@ -40,7 +40,7 @@ void report_memory(Log& log, const ArrayList& list) {
   std::ranges::stable_sort(entries, std::greater<>{}, &ArrayList::Entry::bytes);
   for (const ArrayList::Entry& entry : entries) {
     const auto bytes = static_cast<double>(entry.bytes);
-    if (entry.bytes == 0 || bytes < 0.01 * total) break;
+    if (bytes < std::max(0.01 * total, 0.05 * kMegabyte)) break;
     log.line("%%%   " + entry.name + " " + megabytes(bytes));
   }
 }

@@ -45,7 +45,7 @@ class ArrayList {
 };
 
 /// Prints the memory that the process took at most beside that of its arrays, and each entry of at
-/// least 1 % of them, the largest first.
+/// least 1 % of them, the largest first; none that would be told as 0.0 MB.
 void report_memory(Log& log, const ArrayList& list);
 
 }  // namespace frame
