@@ -1,5 +1,6 @@
-// Sunlit fractions of 100,000 patches: reading a block of the Sun file beside a stream, and
-// unpacking a block of 8-bit fractions beside the form that handles one bit at a time.
+// Sunlit fractions of 100,000 patches: reading a block of the Sun file beside a stream and beside
+// the reader of free-form records, and unpacking a block of 8-bit fractions beside the form that
+// handles one bit at a time.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -36,7 +37,8 @@ void compare(benchmark::State& state, Fast&& fast, Plain&& plain) {
   state.counters["times_plain"] = plain_time / fast_time;
 }
 
-void read_block(benchmark::State& state) {
+/// The lines as they are, or with a comma in each, which sends them to the reader of records.
+void read_block(benchmark::State& state, bool records) {
   tsrf_module_patch::Data patch;
   patch.mpatch = kPatches;
   std::string text = "title\n";
@@ -49,20 +51,27 @@ void read_block(benchmark::State& state) {
   }
   patch.by_pid = frame::CodeIndex(patch.PID);
   std::istringstream stream(text);
+  if (records) {
+    for (std::size_t at = text.find('\n'); (at = text.find(' ', at)) != std::string::npos;
+         at = text.find('\n', at)) {
+      text[at] = ',';
+    }
+  }
   frame::TextInput file("Sun.txt", std::move(text));
   std::ostringstream screen;
   frame::Log log(screen, screen);
   tsrf_module_calendar::Data calendar;
   tsrf_module_shade::Data shade;
+  frame::Crew crew;
   std::vector<double> fsun(kPatches);
   double time = 3600.0 * 36;
-  tsrf_module_shade::set_shade(log, &file, time, patch, calendar, shade, fsun);
+  tsrf_module_shade::set_shade(log, crew, &file, time, patch, calendar, shade, fsun);
   std::vector<float> column(kPatches);
   compare(
       state,
       [&] {
         time += 3600.0;  // one block further
-        tsrf_module_shade::set_shade(log, &file, time, patch, calendar, shade, fsun);
+        tsrf_module_shade::set_shade(log, crew, &file, time, patch, calendar, shade, fsun);
       },
       [&] {
         stream.clear();
@@ -77,7 +86,14 @@ void read_block(benchmark::State& state) {
         }
       });
 }
-BENCHMARK(read_block)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(10);
+BENCHMARK_CAPTURE(read_block, plain_lines, false)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(10);
+BENCHMARK_CAPTURE(read_block, records, true)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(10);
 
 /// Fraction by fraction, bit by bit.
 [[gnu::noinline]] void unpack_plain(int bits, int slot, const std::vector<std::int32_t>& words,

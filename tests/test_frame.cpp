@@ -19,6 +19,7 @@
 
 #include "frame/accounts.hpp"
 #include "frame/code_index.hpp"
+#include "frame/plain_column.hpp"
 #include "frame/unit_table.hpp"
 #include "recorded_log.hpp"
 #include "temp_folder.hpp"
@@ -57,6 +58,31 @@ bool fast_agrees(const std::string& text) {
   EXPECT_EQ(behind, text.data() + text.size()) << text;
   EXPECT_EQ(std::memcmp(&fast, &plain, sizeof fast), 0) << text;
   return true;
+}
+
+TEST(Numbers, ReadInColumnsAreThoseOfTheirFields) {
+  std::mt19937_64 random(4);
+  frame::PlainColumn column;
+  int taken = 0;
+  for (int i = 0; i < 100000; ++i) {
+    const int digits = static_cast<int>(random() % 3) + (i / 100) % 9;  // of most neighbours alike
+    std::string text(random() % 8 == 0 ? 1 : 0, ' ');
+    if (random() % 16 == 0) text += '-';
+    for (int d = 0; d < digits; ++d) text += static_cast<char>('0' + random() % 10);
+    if (!text.empty() && random() % 16 == 0)
+      text[random() % text.size()] = static_cast<char>(random());
+    text += random() % 32 == 0 ? "\n" : " ";
+    text += std::string_view("12345678").substr(0, random() % 9);
+    const char* const last = text.data() + text.size();
+    std::int32_t plain = -7, fast = -7;
+    const char* const end = frame::scan_plain_field(text.data(), last, plain);
+    const char* const behind = column.read(text.data(), last, fast);
+    const bool in_line = end != nullptr && (*end == ' ' || *end == '\t');
+    ASSERT_EQ(behind, in_line ? end + 1 : nullptr) << text;
+    ASSERT_TRUE(!in_line || fast == plain) << text;
+    taken += static_cast<int>(in_line);
+  }
+  EXPECT_GT(taken, 50000);
 }
 
 TEST(Numbers, ReadFastHaveTheBitsOfThePlainWay) {

@@ -45,7 +45,8 @@ TEST(Series, ReportEveryFaultOfTheirFiles) {
        [](auto& log, auto& file, auto& calendar) {
          tsrf_module_shade::Data data;
          std::vector<double> fsun(3);
-         set_shade(log, &file, 3600.0, patches({7, 2000000000, -3}), calendar, data, fsun);
+         frame::Crew crew;
+         set_shade(log, crew, &file, 3600.0, patches({7, 2000000000, -3}), calendar, data, fsun);
        }},
       {"wtrtmp", "WaterTemp", [](auto& log, auto& file, auto& calendar) {
          tsrf_module_wtrtmp::Data data;

@@ -71,7 +71,7 @@ struct Tree {
   double at(double month, double day, double hour) {
     std::vector<double> fsun(2);
     const double time = tsrf_module_calendar::date2sec(calendar, {7, month, day, hour, 0, 0});
-    set_shade(recorded.log, nullptr, time, patch, calendar, data, fsun);
+    set_shade(recorded.log, crew, nullptr, time, patch, calendar, data, fsun);
     EXPECT_EQ(fsun[1], 2.0 / 3.0);  // what two bits make of 0.6
     return fsun[0];
   }
@@ -79,6 +79,7 @@ struct Tree {
   TempFolder folder;
   tsrf_module_patch::Data patch = patches_of({1.0, 1.0});
   tsrf_module_calendar::Data calendar;
+  frame::Crew crew;
   Data data;
 };
 
@@ -93,6 +94,35 @@ TEST(ShadeOfDatedRuns, InterpolatesWithinAMonthAndHoldsBeyondItsBlocks) {
     EXPECT_EQ(tree.at(month, day, hour), fsun) << month << " " << day << " " << hour;
   }
   EXPECT_EQ(tree.data.months[1].words.size(), 2U * 2U * 4U);  // 96 blocks, 30 a word
+}
+
+TEST(ShadeOfDatedRuns, TakesPlainBlocksByAllHandsAsItTakesRecords) {
+  constexpr std::int32_t n = 9000;  // several pieces a block
+  const auto fractions = [&](std::string_view between, std::int32_t odd, std::size_t hands) {
+    Tree tree(1);
+    tree.patch = patches_of(std::vector<double>(n, 1.0));
+    tree.data.settings.NBIT = 16;
+    tree.data.settings.DAYS = {27, 28};
+    std::string text = "title\n";
+    for (std::int32_t line = 1; line <= 2 * n; ++line) {
+      const std::int32_t hour = line <= n ? 6 : 12;
+      text += frame::items(hour + (line == odd ? 1 : 0), between, line, between, (line - 1) % n + 1,
+                           between, line * 7 % 101 / 100.0, "\n");
+    }
+    for (const int day : {27, 28}) tree.folder.write(Tree::name(1, day), text);
+    std::vector<double> fsun(n);
+    frame::Crew crew({.count = hands});
+    const double time = tsrf_module_calendar::date2sec(tree.calendar, {7, 1, 27, 9, 0, 0});
+    const std::string log = tree.recorded.lines_of([&] {
+      set_shade(tree.recorded.log, crew, nullptr, time, tree.patch, tree.calendar, tree.data, fsun);
+    });
+    EXPECT_EQ(log.find("line no. = 13001\n") != std::string::npos, odd == 13001) << log;
+    return fsun;
+  };
+  const std::vector<double> records = fractions(" , ", 0, 1);
+  EXPECT_EQ(fractions(" ", 0, 1), records);
+  EXPECT_EQ(fractions(" ", 0, 3), records);
+  fractions(" ", 13001, 3);
 }
 
 TEST(ShadeOfDatedRuns, ReadsAMonthOnceWhileItIsKept) {

@@ -3,7 +3,7 @@
 
 usage: thermal_image.py RUN_DIRECTORY IMAGE.asc [FIRST_HOUR LAST_HOUR]
 
-IMAGE.asc is an ESRI grid of surface temperatures (deg C) in a UTM zone that IMAGE.prj names. The run
+IMAGE.asc is an ESRI grid of surface temperatures (deg C) in the system that IMAGE.prj names. The run
 is looked at from straight above, every metre, and brought to the cells of the image: roofs, walkable
 ground and the tops of crowns, whichever stands highest. A cell belongs to a kind that fills at least
 three quarters of it. Roofs and ground have their surface temperature, crowns that of a black body
@@ -17,28 +17,12 @@ import re
 import sys
 from pathlib import Path
 
+import pyproj  # python3-pyproj
+
 from run_directory import RunDirectory, brightness, number, rows
 
 KINDS = ("roof", "crown", "road")
 SHARE = 0.75
-A, F = 6378137.0, 1.0 / 298.257222101  # GRS 80 [m]
-
-
-def utm(latitude, longitude, meridian):
-    """Easting and northing [m] by Krueger's series (to a millimetre)."""
-    n = F / (2.0 - F)
-    radius = A / (1.0 + n) * (1.0 + n**2 / 4.0 + n**4 / 64.0)
-    alpha = (n / 2.0 - 2.0 * n**2 / 3.0 + 5.0 * n**3 / 16.0,
-             13.0 * n**2 / 48.0 - 3.0 * n**3 / 5.0, 61.0 * n**3 / 240.0)
-    phi, away = math.radians(latitude), math.radians(longitude - meridian)
-    e = 2.0 * math.sqrt(n) / (1.0 + n)
-    t = math.sinh(math.atanh(math.sin(phi)) - e * math.atanh(e * math.sin(phi)))
-    xi, eta = math.atan2(t, math.cos(away)), math.atanh(math.sin(away) / math.hypot(1.0, t))
-    north, east = xi, eta
-    for j, a in enumerate(alpha, 1):
-        north += a * math.sin(2 * j * xi) * math.cosh(2 * j * eta)
-        east += a * math.cos(2 * j * xi) * math.sinh(2 * j * eta)
-    return 500000.0 + 0.9996 * radius * east, 0.9996 * radius * north
 
 
 class Image:
@@ -49,8 +33,7 @@ class Image:
         self.x, self.y, self.size = head["xllcorner"], head["yllcorner"], head["cellsize"]
         values = [float(word) for word in words[12:]]
         self.values = [None if v == head["nodata_value"] else v for v in values]
-        system = path.with_suffix(".prj").read_text()
-        self.meridian = float(re.search(r'"Central_Meridian",\s*([-.\d]+)', system).group(1))
+        self.system = pyproj.CRS.from_wkt(path.with_suffix(".prj").read_text())
 
     def cell(self, east, north):
         column = math.floor((east - self.x) / self.size)
@@ -115,15 +98,11 @@ def centre(run):
 def cells_of(run, image, seen):
     """Cell of the image -> PIDs seen in it."""
     latitude, longitude = centre(run)
-    e2 = F * (2.0 - F)
-    bend = 1.0 - e2 * math.sin(math.radians(latitude)) ** 2
-    north = math.degrees(1.0 / (A * (1.0 - e2) / bend**1.5))
-    east = math.degrees(1.0 / (A / math.sqrt(bend) * math.cos(math.radians(latitude))))
+    plan = f"+proj=aeqd +lat_0={latitude} +lon_0={longitude} +ellps=GRS80"
+    to_image = pyproj.Transformer.from_crs(plan, image.system, always_xy=True)
     cells = {}
     for (column, line), pid in seen.items():
-        at = utm(latitude + (line + 0.5) * north, longitude + (column + 0.5) * east,
-                 image.meridian)
-        cell = image.cell(*at)
+        cell = image.cell(*to_image.transform(column + 0.5, line + 0.5))
         if cell is not None and image.values[cell] is not None:
             cells.setdefault(cell, []).append(pid)
     return cells

@@ -84,7 +84,7 @@ void set_room_schedules(Desk& desk, Inputs& inputs, Buildings& buildings, const 
 void set_shade_and_water(Desk& desk, Inputs& inputs, Surface& surface, Radiation& radiation,
                          const StepTime& step) {
   frame::TextInput* sun = inputs.filnam.dated ? nullptr : &desk.units.input(frame::kUnitSun);
-  tsrf_module_shade::set_shade(desk.log, sun, step.time, inputs.patch, inputs.calendar,
+  tsrf_module_shade::set_shade(desk.log, desk.crew, sun, step.time, inputs.patch, inputs.calendar,
                                radiation.shade, radiation.incident.fsun);
   if (inputs.wtrtmp.settings.LWTRTMP < 1) return;
   tsrf_module_wtrtmp::set_wtrtmp(desk.log, desk.units.input(frame::kUnitWaterTemp), step.time,

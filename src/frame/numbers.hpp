@@ -54,4 +54,15 @@ inline const char* scan_plain(const char* first, const char* last, std::int32_t&
   return at;
 }
 
+/// A plain number behind blanks, itself before a blank or the line's end: the place behind it, null
+/// when the next field of the line is none.
+template <class Number>
+const char* scan_plain_field(const char* at, const char* last, Number& value) {
+  while (at < last && (*at == ' ' || *at == '\t')) ++at;
+  at = scan_plain(at, last, value);
+  const bool ended =
+      at != nullptr && at < last && (*at == ' ' || *at == '\t' || *at == '\n' || *at == '\r');
+  return ended ? at : nullptr;
+}
+
 }  // namespace frame

@@ -12,9 +12,11 @@ using dated_series::IntDate;
 using frame::ReadStatus;
 
 /// Reads a block into its row.
-ReadStatus read_block(frame::Log& log, frame::TextInput& file, const tsrf_module_patch::Data& patch,
-                      IntDate& date, Data& data, std::span<float> row) {
+ReadStatus read_block(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
+                      const tsrf_module_patch::Data& patch, IntDate& date, Data& data,
+                      std::span<float> row) {
   const std::span<std::int32_t> on_record = dated_series::on_record(data.series.settings, date);
+  if (take_plain_block(crew, file, patch, on_record, row)) return ReadStatus::ok;
   const std::int32_t block = ++data.blocks_read;
   Line line;
   return dated_series::read_block(log, file, kWords, patch.mpatch, [&](std::int32_t n) {
@@ -29,42 +31,48 @@ ReadStatus read_block(frame::Log& log, frame::TextInput& file, const tsrf_module
 
 }  // namespace
 
-void set_shade(frame::Log& log, frame::TextInput* file, double time,
+void set_shade(frame::Log& log, frame::Crew& crew, frame::TextInput* file, double time,
                const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                Data& data, std::span<double> fsun) {
   const frame::Tag tag(log, "(tsrf_module_shade)(set_shade)");
   if (data.dated_run) {
-    set_shade_mltday(log, time, patch, calendar, data, fsun);
+    set_shade_mltday(log, crew, time, patch, calendar, data, fsun);
   } else {
-    set_shade_oneday(log, *file, time, patch, calendar, data, fsun);
+    set_shade_oneday(log, crew, *file, time, patch, calendar, data, fsun);
   }
 }
 
-void check_data(frame::Log& log, frame::TextInput& file, std::int32_t mpatch, Data& data) {
+void check_data(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
+                const tsrf_module_patch::Data& patch, Data& data) {
   const frame::Tag tag(log, "(tsrf_module_shade)(check_data)");
   Line line;
   const auto read = [&](std::int64_t, std::span<std::int32_t> date) {
     return read_line(file, date, line);
   };
+  const dated_series::Settings& settings = data.series.settings;
   const auto check = [&](dated_series::Counter& at, IntDate& date) {
-    return dated_series::check_block(log, file, kWords, data.series.settings, mpatch, at, date,
-                                     read, [](std::int64_t) {});
+    const std::span<float> no_row;
+    if (take_plain_block(crew, file, patch, dated_series::on_record(settings, date), no_row)) {
+      return ReadStatus::ok;
+    }
+    return dated_series::check_block(log, file, kWords, settings, patch.mpatch, at, date, read,
+                                     [](std::int64_t) {});
   };
   dated_series::check_pass(log, file, kWords, kColumns, check, data.series);
 }
 
-void set_shade_oneday(frame::Log& log, frame::TextInput& file, double time,
+void set_shade_oneday(frame::Log& log, frame::Crew& crew, frame::TextInput& file, double time,
                       const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                       Data& data, std::span<double> fsun) {
   const frame::Tag tag(log, "(tsrf_module_shade)(set_shade_oneday)");
   if (patch.mpatch == 0) return;
-  const auto check = [&] { check_data(log, file, patch.mpatch, data); };
+  const auto check = [&] { check_data(log, crew, file, patch, data); };
   const auto prepare = [&](std::int32_t slots) {
     data.fractions = frame::PatchTable<float>(patch.mpatch, slots);
     data.seen.assign(static_cast<std::size_t>(patch.mpatch), 0);
   };
   const auto read = [&](std::int32_t slot, IntDate& date) {
-    return read_block(log, file, patch, date, data, data.fractions.row(slot));
+    return read_block(log, crew, file, patch, date, data, data.fractions.row(slot));
   };
   const dated_series::Source source{kWords, check, prepare, read,
                                     frame::bytes_of<float>(static_cast<std::size_t>(patch.mpatch))};

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/patch_table.hpp"
 #include "frame/text_input.hpp"
@@ -69,25 +70,27 @@ void inputdata(frame::Log& log, frame::TextInput& control, bool dated_run, Data&
 
 /// Sunlit fraction of every patch at `time` [s], the entry of both forms. `file` is the Sun file of
 /// a repeating-day run; a dated run opens its own files.
-void set_shade(frame::Log& log, frame::TextInput* file, double time,
+void set_shade(frame::Log& log, frame::Crew& crew, frame::TextInput* file, double time,
                const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                Data& data, std::span<double> fsun);
 
 /// The check pass of the repeating-day form, run by the first query.
-void check_data(frame::Log& log, frame::TextInput& file, std::int32_t mpatch, Data& data);
+void check_data(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
+                const tsrf_module_patch::Data& patch, Data& data);
 /// The repeating-day form: interpolates between the blocks round `time`. A block has one line for
 /// every patch; fractions beyond 0..1 are taken as 0 or 1.
-void set_shade_oneday(frame::Log& log, frame::TextInput& file, double time,
+void set_shade_oneday(frame::Log& log, frame::Crew& crew, frame::TextInput& file, double time,
                       const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                       Data& data, std::span<double> fsun);
 
 /// Reads and packs the day files of a month.
-void read_mltday(frame::Log& log, std::int32_t month, const tsrf_module_patch::Data& patch,
-                 Data& data, PackedMonth& packed);
+void read_mltday(frame::Log& log, frame::Crew& crew, std::int32_t month,
+                 const tsrf_module_patch::Data& patch, Data& data, PackedMonth& packed);
 /// The form of dated runs: interpolates between the blocks of the month of `time` round it. Before
 /// the month's first and behind its last block that block holds. A date beyond MONTHS and DAYS
 /// stops the run.
-void set_shade_mltday(frame::Log& log, double time, const tsrf_module_patch::Data& patch,
-                      tsrf_module_calendar::Data& calendar, Data& data, std::span<double> fsun);
+void set_shade_mltday(frame::Log& log, frame::Crew& crew, double time,
+                      const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
+                      Data& data, std::span<double> fsun);
 
 }  // namespace tsrf_module_shade

@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
 #include "inputs/dated_series.hpp"
@@ -53,5 +54,15 @@ void enter(frame::Log& log, const frame::TextInput& file, std::size_t place,
   seen[p] = block;
   row[p] = std::clamp(line.fraction, 0.0F, 1.0F);
 }
+
+/// Reads the next block of the file by all hands when its lines are what they nearly always are:
+/// plain numbers, one date, a line for every patch in the order of the list. Fills the elements of
+/// `date` that a line holds and `row` (an empty one stays so), and goes on behind the block. Else
+/// false, the file where it was and the date as it was: the reader of records has the word then, a
+/// fault above all.
+template <class Real>
+bool take_plain_block(frame::Crew& crew, frame::TextInput& file,
+                      const tsrf_module_patch::Data& patch, std::span<std::int32_t> date,
+                      std::span<Real> row);
 
 }  // namespace tsrf_module_shade

@@ -39,8 +39,10 @@ std::int32_t slot_of(std::size_t block) {
 /// Reads the files of one month.
 class MonthReader {
  public:
-  MonthReader(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data, PackedMonth& month)
+  MonthReader(frame::Log& log, frame::Crew& crew, const tsrf_module_patch::Data& patch, Data& data,
+              PackedMonth& month)
       : log_(log),
+        crew_(crew),
         patch_(patch),
         data_(data),
         month_(month),
@@ -100,12 +102,26 @@ class MonthReader {
   }
 
   ReadStatus read_block(frame::TextInput& file, Counter& at, IntDate& date) {
-    const std::int32_t block = ++data_.blocks_read;
     date[1] = month_.month;
     date[2] = day_;
-    Line line;
     const std::size_t first = file.tell();
-    std::size_t place = first;
+    at.line = (at.time - 1) * patch_.mpatch + 1;
+    const ReadStatus status =
+        take_plain_block(crew_, file, patch_, dated_series::on_record(data_.series.settings, date),
+                         std::span(data_.block))
+            ? ReadStatus::ok
+            : read_records(file, at, date);
+    if (status != ReadStatus::ok) return status;
+    check_date(date, at.line, file, first);
+    if (++dates_ <= kMostDates) store(last_time_);
+    return status;
+  }
+
+  /// The block as free-form records, with what is at fault in it.
+  ReadStatus read_records(frame::TextInput& file, Counter& at, IntDate& date) {
+    const std::int32_t block = ++data_.blocks_read;
+    Line line;
+    std::size_t place = file.tell();
     const auto read = [&](std::int64_t, std::span<std::int32_t> on_record) {
       place = file.tell();
       return read_line(file, on_record, line);
@@ -114,12 +130,8 @@ class MonthReader {
       enter(log_, file, place, patch_, line, static_cast<std::size_t>(number - at.line), block,
             "(read_mltday)", std::span(data_.seen), std::span(data_.block));
     };
-    const ReadStatus status = dated_series::check_block(log_, file, kWords, data_.series.settings,
-                                                        patch_.mpatch, at, date, read, take);
-    if (status != ReadStatus::ok) return status;
-    check_date(date, at.line, file, first);
-    if (++dates_ <= kMostDates) store(last_time_);
-    return status;
+    return dated_series::check_block(log_, file, kWords, data_.series.settings, patch_.mpatch, at,
+                                     date, read, take);
   }
 
   /// The date is of the file's day and follows that of the block before; the block's first record
@@ -152,6 +164,7 @@ class MonthReader {
   }
 
   frame::Log& log_;
+  frame::Crew& crew_;
   const tsrf_module_patch::Data& patch_;
   Data& data_;
   PackedMonth& month_;
@@ -176,8 +189,8 @@ void unpack(frame::Log& log, PackedMonth& month, std::size_t block, UnpackedBloc
 }
 
 /// The month's packed blocks, read now if they are not kept; the oldest month makes room.
-PackedMonth& packed_month(frame::Log& log, std::int32_t month, const tsrf_module_patch::Data& patch,
-                          Data& data) {
+PackedMonth& packed_month(frame::Log& log, frame::Crew& crew, std::int32_t month,
+                          const tsrf_module_patch::Data& patch, Data& data) {
   for (PackedMonth& kept : data.months) {
     if (kept.month == month) return kept;
   }
@@ -186,27 +199,28 @@ PackedMonth& packed_month(frame::Log& log, std::int32_t month, const tsrf_module
     next = std::move(data.months.front());
     data.months.erase(data.months.begin());
   }
-  read_mltday(log, month, patch, data, next);
+  read_mltday(log, crew, month, patch, data, next);
   data.months.push_back(std::move(next));
   return data.months.back();
 }
 
 }  // namespace
 
-void read_mltday(frame::Log& log, std::int32_t month, const tsrf_module_patch::Data& patch,
-                 Data& data, PackedMonth& packed) {
+void read_mltday(frame::Log& log, frame::Crew& crew, std::int32_t month,
+                 const tsrf_module_patch::Data& patch, Data& data, PackedMonth& packed) {
   const frame::Tag tag(log, "(tsrf_module_shade)(read_mltday)");
   const auto [first, last] = days_of(data.settings, month);
   packed.month = month;
   packed.times.clear();
   packed.words.clear();
   packed.packed = 0;
-  MonthReader reader(log, patch, data, packed);
+  MonthReader reader(log, crew, patch, data, packed);
   reader.read_days(first, last);
 }
 
-void set_shade_mltday(frame::Log& log, double time, const tsrf_module_patch::Data& patch,
-                      tsrf_module_calendar::Data& calendar, Data& data, std::span<double> fsun) {
+void set_shade_mltday(frame::Log& log, frame::Crew& crew, double time,
+                      const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
+                      Data& data, std::span<double> fsun) {
   const frame::Tag tag(log, "(tsrf_module_shade)(set_shade_mltday)");
   if (patch.mpatch == 0) return;
   const tsrf_module_calendar::Date date = tsrf_module_calendar::sec2date(log, calendar, time);
@@ -220,7 +234,7 @@ void set_shade_mltday(frame::Log& log, double time, const tsrf_module_patch::Dat
     log.program_error(data.settings_place, "### program error -1- (tsrf_module_shade)",
                       "(set_shade_mltday)");
   }
-  PackedMonth& packed = packed_month(log, month, patch, data);
+  PackedMonth& packed = packed_month(log, crew, month, patch, data);
   data.lower.values.resize(fsun.size());
   data.upper.values.resize(fsun.size());
   const std::vector<double>& times = packed.times;

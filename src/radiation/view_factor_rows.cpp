@@ -20,24 +20,14 @@ struct Piece {
   std::size_t parsed = 0;             // bytes of the text that the rows stand for
 };
 
-/// Reads a plain number behind blanks, itself before a blank; null when there is none.
-template <class Number>
-const char* plain_field(const char* at, const char* last, Number& value) {
-  while (at < last && (*at == ' ' || *at == '\t')) ++at;
-  at = frame::scan_plain(at, last, value);
-  const bool ended =
-      at != nullptr && at < last && (*at == ' ' || *at == '\t' || *at == '\n' || *at == '\r');
-  return ended ? at : nullptr;
-}
-
 /// Reads the fields of the line at `at`; false when it is not plain.
 bool plain_row(const char* at, const char* last, const Data& data, PlainRow& row) {
   std::int32_t rank = 0, source = 0, destination = 0;
-  at = plain_field(at, last, rank);
-  if (at != nullptr) at = plain_field(at, last, source);
-  if (at != nullptr) at = plain_field(at, last, rank);
-  if (at != nullptr) at = plain_field(at, last, destination);
-  if (at != nullptr) at = plain_field(at, last, row.factor);
+  at = frame::scan_plain_field(at, last, rank);
+  if (at != nullptr) at = frame::scan_plain_field(at, last, source);
+  if (at != nullptr) at = frame::scan_plain_field(at, last, rank);
+  if (at != nullptr) at = frame::scan_plain_field(at, last, destination);
+  if (at != nullptr) at = frame::scan_plain_field(at, last, row.factor);
   if (at == nullptr || row.factor < 0.0 || row.factor > kGreatestFactor) return false;
   row.factor = std::min(row.factor, 1.0);
   row.first = data.pgmap.find(source);
