@@ -44,7 +44,8 @@ void take_place(Finding& finding) {
 }
 
 std::string key_of(const Finding& finding) {
-  std::string key = finding.file + '\n' + std::to_string(finding.line) + (finding.fault ? "f" : "d");
+  std::string key =
+      finding.file + '\n' + std::to_string(finding.line) + (finding.fault ? "f" : "d");
   for (const std::string& line : finding.lines) key += '\n' + line;
   return key;
 }

@@ -1,10 +1,10 @@
 // Findings: what a check of all files of a run has to say.
 //
 // A run ends at its first fault. A check reads the same files by the same readers and goes on: its
-// log collects each fault, and each warning as a doubt, here. A reader says where it can go on: with
-// the next item (`attempt`), or behind a record that cannot be read (`Log::lost_record`). A record
-// that is lost is remembered by its words, so that what others miss of it is not told as well.
-// Owned by the check, filled by the log; without it none of this costs a run anything.
+// log collects each fault, and each warning as a doubt, here. A reader says where it can go on:
+// with the next item (`attempt`), or behind a record that cannot be read (`Log::lost_record`). A
+// record that is lost is remembered by its words, so that what others miss of it is not told as
+// well. Owned by the check, filled by the log; without it none of this costs a run anything.
 #pragma once
 
 #include <cstddef>
@@ -21,10 +21,10 @@ namespace frame {
 class TextInput;
 
 struct Finding {
-  bool fault = true;                ///< else a doubt: the run would go on
-  std::vector<std::string> lines{};   ///< the words, as the log of a run has them
-  std::string file{};               ///< as it is named to the log; empty: not known
-  std::int64_t line = 0;            ///< in that file, from 1; 0: not known
+  bool fault = true;                 ///< else a doubt: the run would go on
+  std::vector<std::string> lines{};  ///< the words, as the log of a run has them
+  std::string file{};                ///< as it is named to the log; empty: not known
+  std::int64_t line = 0;             ///< in that file, from 1; 0: not known
   std::string hint{};
   std::int64_t count = 1;  ///< how often these words came
 };
@@ -69,14 +69,15 @@ class Findings {
   [[nodiscard]] std::vector<Finding>& all() { return findings_; }
 
   std::vector<Setting> settings;  ///< all that were given, in their order
+  std::int64_t memory = 0;        ///< that the run will take [bytes]; 0: not known
   std::set<std::string> groups;   ///< the groups that were asked for, upper case
 
  private:
   void merge();
 
   std::vector<Finding> findings_;
-  std::map<std::string, std::size_t> known_;  // words and place -> finding
-  std::size_t merged_ = 0;                    // findings that `known_` has
+  std::map<std::string, std::size_t> known_;                 // words and place -> finding
+  std::size_t merged_ = 0;                                   // findings that `known_` has
   std::map<std::string, std::int64_t, std::less<>> faults_;  // by file
   std::map<std::string, std::set<std::string, std::less<>>, std::less<>> lost_;
   std::set<std::string, std::less<>> lost_files_;

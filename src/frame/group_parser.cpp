@@ -57,9 +57,7 @@ bool store(const Target& target, std::size_t index, std::string_view token, bool
   return parse_number(token, std::get<std::span<double>>(target)[index]);
 }
 
-bool ends_value(char c) {
-  return is_space(c) || c == ',' || c == '/' || c == '!' || c == '&';
-}
+bool ends_value(char c) { return is_space(c) || c == ',' || c == '/' || c == '!' || c == '&'; }
 
 }  // namespace
 

@@ -16,7 +16,7 @@ namespace frame {
 namespace {
 constexpr std::size_t kPendingLimit = 1 << 16;
 constexpr std::size_t kMostWords = 4096;  // bytes of a lost record that are remembered
-}
+}  // namespace
 
 Log::Log(std::ostream& screen, std::ostream& errors) : screen_(screen), errors_(errors) {}
 

@@ -94,6 +94,7 @@ class UnitTable {
   /// ones.
   [[nodiscard]] std::vector<Written> written() const;
 
+  [[nodiscard]] bool has_input(int unit) const { return at(unit).input != nullptr; }
   [[nodiscard]] bool has_output(int unit) const { return at(unit).output != nullptr; }
   [[nodiscard]] TextInput& input(int unit) { return *at(unit).input; }
   [[nodiscard]] TextOutput& output(int unit) { return *at(unit).output; }

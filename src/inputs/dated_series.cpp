@@ -301,9 +301,8 @@ frame::ReadStatus check_block_on(
   const auto read = [&](IntDate& of_record) {
     of_record = dated ? date : unset;
     ReadStatus status = ReadStatus::error;
-    const bool good = frame::attempt(log, &file, [&] {
-      status = record(at.line + count, on_record(settings, of_record));
-    });
+    const bool good = frame::attempt(
+        log, &file, [&] { status = record(at.line + count, on_record(settings, of_record)); });
     return good ? status : ReadStatus::ok;  // its values are amiss, its date was read
   };
   IntDate of_record{};
@@ -323,9 +322,8 @@ frame::ReadStatus check_block_on(
       const bool alone = read(next) == ReadStatus::ok && next == date;
       file.seek(alone ? behind : place);
       if (!alone) break;
-      frame::attempt_at(log, file, place, [&] {
-        check_same_date(log, words, other, date, at.line + count);
-      });
+      frame::attempt_at(log, file, place,
+                        [&] { check_same_date(log, words, other, date, at.line + count); });
       ++count;
       continue;
     }

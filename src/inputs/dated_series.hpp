@@ -109,7 +109,7 @@ std::string of_data(std::string_view item, std::string_view data);
 struct Counter {
   std::int64_t line = 0;
   std::int64_t time = 0;
-  bool told = false;  ///< the log was warned of a record on more than one line
+  bool told = false;   ///< the log was warned of a record on more than one line
   bool amiss = false;  ///< where the log collects faults: the block has too few or too many records
 };
 /// To be called behind each record that is read: warns of the first that takes more than one line.

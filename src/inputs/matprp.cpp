@@ -63,8 +63,7 @@ void check_head(frame::Log& log, const frame::TextInput& file, std::size_t place
   for (const auto& [item, words] : kColumns) {
     if (block.back().head[item] == first.head[item]) continue;
     frame::attempt_at(log, file, block.back().place, [&] {
-      log.fail(log.collects() ? "" : file.line_text(file.line_at(place)),
-               "### error : data error",
+      log.fail(log.collects() ? "" : file.line_text(file.line_at(place)), "### error : data error",
                items(words, block.size(), number, block.back().head[item]),
                items("it must be =", first.head[item]));
     });

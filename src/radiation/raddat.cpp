@@ -64,7 +64,8 @@ std::vector<std::int32_t> lines_of_patches(frame::Log& log, const tsrf_module_pa
   std::vector<std::int32_t> line_of(patch.PID.size(), -1);
   for (std::size_t n = 0; n < lines.PID.size(); ++n) {
     if (lines.PgID[n] == 0) {
-      frame::attempt(log, [&] { log.data_error("PgID in PatchIndex data = 0", "it must be != 0"); });
+      frame::attempt(log,
+                     [&] { log.data_error("PgID in PatchIndex data = 0", "it must be != 0"); });
     }
     const std::int32_t i = patch.by_pid.find(lines.PID[n]);
     if (i < 0) continue;
