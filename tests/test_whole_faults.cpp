@@ -5,10 +5,12 @@
 #include <set>
 
 #include "run_case.hpp"
+#include "run_edits.hpp"
 
 #if defined(TOWNSKIN_PROGRAM) && defined(TOWNSKIN_FLOW_PROGRAM)
 namespace {
 
+using run_case::edited;
 using run_case::Lines;
 using run_case::Outcome;
 using run_case::RunCase;
@@ -53,54 +55,6 @@ std::vector<Row> rows_of(const fs::path& table) {
     }
   }
   return rows;
-}
-
-/// The text with its "\n", "\t" and "\r" as characters.
-std::string unescaped(std::string text) {
-  for (const auto& [code, sign] :
-       {std::pair{"\\n", "\n"}, std::pair{"\\t", "\t"}, std::pair{"\\r", "\r"}}) {
-    for (std::size_t at = 0; (at = text.find(code, at)) != std::string::npos;) {
-      text.replace(at, 2, sign);
-    }
-  }
-  return text;
-}
-
-/// Makes one edit; false when the file is not as the edit takes it to be.
-bool edited(const RunCase& run, const std::string& edit) {
-  const std::size_t blank = edit.find(' ');
-  const std::string file = edit.substr(0, blank);
-  const std::string how = unescaped(edit.substr(std::min(blank + 1, edit.size())));
-  const std::string text = how.size() > 2 ? how.substr(2) : "";
-  const std::size_t arrow = how.find(" => ");
-  switch (how.empty() ? ' ' : how[0]) {
-    case '=':
-      run.write(file, text);
-      return true;
-    case '+':
-      run.write(file, run.content(file) + text + "\n");
-      return true;
-    case '@': {
-      const std::size_t end = how.find(' ');
-      return run.set_line(file, std::stoul(how.substr(1, end)),
-                          end == std::string::npos ? "" : how.substr(end + 1));
-    }
-    case '/': {
-      Lines kept = run_case::lines_of(run.path(file));
-      kept.resize(std::min<std::size_t>(kept.size(), std::stoul(text)));
-      std::string all;
-      for (const std::string& line : kept) all += line + "\n";
-      run.write(file, all);
-      return true;
-    }
-    case '-':
-      return fs::remove_all(run.path(file)) > 0;
-    case 'd':
-      return fs::remove(run.path(file)) && fs::create_directory(run.path(file));
-    default:
-      return arrow != std::string::npos &&
-             run.replace(file, how.substr(0, arrow), how.substr(arrow + 4));
-  }
 }
 
 /// The tags that a failure collects on its way from each stage to the main program.

@@ -70,17 +70,21 @@ std::string_view fault_of_flags(std::ptrdiff_t starts, std::ptrdiff_t stops) {
   return {};
 }
 
-void check_line(frame::Log& log, std::int32_t h, std::int32_t hour, const Line& line) {
-  if (hour != h) {
-    log.data_error(items("hour in Rmheat data =", hour), items("it must be =", h));
-  }
-  if (line.ACSEMin < 0 || line.ACPrT < 0) {
-    log.data_error(items("ACSEMin,ACPrT in Rmheat data =", line.ACSEMin, line.ACPrT),
-                   "they must be >= 0");
-  }
-  if (line.ACSEMin > 60) {
-    log.data_error(items("ACSEMin in Rmheat data =", line.ACSEMin), "it must be <= 60");
-  }
+/// Checks the line of `file` that was read last; false where the reader goes on behind a fault.
+bool check_line(frame::Log& log, const frame::TextInput& file, std::int32_t h, std::int32_t hour,
+                const Line& line) {
+  return frame::attempt(log, &file, [&] {
+    if (hour != h) {
+      log.data_error(items("hour in Rmheat data =", hour), items("it must be =", h));
+    }
+    if (line.ACSEMin < 0 || line.ACPrT < 0) {
+      log.data_error(items("ACSEMin,ACPrT in Rmheat data =", line.ACSEMin, line.ACPrT),
+                     "they must be >= 0");
+    }
+    if (line.ACSEMin > 60) {
+      log.data_error(items("ACSEMin in Rmheat data =", line.ACSEMin), "it must be <= 60");
+    }
+  });
 }
 
 std::int32_t position(frame::Log& log, const Data& data, std::int32_t bcd, std::int32_t strct) {
@@ -91,21 +95,32 @@ std::int32_t position(frame::Log& log, const Data& data, std::int32_t bcd, std::
   return pair;
 }
 
+/// The plant's columns of a pair, and where its first line stands in the file.
+struct PairDay {
+  Day day;
+  std::size_t place = 0;
+  bool whole = true;  ///< no line of it had a fault
+};
+
 /// The first 24 blocks of the file, by pair.
-std::vector<Day> read_days(frame::Log& log, frame::TextInput& file, const Data& data) {
-  std::vector<Day> days(data.pairs.BCD.size());
+std::vector<PairDay> read_days(frame::Log& log, frame::TextInput& file, const Data& data) {
+  std::vector<PairDay> days(data.pairs.BCD.size());
   file.rewind();
   file.skip_line();
   std::int32_t hour = 0;
   Line line;
   for (std::int32_t h = 1; h <= kHours; ++h) {
     for (std::int32_t n = 0; n < data.pairs.size(); ++n) {
+      const std::size_t place = file.tell();
       if (tsrf_module_rmheat::read_line(file, {&hour, 1}, line) != frame::ReadStatus::ok) {
         log.read_error(file, "### read error : RmHeat file");
       }
-      check_line(log, h, hour, line);
+      const bool good = check_line(log, file, h, hour, line);
       const auto pair = static_cast<std::size_t>(position(log, data, line.BCD, line.Strct));
-      days[pair][static_cast<std::size_t>(h - 1)] = {line.AC_flag, line.ACSEMin, line.ACPrT};
+      PairDay& of_pair = days[pair];
+      if (h == 1) of_pair.place = place;
+      of_pair.whole = of_pair.whole && good;
+      of_pair.day[static_cast<std::size_t>(h - 1)] = {line.AC_flag, line.ACSEMin, line.ACPrT};
     }
   }
   return days;
@@ -162,7 +177,7 @@ void set_aircon(frame::Log& log, frame::TextInput& file, const tsrf_module_rmhea
     log.program_error(rmheat.settings_place, "### program error -1- (tsrf_module_aircon)",
                       "(set_aircon)");
   }
-  const std::vector<Day> days = read_days(log, file, data);
+  const std::vector<PairDay> days = read_days(log, file, data);
   frame::allocating(log, "run tables", frame::bytes_of<RunTable>(days.size()), [&] {
     data.tables.assign(days.size(), RunTable{});
     data.pair.assign(BldCD.size(), -1);
@@ -170,8 +185,10 @@ void set_aircon(frame::Log& log, frame::TextInput& file, const tsrf_module_rmhea
   for (std::size_t b = 0; b < BldCD.size(); ++b) {
     data.pair[b] = position(log, data, BldCD[b], Strct[b]);
     const auto pair = static_cast<std::size_t>(data.pair[b]);
-    const Schedule schedule = make_schedule(days[pair]);
-    check_schedule(log, schedule, BldCD[b], Strct[b]);
+    if (!days[pair].whole) continue;
+    const Schedule schedule = make_schedule(days[pair].day);
+    frame::attempt_at(log, file, days[pair].place,
+                      [&] { check_schedule(log, schedule, BldCD[b], Strct[b]); });
     data.tables[pair] = schedule.table;
   }
   data.rebuild = false;

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "frame/findings.hpp"
 #include "frame/namelist.hpp"
 
 namespace tsrf_module_bldng {
@@ -38,9 +39,7 @@ struct Line {
 };
 constexpr std::size_t kFields = 9;
 
-[[noreturn]] void read_failed(frame::Log& log, const frame::TextInput& file) {
-  log.read_error(file, "### read error : Building data");
-}
+constexpr std::string_view kReadError = "### read error : Building data";
 
 /// True when some line is of a building that a patch names.
 bool has_building(frame::Log& log, frame::TextInput& file, const frame::CodeIndex& named) {
@@ -51,7 +50,10 @@ bool has_building(frame::Log& log, frame::TextInput& file, const frame::CodeInde
     std::int32_t BldID = 0;
     const ReadStatus status = file.read(BldID, std::span<std::string>(rest));
     if (status == ReadStatus::end) return found;
-    if (status == ReadStatus::error) read_failed(log, file);
+    if (status == ReadStatus::error) {
+      log.lost_record(file, kReadError);
+      continue;
+    }
     found = found || named.find(BldID) >= 0;
   }
 }
@@ -59,11 +61,14 @@ bool has_building(frame::Log& log, frame::TextInput& file, const frame::CodeInde
 /// A share that exceeds 1 by a rounding of the data is taken as 1.
 bool is_share(double value) { return value >= 0.0 && value <= 1.001; }
 
-/// Checks building `i` (from 1).
-void check_line(frame::Log& log, std::int32_t i, const Line& line) {
-  const auto require = [&](bool good, std::string_view field, auto value, std::string_view rule) {
+/// Checks building `i` (from 1), whose line was read last.
+void check_line(frame::Log& log, const frame::TextInput& file, std::int32_t i, Line& line) {
+  const auto require = [&](bool good, std::string_view field, auto& value, std::string_view rule) {
     if (good) return;
-    log.data_error(items("i," + std::string(field) + "(i) in Building data =", i, value), rule);
+    frame::attempt(log, &file, [&] {
+      log.data_error(items("i," + std::string(field) + "(i) in Building data =", i, value), rule);
+    });
+    value = 1;
   };
   constexpr std::string_view kPositive = "it must be > 0";
   constexpr std::string_view kShare = "it must be >= 0 and <= 1";
@@ -73,8 +78,11 @@ void check_line(frame::Log& log, std::int32_t i, const Line& line) {
   require(is_share(line.shf), "shf", line.shf, kShare);
   require(line.cop > 0.0, "cop", line.cop, kPositive);
   if (line.BldCD < 1 || line.BldCD > kUses) {
-    log.data_error(items("BldCD in Building data =", line.BldCD),
-                   items("it must be >= 1 and <=", kUses), items("bldid =", line.BldID));
+    frame::attempt(log, &file, [&] {
+      log.data_error(items("BldCD in Building data =", line.BldCD),
+                     items("it must be >= 1 and <=", kUses), items("bldid =", line.BldID));
+    });
+    line.BldCD = log.findings().stand_in();
   }
 }
 
@@ -100,9 +108,12 @@ void read_lines(frame::Log& log, frame::TextInput& file, const frame::CodeIndex&
     const ReadStatus status = file.read(line.BldID, line.BldCD, line.Strct, line.floor, line.area,
                                         line.acflr, line.shf, line.cop, line.no_release);
     if (status == ReadStatus::end) return;
-    if (status == ReadStatus::error) read_failed(log, file);
+    if (status == ReadStatus::error) {
+      log.lost_record(file, kReadError);
+      continue;
+    }
     if (named.find(line.BldID) < 0) continue;
-    check_line(log, data.nbld + 1, line);
+    check_line(log, file, data.nbld + 1, line);
     frame::allocating(log, "buildings", frame::bytes_grown(data.area), [&] { enter(line, data); });
   }
 }
@@ -110,12 +121,12 @@ void read_lines(frame::Log& log, frame::TextInput& file, const frame::CodeIndex&
 void index_buildings(frame::Log& log, Data& data) {
   frame::allocating(log, "BldID", frame::bytes_of<std::int32_t>(data.BldID.size(), 2),
                     [&] { data.by_bldid = frame::CodeIndex(data.BldID); });
-  if (const auto& repeat = data.by_bldid.repeat()) {
-    log.data_error(
-        items("BldID in Building data =", data.BldID[static_cast<std::size_t>(repeat->second)]),
-        "it is specified redundantly in line no. n1 & n2",
-        items("n1,n2 =", repeat->first + 1, repeat->second + 1));
-  }
+  const auto report = [&](std::size_t first, std::size_t second) {
+    log.data_error(items("BldID in Building data =", data.BldID[second]),
+                   "it is specified redundantly in line no. n1 & n2",
+                   items("n1,n2 =", first + 1, second + 1));
+  };
+  frame::report_repeats(log, data.by_bldid, data.BldID, report);
 }
 
 }  // namespace
@@ -158,8 +169,10 @@ void check_bldcd(frame::Log& log, std::string_view name, const Data& data,
   const frame::Tag tag(log, "(tsrf_module_bldng)(check_bldcd)");
   for (std::size_t b = 0; b < data.BldID.size(); ++b) {
     if (rmheat.pairs.find(data.BldCD[b], data.Strct[b]) >= 0) continue;
-    log.data_error(items("BldCD,Strct in Building data =", data.BldCD[b], data.Strct[b]),
-                   items("it is not defined in", name));
+    frame::attempt(log, [&] {
+      log.data_error(items("BldCD,Strct in Building data =", data.BldCD[b], data.Strct[b]),
+                     items("it is not defined in", name));
+    });
   }
 }
 

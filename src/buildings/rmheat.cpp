@@ -29,7 +29,8 @@ std::int32_t position(const Pairs& pairs, std::int32_t guess, const Line& line) 
   return pairs.find(line.BCD, line.Strct);
 }
 
-void check_values(frame::Log& log, const Line& line, std::int64_t number) {
+void check_values(frame::Log& log, const frame::TextInput& file, const Line& line,
+                  std::int64_t number) {
   struct Rule {
     Element element;
     std::string_view name;
@@ -48,18 +49,22 @@ void check_values(frame::Log& log, const Line& line, std::int64_t number) {
   for (const Rule& rule : kRules) {
     const double value = line.values[static_cast<std::size_t>(rule.element - 1)];
     if (value >= rule.least && value <= rule.most) continue;
-    log.data_error(items(dated_series::of_data(rule.name, kWords.data), value), rule.words,
-                   items("line no. =", number));
+    frame::attempt(log, &file, [&] {
+      log.data_error(items(dated_series::of_data(rule.name, kWords.data), value), rule.words,
+                     items("line no. =", number));
+    });
   }
 }
 
 void check_counts(frame::Log& log, const Data& data, std::int64_t time) {
   for (std::size_t n = 0; n < data.counts.size(); ++n) {
     if (data.counts[n] == 1) continue;
-    log.data_error(
-        items("BCD in RmHeat data =", data.pairs.BCD[n], data.pairs.Strct[n]),
-        data.counts[n] < 1 ? "lack of data for this BCD" : "duplicated data for this BCD",
-        items("time no. =", time));
+    frame::attempt(log, [&] {
+      log.data_error(
+          items("BCD in RmHeat data =", data.pairs.BCD[n], data.pairs.Strct[n]),
+          data.counts[n] < 1 ? "lack of data for this BCD" : "duplicated data for this BCD",
+          items("time no. =", time));
+    });
   }
 }
 
@@ -106,8 +111,11 @@ Pairs read_pairs(frame::Log& log, frame::TextInput& file, const dated_series::Se
   for (;;) {
     IntDate date = first;
     const ReadStatus status = read_line(file, dated_series::on_record(settings, date), line);
-    if (status == ReadStatus::error) log.read_error(file, fault);
     if (status == ReadStatus::end) break;
+    if (status == ReadStatus::error) {
+      log.lost_record(file, fault);
+      continue;
+    }
     if (pairs.BCD.empty()) first = date;
     if (date != first) break;
     pairs.sorted.emplace_back(key(line.BCD, line.Strct), pairs.size());
@@ -147,14 +155,14 @@ void check_data(frame::Log& log, frame::TextInput& file, Data& data) {
       log.data_error(items("BCD in RmHeat data =", line.BCD, line.Strct),
                      "it is not defined in 1st time block");
     }
-    check_values(log, line, number);
+    check_values(log, file, line, number);
     ++data.counts[static_cast<std::size_t>(pair)];
   };
   const auto check = [&](dated_series::Counter& at, IntDate& date) {
     std::fill(data.counts.begin(), data.counts.end(), 0);
     const ReadStatus status = dated_series::check_block(
         log, file, kWords, data.series.settings, data.pairs.size(), at, date, read, check_line);
-    if (status == ReadStatus::ok) check_counts(log, data, at.time);
+    if (status == ReadStatus::ok && !at.amiss) check_counts(log, data, at.time);
     return status;
   };
   dated_series::check_pass(log, file, kWords, kColumns, check, data.series);

@@ -60,8 +60,11 @@ void check_buildings(frame::Log& log, const tsrf_module_bldng::Data& bldng,
                      const std::vector<Found>& found) {
   for (std::size_t b = 0; b < found.size(); ++b) {
     const std::string id = items("BldID in Building data =", bldng.BldID[b]);
-    if (!found[b].surface) log.data_error(id, "it has no Patch");
-    if (!found[b].heat_capacity) log.data_error(id, items("it has no Patch of pos", kCarriesHeat));
+    frame::attempt(log, [&] {
+      if (!found[b].surface) log.data_error(id, "it has no Patch");
+      if (!found[b].heat_capacity)
+        log.data_error(id, items("it has no Patch of pos", kCarriesHeat));
+    });
   }
 }
 
@@ -75,13 +78,25 @@ void lyrstrct_set_bldng(frame::Log& log, double dz, const tsrf_module_patch::Dat
   std::vector<Found> found(bldng.BldID.size());
   for (std::size_t p = 0; p < patch.type.size(); ++p) {
     if (patch.type[p] != tsrf_module_patch::kBuilding) continue;
-    const std::int32_t m = find_material(log, patch.SurfID[p], matprp);
+    std::int32_t m = -1;
+    std::int32_t b = -1;
+    frame::attempt(log, [&] { m = find_material(log, patch.SurfID[p], matprp); });
+    frame::attempt(log, [&] { b = find_building(log, patch.BldID[p], bldng); });
+    if (m < 0 || b < 0) {
+      if (b >= 0) found[static_cast<std::size_t>(b)] = {true, true};
+      continue;
+    }
     const Material& material = matprp.materials[static_cast<std::size_t>(m)];
-    const std::int32_t b = find_building(log, patch.BldID[p], bldng);
-    check_pos(log, material);
+    if (!frame::attempt(log, [&] { check_pos(log, material); })) {
+      found[static_cast<std::size_t>(b)] = {true, true};
+      continue;
+    }
     std::int32_t& position = shared[static_cast<std::size_t>(m)];
     if (position < 0) {
-      check_wall(log, material, dz);
+      if (!frame::attempt(log, [&] { check_wall(log, material, dz); })) {
+        found[static_cast<std::size_t>(b)] = {true, true};
+        continue;
+      }
       position = static_cast<std::int32_t>(data.structures.size());
       frame::allocating(log, "layers of walls", frame::bytes_of<Part>(material.thick.size()),
                         [&] { data.structures.push_back(wall_of(material, dz)); });

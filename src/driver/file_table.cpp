@@ -4,6 +4,7 @@
 
 #include "driver/result_files.hpp"
 #include "frame/file_names.hpp"
+#include "frame/findings.hpp"
 
 namespace frame {
 
@@ -78,8 +79,26 @@ FileNames read_names(Log& log, TextInput& file) {
   return names;
 }
 
+/// The form of open_row for a check of all files: nothing is made, and what cannot be read is taken
+/// as empty. The row's line of `file_name` is the place of the fault.
+void look_at_row(Log& log, UnitTable& units, std::size_t row, const std::string& name) {
+  const FileRow& file = kFileTable[row];
+  const bool opened = !name.empty() && attempt(log, [&] {
+    if (file.form == output || file.form == records) {
+      units.check_output(log, name);
+    } else {
+      units.check_plain(log, name);
+      units.open_input(log, file.unit, name);
+    }
+  });
+  if (opened || file.form == output || file.form == records) return;
+  units.put_empty(file.unit, name);
+  if (file.form == input) log.findings().lose(units.input(file.unit).name(), {});
+}
+
 void open_row(Log& log, UnitTable& units, int unit, const FileNames& names) {
   const std::size_t row = row_of(unit);
+  if (log.collects()) return look_at_row(log, units, row, names[row]);
   switch (kFileTable[row].form) {
     case input:
       units.open_input(log, unit, names[row]);
@@ -100,9 +119,11 @@ void open_row(Log& log, UnitTable& units, int unit, const FileNames& names) {
 void check_names(Log& log, const FileNames& names) {
   for (std::size_t i = 0; i < kFiles; ++i) {
     if (!names[i].empty() || kFileTable[i].form == input_if_any) continue;
-    log.error_and_log("### cannot open " + title(kFileTable[i]) + " : line " +
-                      std::to_string(i + 1) + " of file_name is blank");
-    throw Stop{kStatusOpenError};
+    attempt(log, [&] {
+      log.error_and_log("### cannot open " + title(kFileTable[i]) + " : line " +
+                        std::to_string(i + 1) + " of file_name is blank");
+      throw Stop{kStatusOpenError};
+    });
   }
 }
 
@@ -122,7 +143,7 @@ void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam
     ubx_module_filnam::set_file(filnam, static_cast<std::int32_t>(i) + 1, unit,
                                 names[row_of(unit)]);
   }
-  check_outputs(log, units, names, filnam);
+  attempt(log, [&] { check_outputs(log, units, names, filnam); });
   if (filnam.dated) {
     ubx_module_filnam::open_first_month(log, units, filnam);
     return;

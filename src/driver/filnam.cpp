@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "frame/findings.hpp"
 #include "frame/namelist.hpp"
 #include "inputs/calendar.hpp"
 
@@ -82,8 +83,11 @@ void set_file(Data& data, std::int32_t index, int unit, const std::string& name)
 
 void open_first_month(frame::Log& log, frame::UnitTable& units, const Data& data) {
   for (const std::int32_t index : {kSurfProp, kLadSimple, kWaterTemp, kBuilding, kRmHeat}) {
-    units.open_input(log, data.rows.at(static_cast<std::size_t>(index - 1)).unit,
-                     make_month_name(data, index, data.MONTHS[0]));
+    const int unit = data.rows.at(static_cast<std::size_t>(index - 1)).unit;
+    const std::string name = make_month_name(data, index, data.MONTHS[0]);
+    if (frame::attempt(log, [&] { units.open_input(log, unit, name); })) continue;
+    units.put_empty(unit, name);
+    log.findings().lose(units.input(unit).name(), {});
   }
 }
 

@@ -95,8 +95,10 @@ void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
       if (other->kind == files[n].kind) continue;
       const std::string rule = "it must not be the name of another file : " + other->kind;
       const std::string output = items(files[n].kind, "=", files[n].name);
-      if (!filnam.dated) log.data_error(output, rule);
-      log.data_error(output, rule, items("file =", other->path));
+      attempt(log, [&] {
+        if (!filnam.dated) log.data_error(output, rule);
+        log.data_error(output, rule, items("file =", other->path));
+      });
     }
   }
 }

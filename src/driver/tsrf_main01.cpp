@@ -6,6 +6,7 @@
 #include <cmath>
 #include <string>
 
+#include "driver/start_up.hpp"
 #include "driver/step_results.hpp"
 #include "driver/terminal_line.hpp"
 #include "driver/tsrf_admin.hpp"
@@ -32,47 +33,6 @@ void skip_record(frame::TextInput& control) {
 
 void skip_records(frame::TextInput& control, int count) {
   for (; count > 0; --count) skip_record(control);
-}
-
-/// The fixed lines of the control data; those of the flow field are passed over.
-void tsrf_read_cntdat(Desk& desk, Inputs& inputs, jmk::Trees& trees) {
-  const frame::Tag tag(desk.log, "(tsrf_read_cntdat)");
-  frame::TextInput& control = desk.units.input(frame::kUnitControl);
-  ControlLines& lines = inputs.control;
-  const auto read = [&](auto&... values) {
-    if (control.read(values...) != frame::ReadStatus::ok) {
-      desk.log.read_error(control, "### read error : control data");
-    }
-  };
-  control.rewind();
-  skip_records(control, 2);
-  read(lines.iters, lines.itere);
-  skip_record(control);
-  read(lines.dtsafe, lines.dtmax);
-  skip_records(control, 20);
-  read(lines.molar_mass_air);
-  read(lines.molar_mass_water);
-  if (!(lines.dtmax > 0.0)) {
-    desk.log.data_error(frame::items("dtmax =", lines.dtmax), "it must be > 0");
-  }
-  jmk_module_htrans::Constants constants;
-  constants.molar_air = lines.molar_mass_air;
-  constants.molar_water = lines.molar_mass_water;
-  jmk_module_htrans::set_constants(desk.log, constants, trees.htrans);
-  jmk_module_htrans::inputdata(desk.log, control, trees.htrans);
-}
-
-/// A dated run's date of model time 0, and where its days' Sun files stand.
-void set_calendar(Run& run) {
-  if (!run.inputs.filnam.dated) return;
-  run.radiation.shade.day_name = [&run](std::int32_t month, std::int32_t day) {
-    const std::string name =
-        ubx_module_filnam::make_day_name(run.inputs.filnam, ubx_module_filnam::kSun, month, day);
-    return run.desk.units.path_of(name);
-  };
-  tsrf_module_calendar::Date date0{};
-  std::ranges::copy(run.inputs.filnam.DATE0, date0.begin());
-  run.inputs.calendar.origin = tsrf_module_calendar::date2sec({}, date0);
 }
 
 bool exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
@@ -110,32 +70,83 @@ void march(Run& run, const Start& start) {
 
 }  // namespace
 
+void tsrf_read_cntdat(Desk& desk, Inputs& inputs, jmk::Trees& trees) {
+  const frame::Tag tag(desk.log, "(tsrf_read_cntdat)");
+  frame::TextInput& control = desk.units.input(frame::kUnitControl);
+  ControlLines& lines = inputs.control;
+  bool whole = true;
+  const auto read = [&](auto&... values) {
+    if (control.read(values...) == frame::ReadStatus::ok) return;
+    desk.log.lost_record(control, "### read error : control data");
+    whole = false;
+  };
+  control.rewind();
+  skip_records(control, 2);
+  read(lines.iters, lines.itere);
+  skip_record(control);
+  const std::size_t steps = control.tell();
+  read(lines.dtsafe, lines.dtmax);
+  skip_records(control, 20);
+  const std::size_t masses = control.tell();
+  read(lines.molar_mass_air);
+  read(lines.molar_mass_water);
+  const auto check_step = [&] {
+    if (lines.dtmax > 0.0) return;
+    desk.log.data_error(frame::items("dtmax =", lines.dtmax), "it must be > 0");
+  };
+  if (whole) frame::attempt_at(desk.log, control, steps, check_step);
+  jmk_module_htrans::Constants constants;
+  constants.molar_air = lines.molar_mass_air;
+  constants.molar_water = lines.molar_mass_water;
+  const auto set_constants = [&] {
+    jmk_module_htrans::set_constants(desk.log, constants, trees.htrans);
+  };
+  if (whole) frame::attempt_at(desk.log, control, masses, set_constants);
+  jmk_module_htrans::inputdata(desk.log, control, trees.htrans);
+}
+
+void set_calendar(Run& run) {
+  if (!run.inputs.filnam.dated) return;
+  run.radiation.shade.day_name = [&run](std::int32_t month, std::int32_t day) {
+    const std::string name =
+        ubx_module_filnam::make_day_name(run.inputs.filnam, ubx_module_filnam::kSun, month, day);
+    return run.desk.units.path_of(name);
+  };
+  tsrf_module_calendar::Date date0{};
+  std::ranges::copy(run.inputs.filnam.DATE0, date0.begin());
+  run.inputs.calendar.origin = tsrf_module_calendar::date2sec({}, date0);
+}
+
+void read_canopy(Run& run) {
+  const Sizes sizes{run.inputs.size.mx, run.inputs.size.my, run.inputs.size.mz};
+  const bool simple = run.surface.data.settings.LTRSMPL;
+  run.inputs.grid = sizes;
+  if (!simple || run.buildings.on()) {
+    run.inputs.grid = read_grid(run.desk.log, run.desk.units.input(frame::kUnitGrid), sizes);
+  }
+  if (simple) return;
+  jmk::jmk2_prep_init(run.desk.log, run.desk.units.input(frame::kUnitControl),
+                      run.desk.units.input(frame::kUnitLad),
+                      run.desk.units.input(frame::kUnitLadSimple), run.inputs.grid,
+                      run.inputs.grdindx, run.inputs.patch, run.trees);
+  if (run.trees.cells.CALJMK) {
+    jmk::warn_of_step(run.desk.log, run.inputs.control.dtmax, run.trees.canopy.settings);
+  }
+}
+
 void tsrf_main01(Run& run) {
   const frame::Tag tag(run.desk.log, "(tsrf_main01)");
   tsrf_read_cntdat(run.desk, run.inputs, run.trees);
   set_calendar(run);
   const Start start = tsrf_prep_init(run);
-  const Sizes sizes{run.inputs.size.mx, run.inputs.size.my, run.inputs.size.mz};
-  const bool releases_heat = run.buildings.on();
-  run.inputs.grid = sizes;
-  if (!run.surface.data.settings.LTRSMPL || releases_heat) {
-    run.inputs.grid = read_grid(run.desk.log, run.desk.units.input(frame::kUnitGrid), sizes);
-  }
-  if (!run.surface.data.settings.LTRSMPL) {
-    jmk::jmk2_prep_init(run.desk.log, run.desk.units.input(frame::kUnitControl),
-                        run.desk.units.input(frame::kUnitLad),
-                        run.desk.units.input(frame::kUnitLadSimple), run.inputs.grid,
-                        run.inputs.grdindx, run.inputs.patch, run.trees);
-    if (run.trees.cells.CALJMK) {
-      jmk::warn_of_step(run.desk.log, run.inputs.control.dtmax, run.trees.canopy.settings);
-    }
-  }
-  if (releases_heat) {
+  read_canopy(run);
+  if (run.buildings.on()) {
     tsrf_module_io::prep_bldload(run.desk.log, run.inputs.patch, run.inputs.grid,
                                  run.results.bld_load);
   }
   tsrf_prep_monthly(run, kBeforeTheRun);
-  tsrf_dummyb(run.desk.log, run.desk.units.input(frame::kUnitPorous), sizes, run.inputs.porous);
+  tsrf_dummyb(run.desk.log, run.desk.units.input(frame::kUnitPorous),
+              {run.inputs.size.mx, run.inputs.size.my, run.inputs.size.mz}, run.inputs.porous);
   run.desk.accounts.start(run.desk.log, "total");
   if (start.iteration <= run.inputs.control.itere) march(run, start);
   run.desk.accounts.end(run.desk.log, "total");

@@ -1,7 +1,7 @@
 // tsrf_prep_init: brings up every module. The order is a requirement: later steps use what earlier
 // ones read, and it settles which of several faults a user sees first.
 #include "buildings/wall_structure.hpp"
-#include "driver/tsrf_main01.hpp"
+#include "driver/start_up.hpp"
 #include "inputs/lyrstrct.hpp"
 #include "results/restart.hpp"
 #include "surface/columns.hpp"
@@ -10,9 +10,6 @@
 
 namespace tsrf_main01 {
 
-namespace {
-
-/// All namelist groups; each reader rewinds the control data, so groups stand in any order.
 void read_settings(Run& run) {
   frame::Log& log = run.desk.log;
   frame::TextInput& control = run.desk.units.input(frame::kUnitControl);
@@ -31,15 +28,20 @@ void read_settings(Run& run) {
   tsrf_module_io::inputdata(log, control, run.results.io);
 }
 
-/// Patches, their properties and materials, and the ground columns.
 void read_surfaces(Desk& desk, Inputs& inputs, Surface& surface, const jmk::Trees& trees) {
   frame::Log& log = desk.log;
   frame::UnitTable& units = desk.units;
-  tsrf_module_patch::read_patch(
-      log, units.input(frame::kUnitPatch), units.input(frame::kUnitTreePatch), inputs.size.mx,
-      inputs.size.my, inputs.size.mz, inputs.grdindx, trees.canopy.settings.NDIV, inputs.patch);
-  tsrf_module_srfprp::read_srfprp(log, units.input(frame::kUnitSurfProp), inputs.srfprp);
-  tsrf_module_matprp::read_matprp(log, units.input(frame::kUnitMatEleProp), inputs.matprp);
+  frame::attempt(log, [&] {
+    tsrf_module_patch::read_patch(
+        log, units.input(frame::kUnitPatch), units.input(frame::kUnitTreePatch), inputs.size.mx,
+        inputs.size.my, inputs.size.mz, inputs.grdindx, trees.canopy.settings.NDIV, inputs.patch);
+  });
+  frame::attempt(log, [&] {
+    tsrf_module_srfprp::read_srfprp(log, units.input(frame::kUnitSurfProp), inputs.srfprp);
+  });
+  frame::attempt(log, [&] {
+    tsrf_module_matprp::read_matprp(log, units.input(frame::kUnitMatEleProp), inputs.matprp);
+  });
   const tsrf_module_data::Settings& settings = surface.data.settings;
   tsrf_module_lyrstrct::lyrstrct_set_land(log, settings.DZG, settings.ZLG,
                                           surface.data.settings_place, inputs.patch, inputs.matprp,
@@ -48,24 +50,28 @@ void read_surfaces(Desk& desk, Inputs& inputs, Surface& surface, const jmk::Tree
   tsrf_module_data::allocdata01(log, surface.data);
 }
 
-/// Buildings, their room heat and air-conditioning schedules, and the wall columns.
 void read_buildings(Desk& desk, Inputs& inputs, Surface& surface, Buildings& buildings) {
   frame::Log& log = desk.log;
   frame::TextInput& schedule = desk.units.input(frame::kUnitRmHeat);
-  tsrf_module_bldng::read_bldng(log, desk.units.input(frame::kUnitBuilding), inputs.patch,
-                                buildings.bldng);
-  tsrf_module_rmheat::read_rmheat(log, schedule, buildings.rmheat);
-  tsrf_module_aircon::read_aircon(log, schedule, buildings.rmheat, buildings.aircon);
+  frame::attempt(log, [&] {
+    tsrf_module_bldng::read_bldng(log, desk.units.input(frame::kUnitBuilding), inputs.patch,
+                                  buildings.bldng);
+  });
+  const bool scheduled = frame::attempt(log, [&] {
+    tsrf_module_rmheat::read_rmheat(log, schedule, buildings.rmheat);
+    tsrf_module_aircon::read_aircon(log, schedule, buildings.rmheat, buildings.aircon);
+  });
   tsrf_module_lyrstrct::lyrstrct_set_bldng(log, surface.data.settings.DZW, inputs.patch,
                                            inputs.matprp, buildings.bldng, inputs.lyrstrct);
-  tsrf_module_bldng::check_bldcd(log, "RmHeat", buildings.bldng, buildings.rmheat);
+  if (scheduled) {
+    tsrf_module_bldng::check_bldcd(log, "RmHeat", buildings.bldng, buildings.rmheat);
+  }
   tsrf_module_bldng::set_hin(inputs.patch, buildings.bldng, surface.data.hin);
   tsrf_module_bldcmm::bldcmm_set_list(log, desk.layer, buildings.bldng, buildings.bldcmm);
   tsrf_building::prepare(log, inputs.matprp, inputs.lyrstrct, buildings.bldng, buildings.rooms);
   tsrf_building::warn_of_step(log, inputs.control.dtmax, buildings.bldng.settings);
 }
 
-/// Columns of cells behind the patches, their conductances and transmission.
 void set_columns(Desk& desk, const Inputs& inputs, Surface& surface) {
   surface.data.mzg = tsrf_module_lyrstrct::column_size(inputs.lyrstrct);
   tsrf_module_data::allocdata02(desk.log, surface.data);
@@ -75,13 +81,14 @@ void set_columns(Desk& desk, const Inputs& inputs, Surface& surface) {
   set_transmission(surface.data);
 }
 
-/// Patch groups, view factors and the correction of areas.
 void read_exchange(Desk& desk, const Inputs& inputs, Surface& surface, Radiation& radiation) {
   frame::Log& log = desk.log;
   frame::UnitTable& units = desk.units;
   tsrf_module_raddat::read_lf2fr(log, units.input(frame::kUnitPatchIndex), inputs.patch,
                                  radiation.raddat);
-  tsrf_module_raddat::read_pgidprd(log, units.input(frame::kUnitPgidPrd), radiation.raddat);
+  frame::attempt(log, [&] {
+    tsrf_module_raddat::read_pgidprd(log, units.input(frame::kUnitPgidPrd), radiation.raddat);
+  });
   tsrf_module_raddat::read_viewfactor(log, desk.crew, units.input(frame::kUnitFormFactor),
                                       inputs.patch, radiation.raddat, surface.data.skyvf0);
   tsrf_module_raddat::allocdata01(log, surface.data.mpatch, radiation.raddat);
@@ -89,6 +96,8 @@ void read_exchange(Desk& desk, const Inputs& inputs, Surface& surface, Radiation
   // What has been parsed into tables is not needed as text any more.
   units.close(frame::kUnitFormFactor);
 }
+
+namespace {
 
 /// Water temperatures; false after a reported fault, which is kept until the next test.
 bool read_water(Desk& desk, Inputs& inputs) {
@@ -115,6 +124,29 @@ std::span<const std::int32_t> prepare_glass(Desk& desk, const Inputs& inputs, Su
   return surface.glass.patches;
 }
 
+}  // namespace
+
+void prepare_columns(Desk& desk, const Inputs& inputs, Surface& surface,
+                     const Buildings& buildings) {
+  solid1d::set_columns(desk.log, surface.data, prepare_glass(desk, inputs, surface, buildings),
+                       surface.columns);
+  solid1d::warn_of_implicit(desk.log, inputs.control.dtmax, inputs.patch, surface.columns);
+}
+
+void read_plan_trees(Run& run) {
+  if (!run.surface.data.settings.LTRSMPL) return;
+  tsrf_module_data::read_lai_simpl(run.desk.log, run.desk.units.input(frame::kUnitLadSimple),
+                                   run.inputs.patch, run.inputs.grdindx, run.inputs.size.mx,
+                                   run.inputs.size.my, run.surface.data);
+}
+
+void check_bands(frame::Log& log, const tsrf_module_raddat::Data& raddat) {
+  if (raddat.settings.LCRADL > 0 && raddat.settings.LCRADS > 0) return;
+  log.program_error(raddat.settings_place, "### program error -1- (tsrf_prep_init)");
+}
+
+namespace {
+
 /// Work arrays of a step and what the writers list once.
 void prepare_step(Desk& desk, const Inputs& inputs, Surface& surface, Radiation& radiation,
                   const Buildings& buildings, Results& results) {
@@ -127,21 +159,18 @@ void prepare_step(Desk& desk, const Inputs& inputs, Surface& surface, Radiation&
   });
   rad_admin::allocdata(desk.log, surface.data.mpatch, inputs.srfprp, radiation.raddat,
                        radiation.work);
-  solid1d::set_columns(desk.log, surface.data, prepare_glass(desk, inputs, surface, buildings),
-                       surface.columns);
-  solid1d::warn_of_implicit(desk.log, inputs.control.dtmax, inputs.patch, surface.columns);
+  prepare_columns(desk, inputs, surface, buildings);
   tsrf_module_io::prep_surftemp(desk.log, inputs.patch, inputs.grdindx, results.surf_temp);
 }
 
-/// The first state: from the restart file, or cold.
+}  // namespace
+
 Start restore(Run& run) {
   const tsrf_io_restart::Start start = tsrf_io_restart::restore(
       run.desk.log, run.desk.units.records(frame::kUnitRestart), run.inputs.control.iters,
       run.results.io.settings, restart_state(run));
   return {start.next_iteration, start.time};
 }
-
-}  // namespace
 
 tsrf_io_restart::State restart_state(Run& run) {
   return {.mpatch = run.surface.data.mpatch,
@@ -166,15 +195,8 @@ Start tsrf_prep_init(Run& run) {
     read_exchange(run.desk, run.inputs, run.surface, run.radiation);
   tsrf_module_fixtmp::read_fixtmp(run.desk.log, run.inputs.patch, run.surface.fixtmp);
   const bool water_read = read_water(run.desk, run.inputs);
-  if (run.surface.data.settings.LTRSMPL) {
-    tsrf_module_data::read_lai_simpl(run.desk.log, run.desk.units.input(frame::kUnitLadSimple),
-                                     run.inputs.patch, run.inputs.grdindx, run.inputs.size.mx,
-                                     run.inputs.size.my, run.surface.data);
-  }
-  if (exchange.LCRADL <= 0 || exchange.LCRADS <= 0) {
-    run.desk.log.program_error(run.radiation.raddat.settings_place,
-                               "### program error -1- (tsrf_prep_init)");
-  }
+  read_plan_trees(run);
+  check_bands(run.desk.log, run.radiation.raddat);
   if (!water_read) run.desk.log.fail();
   prepare_step(run.desk, run.inputs, run.surface, run.radiation, run.buildings, run.results);
   progress::note_start(run.progress);

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "driver/tsrf_main01.hpp"
+#include "driver/start_up.hpp"
 
 namespace tsrf_main01 {
 
@@ -16,24 +16,32 @@ frame::TextInput& open_month_file(Desk& desk, const Inputs& inputs, std::int32_t
   return desk.units.open_input(desk.log, unit, name);
 }
 
+}  // namespace
+
 void load_month(Run& run, std::int32_t month) {
-  tsrf_module_srfprp::read_srfprp(
-      run.desk.log,
-      open_month_file(run.desk, run.inputs, ubx_module_filnam::kSurfProp, frame::kUnitSurfProp,
-                      month),
-      run.inputs.srfprp);
-  if (run.trees.cells.CALJMK) {
-    jmk::read_month(run.desk.log,
+  frame::Log& log = run.desk.log;
+  frame::attempt(log, [&] {
+    tsrf_module_srfprp::read_srfprp(
+        log,
+        open_month_file(run.desk, run.inputs, ubx_module_filnam::kSurfProp, frame::kUnitSurfProp,
+                        month),
+        run.inputs.srfprp);
+  });
+  frame::attempt(log, [&] {
+    if (!run.trees.cells.CALJMK) return;
+    jmk::read_month(log,
                     open_month_file(run.desk, run.inputs, ubx_module_filnam::kLadSimple,
                                     frame::kUnitLadSimple, month),
                     run.trees);
-  }
+  });
   if (run.buildings.on()) {
-    tsrf_module_bldng::read_bldng(
-        run.desk.log,
-        open_month_file(run.desk, run.inputs, ubx_module_filnam::kBuilding, frame::kUnitBuilding,
-                        month),
-        run.inputs.patch, run.buildings.bldng);
+    frame::attempt(log, [&] {
+      tsrf_module_bldng::read_bldng(
+          log,
+          open_month_file(run.desk, run.inputs, ubx_module_filnam::kBuilding, frame::kUnitBuilding,
+                          month),
+          run.inputs.patch, run.buildings.bldng);
+    });
     // The schedules are read when they are next asked for.
     open_month_file(run.desk, run.inputs, ubx_module_filnam::kRmHeat, frame::kUnitRmHeat, month);
     tsrf_module_rmheat::reset(run.buildings.rmheat);
@@ -41,8 +49,6 @@ void load_month(Run& run, std::int32_t month) {
   }
   tsrf_module_phydat::set_ppa(run.radiation.phydat, month);
 }
-
-}  // namespace
 
 void tsrf_prep_monthly(Run& run, double time) {
   if (!run.inputs.filnam.dated) return;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "frame/log.hpp"
+
 namespace frame {
 
 namespace {
@@ -48,6 +50,21 @@ std::int32_t CodeIndex::find(std::int32_t code) const {
   const std::int64_t place = code - low_;
   if (place < 0 || place >= static_cast<std::int64_t>(table_.size())) return -1;
   return table_[static_cast<std::size_t>(place)];
+}
+
+void report_repeats(Log& log, const CodeIndex& index, std::span<const std::int32_t> codes,
+                    FunctionRef<void(std::size_t first, std::size_t second)> report) {
+  const auto& repeat = index.repeat();
+  if (!repeat) return;
+  const auto tell = [&](std::int32_t first, std::size_t second) {
+    attempt(log, [&] { report(static_cast<std::size_t>(first), second); });
+  };
+  tell(repeat->first, static_cast<std::size_t>(repeat->second));
+  const auto behind = static_cast<std::size_t>(repeat->second) + 1;
+  for (std::size_t n = behind; n < codes.size(); ++n) {
+    const std::int32_t first = index.find(codes[n]);
+    if (first != static_cast<std::int32_t>(n)) tell(first, n);
+  }
 }
 
 }  // namespace frame

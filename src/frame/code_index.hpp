@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "frame/function_ref.hpp"
+
 namespace frame {
 
 class CodeIndex {
@@ -36,5 +38,12 @@ class CodeIndex {
   std::vector<std::pair<std::int32_t, std::int32_t>> sorted_;  // (code, position)
   std::optional<Repeat> repeat_;
 };
+
+class Log;
+
+/// Calls `report` with the positions of a code's first place and of one that repeats it: of the
+/// first repeat, which ends a run; where the log collects faults, of each.
+void report_repeats(Log& log, const CodeIndex& index, std::span<const std::int32_t> codes,
+                    FunctionRef<void(std::size_t first, std::size_t second)> report);
 
 }  // namespace frame

@@ -23,11 +23,13 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frame/numbers.hpp"
 
 namespace frame {
 
+class Findings;
 class TextInput;
 
 /// A fault has been reported; the run unwinds to its abnormal end.
@@ -82,6 +84,19 @@ class Log {
   void use_screen();
   [[nodiscard]] bool is_screen() const { return fd_ < 0; }
 
+  /// From here on the log is a check's: nothing is written, faults and warnings go to `findings`.
+  void collect(Findings& findings) { findings_ = &findings; }
+  [[nodiscard]] bool collects() const { return findings_ != nullptr; }
+  /// Where they go; of a log that collects only.
+  [[nodiscard]] Findings& findings() const { return *findings_; }
+  /// A fault that was collected has been dealt with; it lies, where it did not tell, in the record
+  /// of `file` that was read last.
+  void settle(const TextInput* file);
+  /// The same with the place in `file`.
+  void settle(const TextInput& file, std::size_t place);
+  /// Doubts whether the first record of `file` that takes more than one line is meant to.
+  void look_at_length(const TextInput& file);
+
   /// One record on the log.
   template <class... Items>
   void line(const Items&... values) {
@@ -102,6 +117,15 @@ class Log {
     const auto [text, is_new] = warnings_.insert(items("%%% warning :", values...));
     if (is_new) write_line(*text);
   }
+  /// A warning of several records, the first headed by "%%% warning".
+  template <class... Lines>
+  void warning(const Lines&... lines) {
+    if (collects()) {
+      take_doubt({std::string(lines)...});
+    } else {
+      (write_line(lines), ...);
+    }
+  }
   /// One record on standard output.
   template <class... Items>
   void screen(const Items&... values) {
@@ -113,9 +137,15 @@ class Log {
   /// Ends the run in order: writes the given lines and throws Failure.
   template <class... Lines>
   [[noreturn]] void fail(const Lines&... lines) {
-    (write_line(lines), ...);
+    if (collects()) {
+      take_fault({std::string(lines)...});
+    } else {
+      (write_line(lines), ...);
+    }
     unwind();
   }
+  /// The same with lines that are counted while the program runs.
+  [[noreturn]] void fail_with(const std::vector<std::string>& lines);
   /// As fail, headed by "### error : data error".
   template <class... Lines>
   [[noreturn]] void data_error(const Lines&... lines) {
@@ -125,8 +155,13 @@ class Log {
   /// record of `file` could not be read.
   template <class... Lines>
   [[noreturn]] void read_error(const TextInput& file, const Lines&... lines) {
-    write_read_fault(file);
-    fail(lines...);
+    fail(place_of_fault(file), lines...);
+  }
+  /// The same for a record that others follow: a log that collects passes over it and goes on.
+  template <class... Lines>
+  void lost_record(TextInput& file, const Lines&... lines) {
+    if (!collects()) read_error(file, lines...);
+    take_lost(file, {std::string(lines)...});
   }
   /// Stops on the spot: the given lines ("### program error ...", where bad input can lead there
   /// behind one that names the file and the line) go to standard output and to the log. Empty ones
@@ -138,6 +173,7 @@ class Log {
   /// The same with another process status.
   template <class... Lines>
   [[noreturn]] void stop_with(int status, const Lines&... lines) {
+    if (collects()) fail(lines...);
     (write_everywhere(lines), ...);
     failing_ = false;  // a fault kept for later gives way
     flush();
@@ -158,7 +194,10 @@ class Log {
   void write_line(std::string_view text);
   void write_screen(std::string_view text);
   void write_everywhere(std::string_view text);
-  void write_read_fault(const TextInput& file);
+  [[nodiscard]] static std::string place_of_fault(const TextInput& file);
+  void take_fault(std::vector<std::string> lines);
+  void take_doubt(std::vector<std::string> lines);
+  void take_lost(TextInput& file, std::vector<std::string> lines);
   [[noreturn]] void unwind();
 
   std::ostream& screen_;
@@ -167,6 +206,7 @@ class Log {
   std::string pending_;
   std::string line_;
   std::set<std::string> warnings_;
+  Findings* findings_ = nullptr;
   int fd_ = -1;
   bool failing_ = false;
 };
@@ -188,6 +228,38 @@ class Tag {
   std::string_view text_;
   int exceptions_;
 };
+
+/// Does `work`, the look of a reader at one item of `file` (or at something else), behind which the
+/// reader can go on. Of a run a fault in it is the end; where the log collects faults the answer is
+/// whether there was none.
+template <class Work>
+bool attempt(Log& log, const TextInput* file, Work&& work) {
+  if (!log.collects()) {
+    work();
+    return true;
+  }
+  bool good = false;
+  try {
+    work();
+    good = true;
+  } catch (const Failure&) {
+    log.settle(file);
+  }
+  if (file != nullptr) log.look_at_length(*file);
+  return good;
+}
+template <class Work>
+bool attempt(Log& log, Work&& work) {
+  return attempt(log, nullptr, work);
+}
+
+/// The same of an item that stands at `place` of `file`.
+template <class Work>
+bool attempt_at(Log& log, const TextInput& file, std::size_t place, Work&& work) {
+  const bool good = attempt(log, nullptr, work);
+  if (!good) log.settle(file, place);
+  return good;
+}
 
 /// Bytes of `rows` rows of `count` values each.
 template <class T>

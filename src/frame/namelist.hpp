@@ -78,7 +78,9 @@ class Group {
   /// table. A group that is not in the file leaves all members as they are and is not echoed;
   /// returns whether it was found. A group that cannot be read, or that never closes, fails with
   /// the group's name in lower case and the tag `reader`; a broken rule fails as a data error.
-  /// A check that must hold even when the group is absent is the caller's (`check`).
+  /// A check that must hold even when the group is absent is the caller's (`check`). Where the log
+  /// collects faults, what cannot be read is passed over, each member is checked, and one that
+  /// breaks its rule gets its default back.
   bool read(Log& log, TextInput& file, std::string_view reader = "(flw_nml_errmsg0)");
   /// Checks the members only.
   void check(Log& log) const;
@@ -93,9 +95,16 @@ class Group {
  private:
   [[noreturn]] void report(Log& log, TextInput& file, int status, std::string_view reader) const;
 
+  // The forms of a log that collects (group_check.cpp).
+  void note_asked(Log& log, const TextInput& file, std::size_t place);
+  void read_on(Log& log, TextInput& file, std::size_t place);
+  void note_fault(Log& log, const Member& member, std::vector<std::string> lines) const;
+
   std::string_view name_;
   std::vector<Member> members_;
   std::string place_;
+  std::string file_;                 // of a log that collects
+  std::vector<std::int64_t> lines_;  // and there, per member: line of its value, or of the group
 };
 
 }  // namespace frame

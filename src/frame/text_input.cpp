@@ -282,7 +282,18 @@ std::int64_t TextInput::fault_line() const {
   if (place == last_) {
     while (place > first_ && is_space(place[-1])) --place;
   }
-  return 1 + std::count(first_, place, '\n');
+  return line_of(place);
+}
+
+/// Line of a place; of places that come in their order each line end is counted once.
+std::int64_t TextInput::line_of(const char* place) const {
+  if (counted_ == nullptr || counted_ > place) {
+    counted_ = first_;
+    line_ = 0;
+  }
+  line_ += std::count(counted_, place, '\n');
+  counted_ = place;
+  return 1 + line_;
 }
 
 /// The first character of the record read last.
@@ -295,13 +306,14 @@ const char* TextInput::record_begin() const {
 bool TextInput::ran_on() const { return behind_line(record_begin(), at_) < at_; }
 
 std::int64_t TextInput::record_line() const {
+  if (record_ == nullptr) return 1;
   return line_at(static_cast<std::size_t>(record_ - first_));
 }
 
 std::int64_t TextInput::line_at(std::size_t place) const {
   const char* p = first_ + place;
   while (p < last_ && is_space(*p)) ++p;
-  return 1 + std::count(first_, p, '\n');
+  return line_of(p);
 }
 
 std::string TextInput::line_text(std::int64_t line) const {

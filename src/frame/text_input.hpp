@@ -171,6 +171,10 @@ class TextInput {
   /// begins.
   [[nodiscard]] bool ran_on() const;
   [[nodiscard]] std::int64_t record_line() const;
+  /// Goes back to where the record read last was looked for.
+  void seek_record() {
+    if (record_ != nullptr) seek(static_cast<std::size_t>(record_ - first_));
+  }
 
   /// Number of records of `fields` fields from here to the end of the text; the place is kept. A
   /// last record that is cut short counts.
@@ -195,6 +199,7 @@ class TextInput {
   }
   ReadStatus failed(const RecordScanner& scan);
   [[nodiscard]] const char* record_begin() const;
+  [[nodiscard]] std::int64_t line_of(const char* place) const;
   void skip_byte_order_mark();
   void map(int fd, std::size_t size);
   void slurp(int fd, std::size_t size);
@@ -210,6 +215,8 @@ class TextInput {
   const char* at_ = nullptr;
   const char* record_ = nullptr;  // where the last record was looked for
   const char* fault_ = nullptr;
+  mutable const char* counted_ = nullptr;  // up to here line ends were counted
+  mutable std::int64_t line_ = 0;          // so many
   const char* mapping_ = nullptr;   // start of the mapped file; null when `owned_` holds the text
   const char* released_ = nullptr;  // up to here its pages have been given back
 };

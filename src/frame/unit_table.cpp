@@ -1,5 +1,6 @@
 #include "frame/unit_table.hpp"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -30,6 +31,31 @@ TextInput& UnitTable::open_input(Log& log, int unit, const std::string& name) {
 
 void UnitTable::check_input(Log& log, const std::string& name) const {
   if (::access(path_of(name).c_str(), R_OK) != 0) cannot_open(log, name, std::strerror(errno));
+}
+
+void UnitTable::check_plain(Log& log, const std::string& name) const {
+  struct stat info {};
+  if (::stat(path_of(name).c_str(), &info) != 0) return;
+  const bool plain = S_ISREG(info.st_mode) || S_ISDIR(info.st_mode) || path_of(name) == "/dev/null";
+  if (!plain) cannot_open(log, name, "it is no plain file");
+}
+
+void UnitTable::check_output(Log& log, const std::string& name) const {
+  const std::string path = path_of(name);
+  struct stat info {};
+  if (::stat(path.c_str(), &info) == 0) {
+    if (S_ISDIR(info.st_mode)) cannot_open(log, name, std::strerror(EISDIR));
+    if (::access(path.c_str(), W_OK) != 0) cannot_open(log, name, std::strerror(errno));
+    return;
+  }
+  const std::size_t slash = path.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) cannot_open(log, name, std::strerror(errno));
+}
+
+void UnitTable::put_empty(int unit, const std::string& name) {
+  close(unit);
+  at(unit).input = std::make_unique<TextInput>(path_of(name), std::string());
 }
 
 TextInput& UnitTable::open_input_if_any(Log& log, int unit, const std::string& name) {

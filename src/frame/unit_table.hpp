@@ -70,6 +70,12 @@ class UnitTable {
   /// Ends the run in the same way where `name` cannot be read; for files that a reader opens
   /// itself.
   void check_input(Log& log, const std::string& name) const;
+  /// The same where it is there and is no file that can be read to its end.
+  void check_plain(Log& log, const std::string& name) const;
+  /// The same where a file `name` could not be opened for writing, or made; nothing is made.
+  void check_output(Log& log, const std::string& name) const;
+  /// Puts an empty file of that name into a unit.
+  void put_empty(int unit, const std::string& name);
   /// Opens a file for writing, made where it is not there, as it is where it is. The table keeps
   /// what was written to it when it is closed.
   TextOutput& open_output(Log& log, int unit, const std::string& name);
@@ -88,6 +94,7 @@ class UnitTable {
   /// ones.
   [[nodiscard]] std::vector<Written> written() const;
 
+  [[nodiscard]] bool has_input(int unit) const { return at(unit).input != nullptr; }
   [[nodiscard]] bool has_output(int unit) const { return at(unit).output != nullptr; }
   [[nodiscard]] TextInput& input(int unit) { return *at(unit).input; }
   [[nodiscard]] TextOutput& output(int unit) { return *at(unit).output; }

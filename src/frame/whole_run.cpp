@@ -27,10 +27,13 @@ void open_log(Log& log, const ProcessLayer& layer, const UnitTable& units) {
   log.open(units.path_of("log" + rank_text(layer.myrank)));
 }
 
-void check_size(Log& log, const char* name, std::int32_t value) {
+/// The sizes stand on the first line of `control`.
+void check_size(Log& log, const TextInput& control, const char* name, std::int32_t value) {
   if (value >= 1) return;
-  log.fail("### data error (flw_main00)",
-           items("global " + std::string(name) + "(=", value, ") < 1"));
+  attempt_at(log, control, 0, [&] {
+    log.fail("### data error (flw_main00)",
+             items("global " + std::string(name) + "(=", value, ") < 1"));
+  });
 }
 
 void report_normal_end(Log& log) {
@@ -57,13 +60,16 @@ GridSize read_grid_size(Log& log, TextInput& control) {
       control.read(size.ns) != ReadStatus::ok) {
     log.read_error(control, "### read error : control data");
   }
-  check_size(log, "mx", size.mx);
-  check_size(log, "my", size.my);
-  check_size(log, "mz", size.mz);
-  if (size.ns < 1) log.fail("### data error (flw_main00)", items("ns(=", size.ns, ") < 1"));
-  if (size.ns > kMostSpecies) {
-    log.fail("### data error (flw_main00)", items("ns(=", size.ns, ") > ms(=", kMostSpecies, ")"));
-  }
+  check_size(log, control, "mx", size.mx);
+  check_size(log, control, "my", size.my);
+  check_size(log, control, "mz", size.mz);
+  attempt(log, &control, [&] {
+    if (size.ns < 1) log.fail("### data error (flw_main00)", items("ns(=", size.ns, ") < 1"));
+    if (size.ns > kMostSpecies) {
+      log.fail("### data error (flw_main00)",
+               items("ns(=", size.ns, ") > ms(=", kMostSpecies, ")"));
+    }
+  });
   return size;
 }
 

@@ -288,7 +288,65 @@ void check_same_date(frame::Log& log, const Words& words, const IntDate& date,
                  items("it must be =", text(of_block)), items("line no. =", line));
 }
 
+frame::ReadStatus check_block_on(
+    frame::Log& log, frame::TextInput& file, const Words& words, const Settings& settings,
+    std::int32_t records, Counter& at, IntDate& date,
+    frame::FunctionRef<ReadStatus(std::int64_t line, std::span<std::int32_t> date)> record,
+    frame::FunctionRef<void(std::int64_t line)> check) {
+  at.amiss = false;
+  const IntDate unset = date;
+  const std::size_t first = file.tell();
+  std::int32_t count = 0;  // of the block, lost ones too
+  bool dated = false;
+  const auto read = [&](IntDate& of_record) {
+    of_record = dated ? date : unset;
+    ReadStatus status = ReadStatus::error;
+    const bool good = frame::attempt(
+        log, &file, [&] { status = record(at.line + count, on_record(settings, of_record)); });
+    return good ? status : ReadStatus::ok;  // its values are amiss, its date was read
+  };
+  IntDate of_record{};
+  for (std::size_t place = first;; place = file.tell()) {
+    const ReadStatus status = read(of_record);
+    if (status == ReadStatus::end) break;
+    if (status == ReadStatus::error) {
+      log.lost_record(file, "### read error : " + std::string(words.data) + " data");
+      ++count;
+      continue;
+    }
+    if (dated && of_record != date) {
+      // Another block begins, or this record alone has another date than its neighbours.
+      const std::size_t behind = file.tell();
+      const IntDate other = of_record;
+      IntDate next{};
+      const bool alone = read(next) == ReadStatus::ok && next == date;
+      file.seek(alone ? behind : place);
+      if (!alone) break;
+      frame::attempt_at(log, file, place,
+                        [&] { check_same_date(log, words, other, date, at.line + count); });
+      ++count;
+      continue;
+    }
+    date = of_record;
+    dated = true;
+    frame::attempt_at(log, file, place, [&] { check(at.line + count); });
+    ++count;
+  }
+  if (count == 0) return ReadStatus::end;
+  if (count == records) return ReadStatus::ok;
+  at.amiss = true;
+  frame::attempt_at(log, file, first, [&] {
+    log.data_error(items(of_data("no. of lines of a date", words.data), count),
+                   items("it must be =", records), items("date =", text(date)));
+  });
+  return ReadStatus::ok;
+}
+
 void note_record(frame::Log& log, const frame::TextInput& file, const Words& words, Counter& at) {
+  if (log.collects()) {
+    log.look_at_length(file);
+    return;
+  }
   if (at.told || !file.ran_on()) return;
   at.told = true;
   log.warn("a record of", words.data, "data takes more than one line, file", file.name() + ",",
@@ -308,13 +366,17 @@ void check_pass(frame::Log& log, frame::TextInput& file, const Words& words, std
   for (;;) {
     IntDate date{1, 1, 1, 0, 0, 0};
     at.line = at.time = units + 1;
+    const std::size_t place = file.tell();
     const ReadStatus status = check(at, date);
     if (status == ReadStatus::end) break;
     if (status == ReadStatus::error) {
-      log.read_error(file, "### read error : " + std::string(words.data) + " data");
+      log.lost_record(file, "### read error : " + std::string(words.data) + " data");
+      continue;
     }
     const double time = tsrf_module_calendar::date2sec(plain, as_reals(date));
-    check_date(log, words, at, date, time > previous);
+    const bool in_order = frame::attempt_at(
+        log, file, place, [&] { check_date(log, words, at, date, time > previous); });
+    if (!in_order) continue;
     if (units > 0) intervals.push_back(time - previous);
     previous = time;
     series.last = as_reals(date);

@@ -109,7 +109,8 @@ std::string of_data(std::string_view item, std::string_view data);
 struct Counter {
   std::int64_t line = 0;
   std::int64_t time = 0;
-  bool told = false;  ///< the log was warned of a record on more than one line
+  bool told = false;   ///< the log was warned of a record on more than one line
+  bool amiss = false;  ///< where the log collects faults: the block has too few or too many records
 };
 /// To be called behind each record that is read: warns of the first that takes more than one line.
 void note_record(frame::Log& log, const frame::TextInput& file, const Words& words, Counter& at);
@@ -142,6 +143,14 @@ frame::ReadStatus read_block(frame::Log& log, frame::TextInput& file, const Word
 void check_same_date(frame::Log& log, const Words& words, const IntDate& date,
                      const IntDate& of_block, std::int64_t line);
 
+/// The form of check_block for a log that collects faults: a block is what has one date, however
+/// many records that are, so that one record too few or too many is one fault.
+frame::ReadStatus check_block_on(
+    frame::Log& log, frame::TextInput& file, const Words& words, const Settings& settings,
+    std::int32_t records, Counter& at, IntDate& date,
+    frame::FunctionRef<frame::ReadStatus(std::int64_t line, std::span<std::int32_t> date)> record,
+    frame::FunctionRef<void(std::int64_t line)> check);
+
 /// One block in the check pass: `record(line, on_record)` reads a record, the elements of its date
 /// into the span; when the date is that of the block `check(line)` follows.
 template <class Record, class Check>
@@ -149,6 +158,9 @@ frame::ReadStatus check_block(frame::Log& log, frame::TextInput& file, const Wor
                               const Settings& settings, std::int32_t records, Counter& at,
                               IntDate& date, Record&& record, Check&& check) {
   at.line = (at.time - 1) * records + 1;
+  if (log.collects()) {
+    return check_block_on(log, file, words, settings, records, at, date, record, check);
+  }
   return read_block(log, file, words, records, [&](std::int32_t n) {
     IntDate of_record = date;
     const frame::ReadStatus status = record(at.line + n, on_record(settings, of_record));

@@ -69,7 +69,7 @@ void read_axis(frame::Log& log, frame::TextInput& file, std::string_view name, s
   const std::span<double> read =
       std::span(axis.coordinates).subspan(1, static_cast<std::size_t>(points));
   if (file.read(read) != ReadStatus::ok) log.read_error(file, "### read error : Grid data");
-  check_increase(log, name, read);
+  frame::attempt(log, &file, [&] { check_increase(log, name, read); });
   extend(axis);
 }
 
@@ -100,12 +100,16 @@ void tsrf_dummyb(frame::Log& log, frame::TextInput& file, const Sizes& sizes, Po
     const ReadStatus status = file.read(cell.i, cell.j, cell.k, std::span<double>(cell.fraction));
     if (status == ReadStatus::end) return;
     if (status == ReadStatus::error) {
-      log.read_error(file, "### error : read error in Porous file");
+      log.lost_record(file, "### error : read error in Porous file");
+      continue;
     }
-    if (outside(cell.i, sizes[0]) || outside(cell.j, sizes[1]) || outside(cell.k, sizes[2])) {
-      log.fail("### error : data error in Porous file", items("i,j,k=", cell.i, cell.j, cell.k),
-               "they are out of range");
-    }
+    const bool inside = frame::attempt(log, &file, [&] {
+      if (outside(cell.i, sizes[0]) || outside(cell.j, sizes[1]) || outside(cell.k, sizes[2])) {
+        log.fail("### error : data error in Porous file", items("i,j,k=", cell.i, cell.j, cell.k),
+                 "they are out of range");
+      }
+    });
+    if (!inside) continue;
     frame::allocating(log, "Porous data", frame::bytes_grown(porous.cells),
                       [&] { porous.cells.push_back(cell); });
   }

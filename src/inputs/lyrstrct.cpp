@@ -80,9 +80,12 @@ void lyrstrct_set_land(frame::Log& log, double dz, double zl, std::string_view p
                        const tsrf_module_patch::Data& patch, const tsrf_module_matprp::Data& matprp,
                        Data& data) {
   const frame::Tag tag(log, "(tsrf_module_lyrstrct)(lyrstrct_set_land)");
-  const Grading grading = cal_gemtrc(log, kGroundCells, dz, zl, place);
+  Grading grading{kGroundCells, 1.0};
+  frame::attempt(log, [&] { grading = cal_gemtrc(log, kGroundCells, dz, zl, place); });
   log.line("%%% nz,dz,zl in land =", grading.n, dz, zl);
-  check_cells(log, grading.n, items("dzg,zlg =", dz, zl));
+  if (!frame::attempt(log, [&] { check_cells(log, grading.n, items("dzg,zlg =", dz, zl)); })) {
+    grading = {kGroundCells, 1.0};
+  }
   std::vector<std::int32_t> shared;  // per material
   frame::allocating(log, "structure,material,building",
                     frame::bytes_of<std::int32_t>(static_cast<std::size_t>(patch.mpatch), 3), [&] {
@@ -94,7 +97,9 @@ void lyrstrct_set_land(frame::Log& log, double dz, double zl, std::string_view p
                     });
   for (std::size_t p = 0; p < patch.type.size(); ++p) {
     if (patch.type[p] != tsrf_module_patch::kLand) continue;
-    const std::int32_t m = find_material(log, patch.SurfID[p], matprp);
+    std::int32_t m = -1;
+    frame::attempt(log, [&] { m = find_material(log, patch.SurfID[p], matprp); });
+    if (m < 0) continue;
     const auto& material = matprp.materials[static_cast<std::size_t>(m)];
     data.material[p] = m;
     std::int32_t& position = shared[static_cast<std::size_t>(m)];

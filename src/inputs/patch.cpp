@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "frame/findings.hpp"
+
 namespace tsrf_module_patch {
 
 namespace {
@@ -49,10 +51,10 @@ struct Range {
     return std::min<std::int64_t>(scale(line) * cells, INT32_MAX - 1);
   }
   [[nodiscard]] std::int64_t si(const Line& line) const {
-    return line.i + scale(line) * grid_index.ox;
+    return std::min(line.i + scale(line) * grid_index.ox, std::int64_t{INT32_MAX - 1});
   }
   [[nodiscard]] std::int64_t sj(const Line& line) const {
-    return line.j + scale(line) * grid_index.oy;
+    return std::min(line.j + scale(line) * grid_index.oy, std::int64_t{INT32_MAX - 1});
   }
   [[nodiscard]] static std::int64_t sk(const Line& line) {
     return static_cast<std::int64_t>(line.k) + 1;
@@ -83,10 +85,11 @@ class Reader {
       const ReadStatus status = read_line(file, line);
       if (status == ReadStatus::end) return lines;
       if (status == ReadStatus::error) {
-        log_.read_error(file, "### read error : " + std::string(name) + " data");
+        log_.lost_record(file, "### read error : " + std::string(name) + " data");
+        stand_in(line);
       }
-      check_cell(line, name);
-      repair_area(line, name);
+      if (!frame::attempt(log_, &file, [&] { check_cell(line, name); })) line.i = line.j = 1;
+      repair_area(file, line, name);
       if (!stray_ && line.type != kTree) stray_ = {lines, line.type};
       frame::allocating(log_, "patches", frame::bytes_grown(data_.area), [&] { enter(line); });
     }
@@ -104,15 +107,24 @@ class Reader {
                     items("pid =", line.PID));
   }
 
+  /// What a lost record leaves in the list: a patch of no kind.
+  void stand_in(Line& line) {
+    const bool known = line.PID != Line{}.PID;
+    const std::int32_t PID = known ? line.PID : log_.findings().stand_in();
+    line = Line{};
+    line.PID = PID;
+    line.k = 0;
+    line.type = kOther;
+  }
+
   /// A patch without area keeps its place in the list but takes no part in any sum.
-  void repair_area(Line& line, std::string_view name) {
+  void repair_area(const frame::TextInput& file, Line& line, std::string_view name) {
     if (line.area > 0.0) return;
     if (repaired_ < kReportedAreas) {
       ++repaired_;
-      log_.line("%%% warning : invalid data");
-      log_.line(of_data("area", name), line.area);
-      log_.line("it must be > 0");
-      log_.line("pid =", line.PID);
+      log_.warning("%%% warning : invalid data", items(of_data("area", name), line.area),
+                   "it must be > 0", items("pid =", line.PID));
+      if (log_.collects()) log_.settle(&file);
     }
     line.area = kLeastArea;
   }
@@ -155,9 +167,11 @@ void shift_tree_patches(frame::Log& log, Data& data) {
                               std::abs(face[2] - data.nz[p]);
     const bool is_face = BndC >= 1 && BndC <= 6;
     if (!is_face || difference > 1e-6) {
-      log.data_error(items("BndC in TreePatch data =", BndC),
-                     items("nx,ny,nz in TreePatch data =", data.nx[p], data.ny[p], data.nz[p]),
-                     "they are not consistent");
+      frame::attempt(log, [&] {
+        log.data_error(items("BndC in TreePatch data =", BndC),
+                       items("nx,ny,nz in TreePatch data =", data.nx[p], data.ny[p], data.nz[p]),
+                       "they are not consistent");
+      });
     }
     data.si[p] += face[0];
     data.sj[p] += face[1];
@@ -174,7 +188,9 @@ void check_types(frame::Log& log, const Data& data,
   if (tree_lines == 0) return;
   const auto report = [&](std::int32_t m, std::int32_t type, std::string_view rule) {
     const std::int32_t wanted = kTree;
-    log.data_error(items("m,type(m) in Patch data =", m + 1, type), items(rule, wanted));
+    frame::attempt(log, [&] {
+      log.data_error(items("m,type(m) in Patch data =", m + 1, type), items(rule, wanted));
+    });
   };
   for (std::int32_t m = 0; m < data.patch_lines; ++m) {
     if (data.type[static_cast<std::size_t>(m)] == kTree) report(m, kTree, "it must be /=");
@@ -199,11 +215,12 @@ void read_patch(frame::Log& log, frame::TextInput& patch_file, frame::TextInput&
   check_types(log, data, reader.stray());
   frame::allocating(log, "PID", frame::bytes_of<std::int32_t>(data.PID.size(), 2),
                     [&] { data.by_pid = frame::CodeIndex(data.PID); });
-  if (const auto& repeat = data.by_pid.repeat()) {
-    log.data_error(items("PID in Patch data =", data.PID[static_cast<std::size_t>(repeat->second)]),
+  const auto report = [&](std::size_t first, std::size_t second) {
+    log.data_error(items("PID in Patch data =", data.PID[second]),
                    "it is specified redundantly in line no. n1 & n2",
-                   items("n1,n2 =", repeat->first + 1, repeat->second + 1));
-  }
+                   items("n1,n2 =", first + 1, second + 1));
+  };
+  frame::report_repeats(log, data.by_pid, data.PID, report);
 }
 
 void list_arrays(const Data& data, frame::ArrayList& list) {

@@ -35,12 +35,18 @@ constexpr std::array<Rule, kColumns> kRules{{
     {"wext", not_negative, "it must be >= 0"},
 }};
 
-void check_line(frame::Log& log, std::int32_t code, const Values& values) {
+/// What stands for a value that breaks its rule where the reader goes on.
+constexpr Values kHarmless{0.2, 0.9, 0.0, 1000.0, 1000.0, 1e-6, 0.0};
+
+void check_line(frame::Log& log, const frame::TextInput& file, std::int32_t code, Values& values) {
   for (std::size_t column = 0; column < kColumns; ++column) {
     const Rule& rule = kRules[column];
     if (rule.good(values[column])) continue;
-    log.data_error(items(std::string(rule.name) + " in SurfProp data =", values[column]),
-                   rule.words, items("surfcd =", code));
+    frame::attempt(log, &file, [&] {
+      log.data_error(items(std::string(rule.name) + " in SurfProp data =", values[column]),
+                     rule.words, items("surfcd =", code));
+    });
+    values[column] = kHarmless[column];
   }
 }
 
@@ -55,17 +61,21 @@ void enter(const Values& v, Data& data) {
 
 void read_lines(frame::Log& log, frame::TextInput& file, Data& data) {
   file.pass_title(log, 1 + kColumns);
-  for (;; ++data.n) {
+  for (;;) {
     std::int32_t code = 0;
     Values values{};
     const ReadStatus status = file.read(code, std::span<double>(values));
     if (status == ReadStatus::end) return;
-    if (status == ReadStatus::error) log.read_error(file, "### read error : SurfProp data");
-    check_line(log, code, values);
+    if (status == ReadStatus::error) {
+      log.lost_record(file, "### read error : SurfProp data");
+      continue;
+    }
+    check_line(log, file, code, values);
     frame::allocating(log, "surface properties", frame::bytes_grown(data.alb), [&] {
       data.SurfCD.push_back(code);
       enter(values, data);
     });
+    ++data.n;
   }
 }
 
@@ -92,12 +102,12 @@ void read_srfprp(frame::Log& log, frame::TextInput& file, Data& data) {
     read.by_code = frame::CodeIndex(read.SurfCD);
     enter_extra_rows(read);
   });
-  if (const auto& repeat = read.by_code.repeat()) {
-    log.data_error(
-        items("SurfCD in SurfProp data =", read.SurfCD[static_cast<std::size_t>(repeat->second)]),
-        "it is specified redundantly in line no. n1 & n2",
-        items("n1,n2 =", repeat->first + 1, repeat->second + 1));
-  }
+  const auto report = [&](std::size_t first, std::size_t second) {
+    log.data_error(items("SurfCD in SurfProp data =", read.SurfCD[second]),
+                   "it is specified redundantly in line no. n1 & n2",
+                   items("n1,n2 =", first + 1, second + 1));
+  };
+  frame::report_repeats(log, read.by_code, read.SurfCD, report);
   const bool is_reread = data.n > 0;
   if (is_reread && read.SurfCD != data.SurfCD) log.fail("### error : invalid multi-day data");
   data = std::move(read);

@@ -53,12 +53,15 @@ frame::ReadStatus read_line(frame::TextInput& file, dated_series::IntDate& date,
                    std::span<double>(data.line));
 }
 
-void check_line(frame::Log& log, const Line& line, std::int64_t number) {
+void check_line(frame::Log& log, const frame::TextInput& file, const Line& line,
+                std::int64_t number) {
   for (std::size_t item = 0; item < kItems; ++item) {
     const Column& column = kColumns[item];
     if (column.good(line[item])) continue;
-    log.data_error(items(dated_series::of_data(column.name, kWords.data), line[item]), column.rule,
-                   items("line no. =", number));
+    frame::attempt(log, &file, [&] {
+      log.data_error(items(dated_series::of_data(column.name, kWords.data), line[item]),
+                     column.rule, items("line no. =", number));
+    });
   }
 }
 
@@ -81,12 +84,14 @@ struct Given {
 };
 
 void check_given(frame::Log& log, const Given& given) {
-  if (given.SunJdn != given.SunJsh) {
-    log.data_error(given.SunJdn ? "lack of SunJsh in Weather data"
-                                : "lack of SunJdn in Weather data");
-  }
-  if (given.SunRad && given.SunJdn) log.data_error("SunJdn in Weather data can not be specified");
-  if (!given.SunRad && !given.SunJdn) log.data_error("lack of SunRad in Weather data");
+  frame::attempt(log, [&] {
+    if (given.SunJdn != given.SunJsh) {
+      log.data_error(given.SunJdn ? "lack of SunJsh in Weather data"
+                                  : "lack of SunJdn in Weather data");
+    }
+    if (given.SunRad && given.SunJdn) log.data_error("SunJdn in Weather data can not be specified");
+    if (!given.SunRad && !given.SunJdn) log.data_error("lack of SunRad in Weather data");
+  });
   if (given.AtmJsh && given.last_gap_line > 0) {
     log.data_error(items("AtmJsh in Weather data =", given.last_gap), "it must be > 0",
                    items("line no. =", given.last_gap_line));
@@ -131,7 +136,7 @@ void check_data(frame::Log& log, frame::TextInput& file, Data& data) {
     const frame::ReadStatus status = read_line(file, date, data);
     if (status == frame::ReadStatus::ok) {
       dated_series::note_record(log, file, kWords, at);
-      check_line(log, data.line, at.line);
+      check_line(log, file, data.line, at.line);
       given.note(data.line, at.line);
     }
     return status;

@@ -42,7 +42,10 @@ std::int32_t water_patch(frame::Log& log, const tsrf_module_patch::Data& patch, 
 void check_all_given(frame::Log& log, const tsrf_module_patch::Data& patch, const Data& data) {
   for (std::size_t p = 0; p < patch.PID.size(); ++p) {
     if (patch.type[p] != tsrf_module_patch::kWater || data.by_pid.find(patch.PID[p]) >= 0) continue;
-    log.data_error(items("PID in Patch data =", patch.PID[p]), "it is not defined WaterTemp data");
+    frame::attempt(log, [&] {
+      log.data_error(items("PID in Patch data =", patch.PID[p]),
+                     "it is not defined WaterTemp data");
+    });
   }
 }
 
@@ -75,8 +78,10 @@ void check_temperatures(frame::Log& log, std::span<const double> line, std::int6
 void check_counts(frame::Log& log, const Data& data, std::int64_t time) {
   for (std::size_t n = 0; n < data.PID.size(); ++n) {
     if (data.counts[n] <= 1) continue;
-    log.data_error(items("PID in WaterTemp data =", data.PID[n]), "duplicated data for this PID",
-                   items("time no. =", time));
+    frame::attempt(log, [&] {
+      log.data_error(items("PID in WaterTemp data =", data.PID[n]), "duplicated data for this PID",
+                     items("time no. =", time));
+    });
   }
 }
 
@@ -128,11 +133,15 @@ void read_wtrtmp(frame::Log& log, frame::TextInput& file, const tsrf_module_patc
     IntDate date = first;
     const ReadStatus status =
         read_line(file, dated_series::on_record(data.series.settings, date), line, data);
-    if (status == ReadStatus::error) log.read_error(file, "### read error : WaterTemp data");
+    if (status == ReadStatus::error) {
+      log.lost_record(file, "### read error : WaterTemp data");
+      continue;
+    }
     if (data.PID.empty()) first = date;
     if (status == ReadStatus::end || date != first) break;
-    data.patch.push_back(water_patch(log, patch, line.PID));
-    data.PID.push_back(line.PID);
+    const bool known = frame::attempt(
+        log, &file, [&] { data.patch.push_back(water_patch(log, patch, line.PID)); });
+    if (known) data.PID.push_back(line.PID);
   }
   data.by_pid = frame::CodeIndex(data.PID);
   data.counts.assign(data.PID.size(), 0);
@@ -159,7 +168,8 @@ void check_data(frame::Log& log, frame::TextInput& file, const tsrf_module_patch
   };
   const auto take = [&](std::int64_t) {
     water_patch(log, patch, line.PID);
-    ++data.counts[static_cast<std::size_t>(data.by_pid.find(line.PID))];
+    const std::int32_t n = data.by_pid.find(line.PID);
+    if (n >= 0) ++data.counts[static_cast<std::size_t>(n)];
   };
   const auto check = [&](dated_series::Counter& at, IntDate& date) {
     std::fill(data.counts.begin(), data.counts.end(), 0);

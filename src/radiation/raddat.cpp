@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "frame/findings.hpp"
 #include "frame/namelist.hpp"
 
 namespace tsrf_module_raddat {
@@ -21,14 +22,18 @@ IndexLines read_index_lines(frame::Log& log, frame::TextInput& file, std::int32_
   file.pass_title(log, 3);
   const std::size_t count = file.count_records(3);
   if (count != static_cast<std::size_t>(mpatch)) {
-    log.data_error(frame::items("no. of PIDs in PatchIndex data =", count),
-                   "it must be = no. of PIDs in Patch data");
+    frame::attempt(log, [&] {
+      log.data_error(frame::items("no. of PIDs in PatchIndex data =", count),
+                     "it must be = no. of PIDs in Patch data");
+    });
+    if (count == 0) log.fail();
   }
   IndexLines lines{std::vector<std::int32_t>(count), std::vector<std::int32_t>(count)};
   std::string rank;
   for (std::size_t n = 0; n < count; ++n) {
     if (file.read(rank, lines.PID[n], lines.PgID[n]) != frame::ReadStatus::ok) {
-      log.read_error(file, "### read error : PatchIndex data");
+      log.lost_record(file, "### read error : PatchIndex data");
+      lines.PID[n] = lines.PgID[n] = log.findings().stand_in();
     }
   }
   return lines;
@@ -59,22 +64,29 @@ std::vector<std::int32_t> lines_of_patches(frame::Log& log, const tsrf_module_pa
   std::vector<std::int32_t> line_of(patch.PID.size(), -1);
   for (std::size_t n = 0; n < lines.PID.size(); ++n) {
     if (lines.PgID[n] == 0) {
-      log.data_error("PgID in PatchIndex data = 0", "it must be != 0");
+      frame::attempt(log,
+                     [&] { log.data_error("PgID in PatchIndex data = 0", "it must be != 0"); });
     }
     const std::int32_t i = patch.by_pid.find(lines.PID[n]);
     if (i < 0) continue;
     std::int32_t& line = line_of[static_cast<std::size_t>(i)];
     if (line >= 0) {
-      log.data_error(frame::items("PID in PatchIndex data =", lines.PID[n]),
-                     "it is specified redundantly in line no. n1 & n2",
-                     frame::items("n1,n2 =", line + 1, n + 1));
+      frame::attempt(log, [&] {
+        log.data_error(frame::items("PID in PatchIndex data =", lines.PID[n]),
+                       "it is specified redundantly in line no. n1 & n2",
+                       frame::items("n1,n2 =", line + 1, n + 1));
+      });
+      continue;
     }
     line = static_cast<std::int32_t>(n);
   }
   for (std::size_t i = 0; i < line_of.size(); ++i) {
     if (line_of[i] >= 0) continue;
-    log.data_error(frame::items("PID in Patch data =", patch.PID[i]),
-                   "it is not defined in PatchIndex data");
+    frame::attempt(log, [&] {
+      log.data_error(frame::items("PID in Patch data =", patch.PID[i]),
+                     "it is not defined in PatchIndex data");
+    });
+    line_of[i] = 0;
   }
   return line_of;
 }
@@ -175,12 +187,15 @@ void read_pgidprd(frame::Log& log, frame::TextInput& file, Data& data) {
   std::int32_t p = 0;
   std::int32_t q = 0;
   frame::ReadStatus status = frame::ReadStatus::end;
-  while ((status = file.read(p, q)) == frame::ReadStatus::ok) {
-    const std::int32_t first = known(p);
-    data.prd.emplace_back(first, known(q));
-  }
-  if (status == frame::ReadStatus::error) {
-    log.read_error(file, "### read error : PgidPrd data");
+  while ((status = file.read(p, q)) != frame::ReadStatus::end) {
+    if (status == frame::ReadStatus::error) {
+      log.lost_record(file, "### read error : PgidPrd data");
+      continue;
+    }
+    frame::attempt(log, &file, [&] {
+      const std::int32_t first = known(p);
+      data.prd.emplace_back(first, known(q));
+    });
   }
 }
 

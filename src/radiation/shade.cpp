@@ -1,5 +1,6 @@
 #include "radiation/shade.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "radiation/shade_lines.hpp"
@@ -59,6 +60,41 @@ void check_data(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
                                      [](std::int64_t) {});
   };
   dated_series::check_pass(log, file, kWords, kColumns, check, data.series);
+}
+
+std::vector<LitBlock> survey(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
+                             const tsrf_module_patch::Data& patch, Data& data) {
+  const frame::Tag tag(log, "(tsrf_module_shade)(check_data)");
+  const dated_series::Settings& settings = data.series.settings;
+  const auto mpatch = static_cast<std::size_t>(patch.mpatch);
+  std::vector<LitBlock> blocks;
+  std::vector<float> row(mpatch);
+  data.seen.assign(mpatch, 0);
+  Line line;
+  std::size_t place = 0;
+  const auto read = [&](std::int64_t, std::span<std::int32_t> date) {
+    place = file.tell();
+    return read_line(file, date, line);
+  };
+  const auto check = [&](dated_series::Counter& at, IntDate& date) {
+    const std::int32_t block = ++data.blocks_read;
+    const std::size_t first = file.tell();
+    ReadStatus status = ReadStatus::ok;
+    if (!take_plain_block(crew, file, patch, dated_series::on_record(settings, date),
+                          std::span(row))) {
+      const auto take = [&](std::int64_t number) {
+        enter(log, file, place, patch, line, static_cast<std::size_t>(number - at.line), block,
+              kWords.query, std::span(data.seen), std::span(row));
+      };
+      status = dated_series::check_block(log, file, kWords, settings, patch.mpatch, at, date, read,
+                                         take);
+    }
+    const bool lit = std::ranges::any_of(row, [](float fraction) { return fraction > 0.0F; });
+    if (status == ReadStatus::ok) blocks.push_back({date, lit, first});
+    return status;
+  };
+  dated_series::check_pass(log, file, kWords, kColumns, check, data.series);
+  return blocks;
 }
 
 void set_shade_oneday(frame::Log& log, frame::Crew& crew, frame::TextInput& file, double time,

@@ -78,6 +78,15 @@ void set_shade(frame::Log& log, frame::Crew& crew, frame::TextInput* file, doubl
 /// The check pass of the repeating-day form, run by the first query.
 void check_data(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
                 const tsrf_module_patch::Data& patch, Data& data);
+/// What a block of the Sun data says of its hour.
+struct LitBlock {
+  dated_series::IntDate date;
+  bool lit;           ///< some patch has sun
+  std::size_t place;  ///< in the file
+};
+/// The check pass with a look at the fractions as well, for a check of all files.
+std::vector<LitBlock> survey(frame::Log& log, frame::Crew& crew, frame::TextInput& file,
+                             const tsrf_module_patch::Data& patch, Data& data);
 /// The repeating-day form: interpolates between the blocks round `time`. A block has one line for
 /// every patch; fractions beyond 0..1 are taken as 0 or 1.
 void set_shade_oneday(frame::Log& log, frame::Crew& crew, frame::TextInput& file, double time,

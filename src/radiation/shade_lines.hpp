@@ -45,7 +45,7 @@ void enter(frame::Log& log, const frame::TextInput& file, std::size_t place,
            std::int32_t block, std::string_view routine, std::span<std::int32_t> seen,
            std::span<Real> row) {
   // As a rule the lines come in the order of the patches.
-  const bool in_order = patch.PID[n] == line.PID;
+  const bool in_order = n < patch.PID.size() && patch.PID[n] == line.PID;
   const auto p = in_order ? n : static_cast<std::size_t>(patch.by_pid.find(line.PID));
   if (p >= seen.size() || seen[p] == block) {
     log.program_error(file.line_text(file.line_at(place)),

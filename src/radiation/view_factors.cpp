@@ -113,9 +113,12 @@ void take_rows(frame::Log& log, frame::Crew& crew, frame::TextInput& file, const
     const auto status = read();
     if (status == frame::ReadStatus::end) break;
     if (status == frame::ReadStatus::error) {
-      log.read_error(file, "### read error : FormFactor data");
+      log.lost_record(file, "### read error : FormFactor data");
+      ++line;
+      continue;
     }
-    take_row(log, data, row, ++line, groups, table);
+    ++line;
+    frame::attempt(log, &file, [&] { take_row(log, data, row, line, groups, table); });
   }
   if (line == 0) log.data_error("lack of FormFactor data");
 }
@@ -124,13 +127,13 @@ void check_given_sky(frame::Log& log, const Data& data, const Groups& groups) {
   for (std::size_t g = 0; g < groups.sky.size(); ++g) {
     const std::string id = frame::items("SrcPgID of FormFactor data =", data.PgID[g]);
     if (groups.sky_line[g] == 0) {
-      log.line("%%% warning : data error");
-      log.line(id);
-      log.line("it does not have view factor of sky");
+      log.warning("%%% warning : data error", id, "it does not have view factor of sky");
     }
     const double sum = groups.sky[g] + groups.sum[g];
     if (sum > kGreatestSum) {
-      log.data_error(id, frame::items("sum of view factor =", sum), "it must be < 1.01");
+      frame::attempt(log, [&] {
+        log.data_error(id, frame::items("sum of view factor =", sum), "it must be < 1.01");
+      });
     }
   }
 }
@@ -139,8 +142,10 @@ void check_given_sky(frame::Log& log, const Data& data, const Groups& groups) {
 void find_sky(frame::Log& log, const Data& data, Groups& groups) {
   for (std::size_t g = 0; g < groups.sky.size(); ++g) {
     if (groups.sky_line[g] != 0) {
-      log.data_error(frame::items("SrcPgID of FormFactor data =", data.PgID[g]),
-                     "it has view factor of sky");
+      frame::attempt(log, [&] {
+        log.data_error(frame::items("SrcPgID of FormFactor data =", data.PgID[g]),
+                       "it has view factor of sky");
+      });
     }
     groups.sky[g] = std::clamp(1.0 - groups.sum[g], 0.0, 1.0);
   }

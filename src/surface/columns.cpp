@@ -129,9 +129,12 @@ void tsrf_set_gdata(frame::Log& log, const tsrf_module_patch::Data& patch,
     if (columns[s].cells.empty()) {
       frame::allocating(
           log, "cells of a column",
-          frame::bytes_of<Cell>(static_cast<std::size_t>(lyrstrct.structures[s].cells())),
-          [&] { columns[s] = column_of(log, lyrstrct.structures[s], srfprp); });
+          frame::bytes_of<Cell>(static_cast<std::size_t>(lyrstrct.structures[s].cells())), [&] {
+            frame::attempt(log,
+                           [&] { columns[s] = column_of(log, lyrstrct.structures[s], srfprp); });
+          });
     }
+    if (columns[s].cells.empty()) continue;
     put_column(p, columns[s], data);
   }
   for (std::size_t p = 0; p < patch.type.size(); ++p) {

@@ -237,11 +237,12 @@ void warn_of_implicit(frame::Log& log, double dt, const tsrf_module_patch::Data&
   if (worst == nullptr) return;
   const Kind& kind = work.kinds[worst->kind];
   const std::size_t p = work.order[worst->first];
-  log.line("%%% warning :", columns, "columns of", area, "m2 are implicit at dtmax =", dt,
-           "s; their surfaces act as if they had more heat capacity");
-  log.line("%%% the most : PID =", patch.PID[p], "SurfID =", patch.SurfID[p], ":",
-           kind.surface_gcond * dt,
-           "J/m2 K; explicit up to dtmax =", kExplicitLimit / kind.stiffness, "s");
+  using frame::items;
+  log.warning(items("%%% warning :", columns, "columns of", area, "m2 are implicit at dtmax =", dt,
+                    "s; their surfaces act as if they had more heat capacity"),
+              items("%%% the most : PID =", patch.PID[p], "SurfID =", patch.SurfID[p], ":",
+                    kind.surface_gcond * dt,
+                    "J/m2 K; explicit up to dtmax =", kExplicitLimit / kind.stiffness, "s"));
 }
 
 void solid1d(frame::Crew& crew, double dt, const frame::PatchTable<double>& qlayer,

@@ -224,10 +224,11 @@ bool in_order(const Place& a, const Place& b);
 void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
               const jmk_module_data::Data& cells, const tsrf_module_patch::Data& patch, Data& data);
 
-/// The first of the tree patches that covers no outer face of its own. `layers` are those of the
-/// surfaces' grid, `blocks` the coarse cells with leaves, in order.
-PatchFault fault_of(const tsrf_module_patch::Data& patch, const FineGrid& grid, std::int32_t layers,
-                    const std::vector<Place>& blocks);
+/// The first of the tree patches that covers no outer face of its own; a log that collects is told
+/// of all. `layers` are those of the surfaces' grid, `blocks` the coarse cells with leaves, in
+/// order.
+PatchFault fault_of(frame::Log& log, const tsrf_module_patch::Data& patch, const FineGrid& grid,
+                    std::int32_t layers, const std::vector<Place>& blocks);
 
 /// Finds the faces that the tree patches cover and the places of the other patches in the beam.
 void place_patches(const tsrf_module_patch::Data& patch, Data& data);

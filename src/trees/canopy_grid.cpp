@@ -11,6 +11,7 @@ namespace tsrf_module_jumoku {
 namespace {
 
 [[noreturn]] void fault_of_grid(frame::Log& log, std::string_view what) {
+  if (log.collects()) log.data_error(what);
   log.line("### error : data error");
   log.line(what);
   log.program_error("### program error -1- (tsrf_module_jumoku)", "(set_grid)");
@@ -136,7 +137,7 @@ void set_grid(frame::Log& log, const tsrf_main01::Grid& surfaces,
     }
     FineGrid grid = fine_grid(log, *axes, NDIV, cells.highest_layer);
     // Before a grid that is too fine takes memory that the patches do not ask for.
-    data.fault = fault_of(patch, grid, (*axes)[2].cells, blocks);
+    data.fault = fault_of(log, patch, grid, (*axes)[2].cells, blocks);
     if (data.fault.kind != PatchFault::none) return;
     data.grid = std::move(grid);
     list_cells(data.grid, blocks, data.cells);

@@ -54,6 +54,18 @@ void place_tree_patches(const tsrf_module_patch::Data& patch, Data& data) {
   }
 }
 
+[[noreturn]] void report(frame::Log& log, const tsrf_module_patch::Data& patch,
+                         const PatchFault& fault) {
+  const auto p = static_cast<std::size_t>(fault.patch);
+  if (fault.kind == PatchFault::out_of_range) {
+    log.data_error("TreePatch data is out of range",
+                   items("i,j,k,bcd=", patch.si[p], patch.sj[p], patch.sk[p], patch.SurfID[p]));
+  }
+  const frame::Tag tag(log, "(check02)");
+  log.data_error("TreePatch data is invalid -2-",
+                 items("i,j,k,dir=", patch.si[p], patch.sj[p], patch.sk[p], patch.SurfID[p]));
+}
+
 /// Joins the tree patches of one coarse face, for the parts of it that no patch covers.
 void group_by_coarse_face(const tsrf_module_patch::Data& patch, Data& data) {
   using CoarseFace = std::pair<Place, std::int32_t>;
@@ -88,29 +100,35 @@ void group_by_coarse_face(const tsrf_module_patch::Data& patch, Data& data) {
 
 }  // namespace
 
-PatchFault fault_of(const tsrf_module_patch::Data& patch, const FineGrid& grid, std::int32_t layers,
-                    const std::vector<Place>& blocks) {
+PatchFault fault_of(frame::Log& log, const tsrf_module_patch::Data& patch, const FineGrid& grid,
+                    std::int32_t layers, const std::vector<Place>& blocks) {
   std::set<std::pair<Place, std::int32_t>> covered;
-  for (std::size_t p = 0; p < patch.type.size(); ++p) {
-    if (patch.type[p] != tsrf_module_patch::kTree) continue;
-    const auto position = static_cast<std::int32_t>(p);
+  const auto kind_of = [&](std::size_t p) {
     if (patch.SurfID[p] < 1 || patch.SurfID[p] > static_cast<std::int32_t>(kFaces)) {
-      return {PatchFault::out_of_range, position};
+      return PatchFault::out_of_range;
     }
     const Place cell = leaf_side(patch, p);
-    if (!in_grid(cell, grid, layers)) return {PatchFault::out_of_range, position};
+    if (!in_grid(cell, grid, layers)) return PatchFault::out_of_range;
     Place air = cell;
     air[axis_of(face_of(patch, p))] += outward(face_of(patch, p));
     const bool is_outer = in_blocks(cell, grid, blocks) && !in_blocks(air, grid, blocks);
     if (!is_outer || !covered.emplace(cell, patch.SurfID[p]).second) {
-      return {PatchFault::no_outer_face, position};
+      return PatchFault::no_outer_face;
     }
     const double area = grid.face_area(cell, axis_of(face_of(patch, p)));
-    if (std::fabs(patch.area[p] - area) > kAreaTolerance * area) {
-      return {PatchFault::no_outer_face, position};
-    }
+    const bool fits = std::fabs(patch.area[p] - area) <= kAreaTolerance * area;
+    return fits ? PatchFault::none : PatchFault::no_outer_face;
+  };
+  PatchFault first;
+  for (std::size_t p = 0; p < patch.type.size(); ++p) {
+    if (patch.type[p] != tsrf_module_patch::kTree) continue;
+    const PatchFault fault{kind_of(p), static_cast<std::int32_t>(p)};
+    if (fault.kind == PatchFault::none) continue;
+    if (!log.collects()) return fault;
+    frame::attempt(log, [&] { report(log, patch, fault); });
+    if (first.kind == PatchFault::none) first = fault;
   }
-  return {};
+  return first;
 }
 
 void place_patches(const tsrf_module_patch::Data& patch, Data& data) {
@@ -134,15 +152,7 @@ void warn_of_bare_faces(frame::Log& log, const Data& data) {
 }
 
 void check02(frame::Log& log, const tsrf_module_patch::Data& patch, const Data& data) {
-  if (data.fault.kind == PatchFault::none) return;
-  const auto p = static_cast<std::size_t>(data.fault.patch);
-  if (data.fault.kind == PatchFault::out_of_range) {
-    log.data_error("TreePatch data is out of range",
-                   items("i,j,k,bcd=", patch.si[p], patch.sj[p], patch.sk[p], patch.SurfID[p]));
-  }
-  const frame::Tag tag(log, "(check02)");
-  log.data_error("TreePatch data is invalid -2-",
-                 items("i,j,k,dir=", patch.si[p], patch.sj[p], patch.sk[p], patch.SurfID[p]));
+  if (data.fault.kind != PatchFault::none) report(log, patch, data.fault);
 }
 
 }  // namespace tsrf_module_jumoku

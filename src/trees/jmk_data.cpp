@@ -21,14 +21,19 @@ std::vector<LeafCell> read_lines(frame::Log& log, frame::TextInput& file,
   LeafCell line{};
   file.pass_title(log, 4);
   frame::ReadStatus status{};
-  while ((status = file.read(line.i, line.j, line.k, line.TreeID)) == frame::ReadStatus::ok) {
-    if (!area.holds(line.i, line.j) || line.k < 0 || line.k >= layers) {
-      log.data_error(items("i,j,k of LAD data=", line.i, line.j, line.k), "they are out of range");
+  while ((status = file.read(line.i, line.j, line.k, line.TreeID)) != frame::ReadStatus::end) {
+    if (status == frame::ReadStatus::error) {
+      log.lost_record(file, "### read error : LAD data");
+      continue;
     }
+    const bool inside = frame::attempt(log, &file, [&] {
+      if (area.holds(line.i, line.j) && line.k >= 0 && line.k < layers) return;
+      log.data_error(items("i,j,k of LAD data=", line.i, line.j, line.k), "they are out of range");
+    });
+    if (!inside) continue;
     // Like patches, leaves are stored one layer above the k of their file.
     lines.push_back({area.grid_i(line.i), area.grid_j(line.j), line.k + 1, line.TreeID});
   }
-  if (status == frame::ReadStatus::error) log.read_error(file, "### read error : LAD data");
   return lines;
 }
 
@@ -37,14 +42,17 @@ void put_in_order(frame::Log& log, std::vector<LeafCell>& cells) {
   std::stable_sort(cells.begin(), cells.end(),
                    [](const LeafCell& a, const LeafCell& b) { return place(a) < place(b); });
   const auto same_place = [](const LeafCell& a, const LeafCell& b) { return place(a) == place(b); };
-  const auto two_kinds =
-      std::adjacent_find(cells.begin(), cells.end(), [&](const LeafCell& a, const LeafCell& b) {
-        return same_place(a, b) && a.TreeID != b.TreeID;
-      });
-  if (two_kinds != cells.end()) {
-    log.data_error(items("i,j,k of LAD data=", two_kinds->i, two_kinds->j, two_kinds->k - 1),
-                   "two TreeID are specified",
-                   items("treeid =", two_kinds->TreeID, (two_kinds + 1)->TreeID));
+  const auto of_two_kinds = [&](const LeafCell& a, const LeafCell& b) {
+    return same_place(a, b) && a.TreeID != b.TreeID;
+  };
+  auto two_kinds = std::adjacent_find(cells.begin(), cells.end(), of_two_kinds);
+  while (two_kinds != cells.end()) {
+    frame::attempt(log, [&] {
+      log.data_error(items("i,j,k of LAD data=", two_kinds->i, two_kinds->j, two_kinds->k - 1),
+                     "two TreeID are specified",
+                     items("treeid =", two_kinds->TreeID, (two_kinds + 1)->TreeID));
+    });
+    two_kinds = std::adjacent_find(two_kinds + 1, cells.end(), of_two_kinds);
   }
   cells.erase(std::unique(cells.begin(), cells.end(), same_place), cells.end());
 }

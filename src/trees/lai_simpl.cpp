@@ -28,7 +28,7 @@ Plan read_plan(frame::Log& log, frame::TextInput& file, const jmk::ModelArea& ar
   std::int32_t i = 0, j = 0;
   PlanTree tree;
   frame::ReadStatus status{};
-  while ((status = file.read(i, j, tree.LAD, tree.H)) == frame::ReadStatus::ok) {
+  const auto take = [&] {
     if (!area.holds(i, j)) {
       log.data_error(items("i,j of simple-LAD data=", i, j), "they are out of range");
     }
@@ -43,9 +43,13 @@ Plan read_plan(frame::Log& log, frame::TextInput& file, const jmk::ModelArea& ar
     if (!plan.emplace(std::pair(area.grid_i(i), area.grid_j(j)), tree).second) {
       log.data_error(items("duplicated i,j of simple-LAD data=", i, j));
     }
-  }
-  if (status == frame::ReadStatus::error) {
-    log.read_error(file, "### read error : LAD_simple data");
+  };
+  while ((status = file.read(i, j, tree.LAD, tree.H)) != frame::ReadStatus::end) {
+    if (status == frame::ReadStatus::error) {
+      log.lost_record(file, "### read error : LAD_simple data");
+    } else {
+      frame::attempt(log, &file, take);
+    }
   }
   return plan;
 }

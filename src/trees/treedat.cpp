@@ -17,28 +17,31 @@ Data read_lines(frame::Log& log, frame::TextInput& file) {
   double lad = 0.0;
   file.pass_title(log, 2);
   frame::ReadStatus status{};
-  while ((status = file.read(TreeID, lad)) == frame::ReadStatus::ok) {
-    if (!(lad > 0.0) || lad > jmk::kMostOfLeaves) {
+  while ((status = file.read(TreeID, lad)) != frame::ReadStatus::end) {
+    if (status == frame::ReadStatus::error) {
+      log.lost_record(file, "### read error : LAD_simple data");
+      continue;
+    }
+    const bool good = frame::attempt(log, &file, [&] {
+      if (lad > 0.0 && !(lad > jmk::kMostOfLeaves)) return;
       log.data_error(items("lad in SurfProp data =", lad),
                      lad > 0.0 ? jmk::kMostOfLeavesRule : "it must be > 0",
                      items("treeid =", TreeID));
-    }
+    });
+    if (!good) lad = 1.0;
     table.TreeID.push_back(TreeID);
     table.lad.push_back(lad);
-  }
-  if (status == frame::ReadStatus::error) {
-    log.read_error(file, "### read error : LAD_simple data");
   }
   return table;
 }
 
 void check_unique(frame::Log& log, const std::vector<std::int32_t>& codes) {
   const frame::CodeIndex index(codes);
-  const auto& repeat = index.repeat();
-  if (!repeat) return;
-  log.data_error(items("TreeID in Tree data =", codes[static_cast<std::size_t>(repeat->second)]),
-                 "it is specified redundantly in line no. n1 & n2",
-                 items("n1,n2 =", repeat->first + 1, repeat->second + 1));
+  frame::report_repeats(log, index, codes, [&](std::size_t first, std::size_t second) {
+    log.data_error(items("TreeID in Tree data =", codes[second]),
+                   "it is specified redundantly in line no. n1 & n2",
+                   items("n1,n2 =", first + 1, second + 1));
+  });
 }
 
 }  // namespace
@@ -61,8 +64,12 @@ void set_meshid(frame::Log& log, const Data& data, jmk_module_data::Data& cells)
     for (jmk_module_data::LeafCell& cell : cells.cells) {
       cell.row = index.find(cell.TreeID);
       if (cell.row >= 0) continue;
-      log.data_error(items("TreeID in TreeMesh data =", cell.TreeID),
-                     "it is not defined in TreeData");
+      frame::attempt(log, [&] {
+        log.data_error(items("TreeID in TreeMesh data =", cell.TreeID),
+                       "it is not defined in TreeData");
+      });
+      if (data.TreeID.empty()) log.fail();
+      cell.row = 0;
     }
   });
 }
