@@ -18,8 +18,9 @@ using frame::items;
 
 constexpr double kMostSum = 1.0001;
 constexpr double kLeastSum = 0.9;
-constexpr double kApart = 0.05;       // of the larger of two powers
-constexpr double kLeastPower = 1e-4;  // of the smaller area: below it a pair is rounding
+constexpr double kLacking = 0.05;  // of a row, that others say it should have
+constexpr double kApart =
+    0.05;  // of the larger power and of the smaller area: less is noise of rays
 constexpr std::size_t kNamed = 10;
 
 struct Entry {
@@ -81,10 +82,16 @@ std::string name_of(const Table& table, std::size_t g) {
 /// Sum of each row, and whether a group has any entry.
 void look_at_rows(const Table& table, frame::Findings& findings) {
   std::vector<double> sum(table.sky);
+  std::vector<double> lacks(sum.size());  // what the rows of its partners say beyond its own
   std::vector<bool> seen(sum.size());
   for (std::size_t g = 0; g < sum.size(); ++g) {
     for (const Entry& entry : Rows::of(table.rows, g)) {
-      sum[table.row(g, entry)] += table.factor(g, entry);
+      const std::size_t row = table.row(g, entry);
+      const std::size_t partner = row == g ? static_cast<std::size_t>(entry.source) : g;
+      const double factor = table.factor(g, entry);
+      sum[row] += factor;
+      lacks[row] -= factor;
+      lacks[partner] += factor * table.area[row] / table.area[partner];
       seen[g] = true;
       seen[static_cast<std::size_t>(entry.source)] = true;
     }
@@ -100,7 +107,8 @@ void look_at_rows(const Table& table, frame::Findings& findings) {
     } else if (sum[g] > kMostSum) {
       add(findings, {name_of(table, g), items("sum of view factor =", sum[g]), "it must be <= 1"},
           "more is seen than there is");
-    } else if (given && sum[g] < kLeastSum) {
+    } else if (given && sum[g] < kLeastSum && lacks[g] > kLacking) {
+      // A row that its partners agree with looks out over the rim of the district.
       add(findings, {name_of(table, g), items("sum of view factor =", sum[g]), "it must be near 1"},
           "the rest of its view is scaled to close");
     }
@@ -140,8 +148,8 @@ void look_at_pairs(const Table& table, frame::Findings& findings) {
   std::int64_t count = 0;
   const auto compare = [&](std::size_t g, std::size_t s, double here, double there) {
     const double most = std::max(here, there);
-    const double least = kLeastPower * std::min(table.area[g], table.area[s]);
-    if (most <= least || std::abs(here - there) <= kApart * most) return;
+    const double least = kApart * std::min(table.area[g], table.area[s]);
+    if (std::abs(here - there) <= std::max(kApart * most, least)) return;
     ++count;
     keep(worst, {std::abs(here - there), g, s, here, there});
   };

@@ -109,6 +109,7 @@ std::optional<double> lateness(Run& run, double midnight) {
 }
 
 void look_at_noon(Run& run) {
+  dated_series::reset(run.inputs.weather.series);  // the first query takes the memory
   const double length = run.inputs.control.itere * run.inputs.control.dtmax;
   const auto days = static_cast<int>(std::clamp(std::ceil(length / kDay), 1.0, double{kMostDays}));
   double sum = 0.0;

@@ -192,7 +192,9 @@ void place_by_words(Finding& finding, const Parts& parts, const frame::UnitTable
     const bool listed = has(finding, "### cannot open " + parts.files[row] + " : ") ||
                         has(finding, ": line " + std::to_string(row + 1) + " of file_name") ||
                         has(finding, title + " = " + parts.files[row]);
-    if (listed && !parts.files[row].empty()) return of_table(row + 1);
+    const bool of_month =
+        has(finding, "cannot open ") && has(finding, "/" + parts.files[row] + " : ");
+    if ((listed || of_month) && !parts.files[row].empty()) return of_table(row + 1);
     if (has(finding, "line " + std::to_string(row + 1) + " of file_name")) return of_table(row + 1);
     if (finding.file.empty() && (has(finding, "in " + data) || has(finding, "lack of " + data))) {
       const auto name = parts.names.find(file.unit);
