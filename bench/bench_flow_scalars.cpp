@@ -73,7 +73,7 @@ BENCHMARK(momentum)->Unit(benchmark::kMillisecond);
 void properties(benchmark::State& state) {
   WarmSwirls& x = swirls();
   for ([[maybe_unused]] auto turn : state) {
-    flow::flw_clprop(x.run.settings.species, x.run.state);
+    flow::flw_clprop(x.run.crew, x.run.settings.species, x.run.state);
   }
 }
 BENCHMARK(properties)->Unit(benchmark::kMillisecond);
@@ -81,7 +81,7 @@ BENCHMARK(properties)->Unit(benchmark::kMillisecond);
 void density(benchmark::State& state) {
   WarmSwirls& x = swirls();
   for ([[maybe_unused]] auto turn : state)
-    flow::flw_clrho(x.run.settings, x.run.grid, false, x.run.state);
+    flow::flw_clrho(x.run.crew, x.run.settings, x.run.grid, false, x.run.state);
 }
 BENCHMARK(density)->Unit(benchmark::kMillisecond);
 

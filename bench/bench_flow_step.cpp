@@ -39,14 +39,14 @@ Swirls& swirls() {
 /// Everything that a step does but the pressure solve.
 void step(Swirls& x) {
   flow::Run& run = x.run;
-  flow::flw_clrho(run.settings, run.grid, true, run.state);
-  flow::flw_clprop(run.settings.species, run.state);
-  run.state.dt = flow::flw_cldelt(run.settings.control, run.work.metrics, run.openings, run.state,
-                                  run.work.scratch);
+  flow::flw_clrho(run.crew, run.settings, run.grid, true, run.state);
+  flow::flw_clprop(run.crew, run.settings.species, run.state);
+  run.state.dt = flow::flw_cldelt(run.crew, run.settings.control, run.work.metrics, run.openings,
+                                  run.state, run.work.scratch);
   flow::flw_cldvdt(x.log, flow::domain_of(x.run), 1e-3 * run.state.dt, run.work.momentum,
                    run.state);
-  flow::flw_clsolid(run.work.rim, run.state);
-  benchmark::DoNotOptimize(flow::take_monitors(run.openings.fluid, run.state, false));
+  flow::flw_clsolid(run.crew, run.work.rim, run.state);
+  benchmark::DoNotOptimize(flow::take_monitors(run.crew, run.openings.fluid, run.state, false));
 }
 
 /// Adds up every value of a field, in eight lanes.
@@ -96,7 +96,7 @@ void advection(benchmark::State& state) {
   std::array<flow::Advected, 3> all{};
   for (std::size_t b = 0; b < 3; ++b) all[b] = {&m.velocities.cell[b], &m.dqdt[b], b};
   for ([[maybe_unused]] auto turn : state) {
-    flow::flw_cladv0(x.log, x.run.work.metrics, x.run.work.rim, x.run.state.ru,
+    flow::flw_cladv0(x.log, x.run.crew, x.run.work.metrics, x.run.work.rim, x.run.state.ru,
                      flow::Variable::momentum, all, 1.0 / 3.0, m.rows);
   }
 }
@@ -106,8 +106,8 @@ void diffusion(benchmark::State& state) {
   Swirls& x = swirls();
   auto& m = x.run.work.momentum;
   for ([[maybe_unused]] auto turn : state) {
-    flow::flw_cldifv(x.run.work.metrics, x.run.work.rim, x.run.state, m.velocities, m.shear, m.rows,
-                     m.dqdt);
+    flow::flw_cldifv(x.run.crew, x.run.work.metrics, x.run.work.rim, x.run.state, m.velocities,
+                     m.shear, m.rows, m.dqdt);
   }
 }
 BENCHMARK(diffusion)->Unit(benchmark::kMillisecond);
@@ -115,7 +115,7 @@ BENCHMARK(diffusion)->Unit(benchmark::kMillisecond);
 void velocities(benchmark::State& state) {
   Swirls& x = swirls();
   for ([[maybe_unused]] auto turn : state) {
-    flow::set_velocities(x.run.work.metrics, x.run.boundary.ends, x.run.state,
+    flow::set_velocities(x.run.crew, x.run.work.metrics, x.run.boundary.ends, x.run.state,
                          x.run.work.momentum.velocities);
   }
 }
@@ -125,10 +125,10 @@ void density_and_limit(benchmark::State& state) {
   Swirls& x = swirls();
   flow::Run& run = x.run;
   for ([[maybe_unused]] auto turn : state) {
-    flow::flw_clrho(run.settings, run.grid, true, run.state);
-    flow::flw_clprop(run.settings.species, run.state);
-    benchmark::DoNotOptimize(flow::flw_cldelt(run.settings.control, run.work.metrics, run.openings,
-                                              run.state, run.work.scratch));
+    flow::flw_clrho(run.crew, run.settings, run.grid, true, run.state);
+    flow::flw_clprop(run.crew, run.settings.species, run.state);
+    benchmark::DoNotOptimize(flow::flw_cldelt(run.crew, run.settings.control, run.work.metrics,
+                                              run.openings, run.state, run.work.scratch));
   }
 }
 BENCHMARK(density_and_limit)->Unit(benchmark::kMillisecond);
@@ -136,7 +136,8 @@ BENCHMARK(density_and_limit)->Unit(benchmark::kMillisecond);
 void monitors(benchmark::State& state) {
   Swirls& x = swirls();
   for ([[maybe_unused]] auto turn : state) {
-    benchmark::DoNotOptimize(flow::take_monitors(x.run.openings.fluid, x.run.state, false));
+    benchmark::DoNotOptimize(
+        flow::take_monitors(x.run.crew, x.run.openings.fluid, x.run.state, false));
   }
 }
 BENCHMARK(monitors)->Unit(benchmark::kMillisecond);

@@ -117,15 +117,16 @@ void strain(benchmark::State& state) {
     const flow::Box& box = x.run.grid.box;
     flow::for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
       if (!plain) {
-        flow::set_strain_row(domain, of, velocities, place, j, k, of.row.data());
+        flow::set_strain_row(domain, of, velocities, place, j, k, of.rows[0].data());
       } else {
         for (std::int32_t i = 1; i <= box.n[0]; ++i) {
           const flow::RimCell cell{
               place + static_cast<std::size_t>(i) - 1, {i, j, k}, {{{-1, -1}, {-1, -1}, {-1, -1}}}};
-          of.row[static_cast<std::size_t>(i) - 1] = flow::strain_at(domain, of, velocities, cell);
+          of.rows[0][static_cast<std::size_t>(i) - 1] =
+              flow::strain_at(domain, of, velocities, cell);
         }
       }
-      benchmark::DoNotOptimize(of.row.data());
+      benchmark::DoNotOptimize(of.rows[0].data());
     });
   });
 }
@@ -133,7 +134,7 @@ BENCHMARK(strain)->ArgName("plain")->Arg(0)->Arg(1)->UseManualTime()->Unit(bench
 
 void wall_flows(benchmark::State& state) {
   measure(state, district(flow::Turbulence::k_epsilon), [](District& x) {
-    flow::set_wall_flows(x.run.work.rim, x.run.state, x.run.work.momentum.velocities,
+    flow::set_wall_flows(x.run.crew, x.run.work.rim, x.run.state, x.run.work.momentum.velocities,
                          x.run.work.turbulence.strain.walls);
   });
 }

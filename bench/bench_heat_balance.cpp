@@ -1,4 +1,4 @@
-// The surface balance: 100,000 patches, a fifth of the materials wet, against the plain form.
+// The surface balance: 1,000,000 patches, a fifth of the materials wet, against the plain form.
 //
 // Each turn starts from the same temperatures. Counter `ratio` of the fast form is the time of the
 // plain form over its own, measured turn by turn in this process.
@@ -14,7 +14,7 @@
 namespace {
 
 void balance(benchmark::State& state, double wet_share) {
-  sample::District d(100000, 7, wet_share);
+  sample::District d(1000000, 7, wet_share);
   const tsrf_module_patch::Data patch;
   frame::Log log(std::cout, std::cerr);
   frame::Crew crew;

@@ -52,66 +52,72 @@ bool lacks(benchmark::State& state, flow::InstructionSet set) {
   return true;
 }
 
+void all_sets(benchmark::internal::Benchmark* of) {
+  of->ArgNames({"cells", "set"})
+      ->ArgsProduct({{64, 128}, {0, 1, 2}})
+      ->UseManualTime()
+      ->Unit(benchmark::kMillisecond)
+      ->Iterations(1);
+}
+
+/// The equation, and the plain form set up for it.
+struct PlainSide {
+  explicit PlainSide(std::int32_t cells)
+      : e(sample::pressure_equation(cells)),
+        slow(plain::flw_iccg_pre(e.blocks, e.fluid, kGsfcg)),
+        b(right_side(slow, e.right)),
+        vectors(b.size()) {}
+
+  /// Turn by turn with `fast`, and the counts of both.
+  template <class Fast>
+  void beside(benchmark::State& state, const flow::SolveLimits& limits, Fast&& fast) {
+    compare(
+        state, [] {}, [&] { of_plain = plain::flw_iccg(slow, limits, b, vectors); },
+        [&] { of_fast = fast(); });
+    state.counters["count"] = of_fast.iterations;
+    state.counters["plain_count"] = of_plain.iterations;
+  }
+
+  sample::PressureEquation e;
+  plain::Iccg slow;
+  std::vector<double> b;
+  plain::IccgVectors vectors;
+  flow::SolveResult of_plain, of_fast;
+};
+
 void iccg(benchmark::State& state) {
   const auto cells = static_cast<std::int32_t>(state.range(0));
   const auto set = static_cast<flow::InstructionSet>(state.range(1));
   if (lacks(state, set)) return;
-  const sample::PressureEquation e = sample::pressure_equation(cells);
+  PlainSide x(cells);
   frame::Log log(std::cout, std::cerr);
-  const plain::Iccg slow = plain::flw_iccg_pre(e.blocks, e.fluid, kGsfcg);
-  const std::vector<double> b = right_side(slow, e.right);
-  plain::IccgVectors vectors(b.size());
   flow::IccgSystem fast;
-  flow::flw_iccg_pre(log, e.blocks, e.fluid, false, kGsfcg, fast, set);
-  flow::gather_scaled(fast.points, e.right, fast.scale, fast.b);
-  flow::SolveResult of_plain;
-  flow::SolveResult of_fast;
+  flow::flw_iccg_pre(log, x.e.blocks, x.e.fluid, false, kGsfcg, fast, set);
+  flow::gather_scaled(fast.points, x.e.right, fast.scale, fast.b);
   const flow::SolveLimits limits = limits_of(cells);
-  compare(
-      state, [] {}, [&] { of_plain = plain::flw_iccg(slow, limits, b, vectors); },
-      [&] { of_fast = flow::flw_iccg(log, limits, fast); });
-  state.counters["count"] = of_fast.iterations;
-  state.counters["plain_count"] = of_plain.iterations;
-  state.counters["norm_to_plain"] = of_fast.norm / of_plain.norm;
+  x.beside(state, limits, [&] { return flow::flw_iccg(log, limits, fast); });
+  state.counters["norm_to_plain"] = x.of_fast.norm / x.of_plain.norm;
 }
-BENCHMARK(iccg)
-    ->ArgNames({"cells", "set"})
-    ->ArgsProduct({{64, 128}, {0, 1, 2}})
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1);
+BENCHMARK(iccg)->Apply(all_sets);
 
 /// The multigrid against the plain form, to the same tolerance; both go on until they are there.
 void amgcg(benchmark::State& state) {
   const auto cells = static_cast<std::int32_t>(state.range(0));
   const auto set = static_cast<flow::InstructionSet>(state.range(1));
   if (lacks(state, set)) return;
-  const sample::PressureEquation e = sample::pressure_equation(cells);
+  PlainSide x(cells);
   frame::Log log(std::cout, std::cerr);
-  const plain::Iccg slow = plain::flw_iccg_pre(e.blocks, e.fluid, kGsfcg);
-  const std::vector<double> b = right_side(slow, e.right);
-  plain::IccgVectors vectors(b.size());
+  frame::Crew crew;
   flow::AmgSystem fast;
-  flow::flw_amgcg_pre(log, e.blocks, e.fluid, sample::geometry_of(e), fast, set);
-  flow::gather_rows(e.right, fast);
+  flow::flw_amgcg_pre(log, x.e.blocks, x.e.fluid, sample::geometry_of(x.e), fast, set);
+  flow::gather_rows(crew, x.e.right, fast);
   flow::SolveLimits limits = limits_of(cells);
   limits.itmax = 1000;
-  flow::SolveResult of_plain;
-  flow::SolveResult of_fast;
-  compare(
-      state, [] {}, [&] { of_plain = plain::flw_iccg(slow, limits, b, vectors); },
-      [&] { of_fast = flow::flw_amgcg(log, limits, fast); });
-  state.counters["count"] = of_fast.iterations;
-  state.counters["plain_count"] = of_plain.iterations;
+  x.beside(state, limits, [&] { return flow::flw_amgcg(log, crew, limits, fast); });
   state.counters["ns"] = 1e6 * state.counters["plain_ms"] / state.counters["ratio"] /
-                         static_cast<double>(e.fluid.box().cells());
+                         static_cast<double>(x.e.fluid.box().cells());
 }
-BENCHMARK(amgcg)
-    ->ArgNames({"cells", "set"})
-    ->ArgsProduct({{64, 128}, {0, 1, 2}})
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1);
+BENCHMARK(amgcg)->Apply(all_sets);
 
 /// Iterations of the multigrid on grids of all sorts: argument `kind` is the place in kStretched.
 void amgcg_count(benchmark::State& state) {
@@ -119,11 +125,12 @@ void amgcg_count(benchmark::State& state) {
   const sample::Stretched& kind = sample::kStretched[static_cast<std::size_t>(state.range(1))];
   const sample::StretchedEquation e = sample::stretched_equation(cells, kind);
   frame::Log log(std::cout, std::cerr);
+  frame::Crew crew;
   flow::AmgSystem s;
   flow::flw_amgcg_pre(log, e.blocks, e.fluid, e.geometry, s);
-  flow::gather_rows(e.right, s);
+  flow::gather_rows(crew, e.right, s);
   flow::SolveResult result;
-  for ([[maybe_unused]] auto turn : state) result = flow::flw_amgcg(log, limits_of(cells), s);
+  for ([[maybe_unused]] auto turn : state) result = flow::flw_amgcg(log, crew, limits_of(cells), s);
   state.SetLabel(kind.name);
   state.counters["count"] = result.iterations;
 }

@@ -2,13 +2,18 @@
 // to the last bit: entries in the order of the file, one band after the other.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <random>
 #include <utility>
 #include <vector>
 
 #include "radiation/radref.hpp"
 #include "radiation/view_factor_table.hpp"
+
+/// The order in which a file tells the factors.
+enum class FileOrder { by_source, by_destination, shuffled };
 
 struct RandomExchange {
   struct Triple {
@@ -21,21 +26,25 @@ struct RandomExchange {
   std::vector<std::int32_t> row;
   std::array<std::vector<double>, 2> absorptivity, source, sky, J;  // per band
 
-  /// `groups` groups of `patches` patches each, around `factors` view factors a group.
-  RandomExchange(std::int32_t groups, int factors, int patches) {
+  /// `groups` groups of `patches` patches each, in rows of a square as they stand, around `factors`
+  /// view factors a group: half of them to groups at most five away, half to any.
+  RandomExchange(std::int32_t groups, int factors, int patches,
+                 FileOrder order = FileOrder::by_source) {
     std::mt19937 random(42);
     const auto real = [&](double low, double high) {
       return std::uniform_real_distribution<double>(low, high)(random);
     };
+    const auto below = [&](std::int32_t n) {
+      return static_cast<std::int32_t>(random() % static_cast<unsigned>(n));
+    };
+    const auto side = static_cast<std::int32_t>(std::sqrt(groups));
     raddat.NPGID = groups;
     raddat.settings.LOPREF = 10;
-    tsrf_module_raddat::ViewFactorGatherer gatherer(groups);
     for (std::int32_t g = 0; g < groups; ++g) {
       for (int k = static_cast<int>(real(0.8 * factors, 1.2 * factors)); k > 0; --k) {
-        const Triple t{g, static_cast<std::int32_t>(random() % static_cast<unsigned>(groups)),
-                       static_cast<float>(real(0.0, 1.0 / factors))};
-        triples.push_back(t);
-        gatherer.add(t.source, t.destination, t.factor);
+        const std::int32_t near = g + below(11) - 5 + (below(11) - 5) * side;
+        const std::int32_t to = k % 2 == 0 && near >= 0 && near < groups ? near : below(groups);
+        triples.push_back({g, to, static_cast<float>(real(0.0, 1.0 / factors))});
       }
       raddat.c.push_back(real(0.8, 1.0));
       for (int i = 0; i < patches; ++i) {
@@ -49,6 +58,14 @@ struct RandomExchange {
         }
       }
     }
+    if (order == FileOrder::shuffled) std::shuffle(triples.begin(), triples.end(), random);
+    if (order == FileOrder::by_destination) {
+      std::stable_sort(triples.begin(), triples.end(), [](const Triple& a, const Triple& b) {
+        return a.destination < b.destination;
+      });
+    }
+    tsrf_module_raddat::ViewFactorGatherer gatherer(groups);
+    for (const Triple& t : triples) gatherer.add(t.source, t.destination, t.factor);
     absorptivity = {{{0.9, 0.5, 0.0}, {0.2, 0.7, 1.0}}};
     raddat.prd = {{0, groups - 1}, {1, groups / 2}};
     frame::Crew crew;

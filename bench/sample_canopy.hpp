@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "../tests/recorded_log.hpp"
+#include "frame/crew.hpp"
 #include "trees/prep.hpp"
 
 struct CanopyCase {
@@ -99,6 +100,7 @@ struct CanopyCase {
 
   std::unique_ptr<RecordedLog> owned = std::make_unique<RecordedLog>();
   RecordedLog& recorded = *owned;
+  std::unique_ptr<frame::Crew> crew = std::make_unique<frame::Crew>();
   jmk::Trees trees;
   tsrf_main01::Axes grid;
   tsrf_module_patch::Data patch;

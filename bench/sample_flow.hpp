@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <sstream>
 #include <vector>
 
@@ -29,6 +30,11 @@ inline std::vector<double> clustered(std::int32_t cells, double strength = 1.5) 
                     0.5 * std::tanh(strength * (2.0 * i / cells - 1.0)) / std::tanh(strength));
   }
   return nodes;
+}
+
+/// One thread, unless the environment asks for more.
+inline frame::Hands hands(frame::Log& log) {
+  return std::getenv("TOWNSKIN_THREADS") == nullptr ? frame::Hands{} : frame::hands_wanted(log);
 }
 
 struct FlowCase {
@@ -125,7 +131,7 @@ struct FlowCase {
   std::ostringstream screen, errors;
   frame::Log log{screen, errors};
   frame::Accounts accounts;
-  flow::Run run;
+  flow::Run run{hands(log)};
 
  private:
   void set_defaults() {

@@ -32,7 +32,7 @@ struct HeatCase : FlowCase {
   }
   /// Temperature and species alone, the flow held as it is.
   void carry(double dt) {
-    flow::flw_clprop(run.settings.species, run.state);
+    flow::flw_clprop(run.crew, run.settings.species, run.state);
     flow::flw_cldtdt(log, flow::domain_of(run), dt, run.work.scalars, run.work.system, run.state);
   }
   flow::Group& wall(int axis, int side, double t) {

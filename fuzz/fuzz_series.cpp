@@ -36,8 +36,9 @@ struct Run {
     tsrf_module_shade::Data data;
     data.series.settings = settings;
     std::array<double, 2> fsun{};
+    frame::Crew crew;
     for (const double later : {0.0, 5.0e3, -3.0e5}) {
-      tsrf_module_shade::set_shade(log, &file, time + later, patch, calendar, data, fsun);
+      tsrf_module_shade::set_shade(log, crew, &file, time + later, patch, calendar, data, fsun);
       if (!(fsun[0] >= 0.0 && fsun[1] <= 1.0)) std::abort();
     }
   }

@@ -70,12 +70,13 @@ struct BeamBudget {
   BeamBudget(const tsrf_module_jumoku::Data& data, const SunVector& sun, double Jdn) {
     const double s[3] = {sun.x, sun.y, sun.z};
     const auto& optics = jmk_module_radiat::kLeafOptics;
-    for (const auto& outer : data.outer) {
+    for (std::size_t o = 0; o < data.outer.size(); ++o) {
+      const auto& outer = data.outer[o];
       const auto face = static_cast<std::size_t>(outer.face);
       const double towards = s[face / 2] * tsrf_module_jumoku::outward(face);
       for (std::size_t b = 0; b < kSolarBands; ++b) {
-        const double flux = data.beam.canopy[outer.entry()][b] * outer.area * std::fabs(towards) *
-                            optics[b].direct * Jdn;
+        const double flux =
+            data.beam.outer[o][b] * outer.area * std::fabs(towards) * optics[b].direct * Jdn;
         (towards > 0.0 ? entering : leaving) += flux;
       }
     }
@@ -94,7 +95,7 @@ TEST(Beam, WhatEntersIsTakenOrLeaves) {
         along_axis ? sun_at(n % 20 == 0 ? 0.0 : draw.real(-1.0, 1.0), 0.0, draw.real(0.01, 1.0))
                    : sun_at(draw.real(-1, 1), draw.real(-1, 1), draw.real(0.001, 1));
     for (double& fsun : x.canopy().beam.fsun) fsun = draw.real(0.0, 1.0);
-    jmk::sweep_beam(sun, 800.0, x.trees.radiat.optics, x.canopy());
+    jmk::sweep_beam(*x.crew, sun, 800.0, x.trees.radiat.optics, x.canopy());
     const BeamBudget budget(x.canopy(), sun, 800.0);
     EXPECT_NEAR(budget.entering, budget.taken + budget.leaving, 1e-12 * budget.entering) << n;
     EXPECT_GT(budget.taken, 0.0);
@@ -115,7 +116,7 @@ TEST(Beam, SunAlongAnAxisFadesExponentially) {
     return 0.425 * std::exp(-0.6 * 0.45 * H) + 0.575 * std::exp(-0.6 * 0.3 * H);
   };
   const auto sweep = [&](const SunVector& sun) {
-    jmk::sweep_beam(sun, 1000.0, x.trees.radiat.optics, x.canopy());
+    jmk::sweep_beam(*x.crew, sun, 1000.0, x.trees.radiat.optics, x.canopy());
     return x.canopy().beam.left;
   };
   const auto overhead = sweep({0.0, 0.0, 1.0});
@@ -144,7 +145,7 @@ double through_layer(double width, double height, std::int32_t NDIV, const SunVe
   CanopyCase x({across, across, up}, NDIV, leaves);
   x.add_patch(3, {n / 2 + 1, n / 2 + 1, 2}, width * width, {0.0, 0.0, 1.0});
   x.prepare();
-  jmk::sweep_beam(sun, 800.0, x.trees.radiat.optics, x.canopy());
+  jmk::sweep_beam(*x.crew, sun, 800.0, x.trees.radiat.optics, x.canopy());
   return x.canopy().beam.left[0];
 }
 
@@ -159,19 +160,64 @@ TEST(Beam, ObliqueSunIsDimmedByTheShapeOfCells) {
   }
 }
 
+/// A patch in each direction somewhere in each coarse cell, inside the canopy or not.
+void add_patches(Draw& draw, CanopyCase& x) {
+  const auto cells = [&](std::size_t a) { return static_cast<std::int32_t>(x.grid[a].cells); };
+  for (std::int32_t n = 0; n < cells(0) * cells(1) * cells(2); ++n) {
+    const std::array<std::int32_t, 3> at{draw.integer(1, cells(0)), draw.integer(1, cells(1)),
+                                         draw.integer(1, cells(2))};
+    std::array<double, 3> normal{};
+    normal[static_cast<std::size_t>(n % 3)] = n % 2 == 0 ? 1.0 : -1.0;
+    x.add_patch(1, at, 1.0, normal);
+  }
+}
+
+/// What leaves of the plain sweep left of a patch's beam.
+double left_by(const plain::BeamSweep& sweep, const tsrf_module_jumoku::Data& data,
+               const CanopyCase& x, std::size_t p, const SunVector& sun) {
+  const std::array<double, 3> normal{x.patch.nx[p], x.patch.ny[p], x.patch.nz[p]};
+  const double towards[3] = {-sun.x, -sun.y, -sun.z};
+  const std::int32_t NDIV = data.grid.NDIV;
+  const std::size_t axis = normal[0] != 0.0 ? 0 : normal[1] != 0.0 ? 1 : 2;
+  std::array<std::int32_t, 3> face{x.patch.si[p] - 1, x.patch.sj[p] - 1, x.patch.sk[p] - 1};
+  face[axis] += normal[axis] < 0.0 ? 1 : 0;
+  if (face[2] >= data.grid.cells[2]) return 1.0;
+  double taken = 0.0;
+  std::int32_t parts = 0;
+  for (std::int32_t j = 0; j < (axis == 1 ? 1 : NDIV); ++j) {
+    for (std::int32_t i = 0; i < (axis == 0 ? 1 : NDIV); ++i, ++parts) {
+      std::array<std::int32_t, 3> cell{face[0] * NDIV + i, face[1] * NDIV + j, face[2]};
+      if (axis < 2 && towards[axis] >= 0.0) --cell[axis];
+      if (cell[0] < 0 || cell[0] >= data.grid.cells[0]) continue;
+      if (cell[1] < 0 || cell[1] >= data.grid.cells[1]) continue;
+      const auto& f = sweep.free[sweep.box.place(cell[0], cell[1], cell[2])][axis];
+      for (std::size_t b = 0; b < kSolarBands; ++b) {
+        taken += jmk_module_radiat::kLeafOptics[b].direct * (1.0 - f[b]);
+      }
+    }
+  }
+  return 1.0 - taken / parts;
+}
+
 TEST(Beam, IsThatOfThePlainSweepToTheBit) {
   Draw draw(4);
-  for (int n = 0; n < 50; ++n) {
+  for (int n = 0; n < 60; ++n) {
     CanopyCase x = random_canopy(draw);
+    add_patches(draw, x);
     x.prepare();
     for (double& fsun : x.canopy().beam.fsun) fsun = draw.real(0.0, 1.0);
-    const SunVector sun = sun_at(draw.real(-1, 1), draw.real(-1, 1), draw.real(0.01, 1));
-    jmk::sweep_beam(sun, 700.0, x.trees.radiat.optics, x.canopy());
-    plain::BeamSweep plain(x.canopy());
-    plain.run(x.canopy(), sun, 700.0, x.trees.radiat.optics);
-    EXPECT_EQ(x.canopy().beam.lost, plain.lost);
-    for (std::size_t i = 0; i < x.canopy().beam.z.size(); ++i) {  // the lowest layer's floor
-      EXPECT_EQ(x.canopy().beam.z[i], plain.free[i][2]);
+    // Several hands have tiles of a few cells; one has all.
+    frame::Crew crew({1 + static_cast<std::size_t>(n % 3), 32});
+    for (const frame::InstructionSet set : frame::kInstructionSets) {
+      if (!frame::has(set)) continue;
+      const SunVector sun = sun_at(draw.real(-1, 1), draw.real(-1, 1), draw.real(0.01, 1));
+      jmk::sweep_beam(crew, sun, 700.0, x.trees.radiat.optics, x.canopy(), set);
+      plain::BeamSweep plain(x.canopy());
+      plain.run(x.canopy(), sun, 700.0, x.trees.radiat.optics);
+      EXPECT_EQ(x.canopy().beam.lost, plain.lost);
+      for (std::size_t p = 0; p < x.patch.type.size(); ++p) {
+        EXPECT_EQ(x.canopy().beam.left[p], left_by(plain, x.canopy(), x, p, sun)) << p;
+      }
     }
   }
 }
@@ -185,8 +231,8 @@ TEST(BeamStep, HoldsBetweenSweeps) {
   /// What is left of the sun on the ground under the leaves.
   const auto at = [&](double second, const SunVector& sun, double Jdn = 800.0, double dt = 59.6) {
     std::vector<double> Jdir{Jdn * std::max(0.0, sun.z)};
-    jmk::tsrf_sundir(x.recorded.log, dt, second, sun, {Jdn, 0.0, 0.0}, x.patch, fsun, x.trees.cells,
-                     x.trees.radiat, x.canopy(), Jdir);
+    jmk::tsrf_sundir(x.recorded.log, *x.crew, dt, second, sun, {Jdn, 0.0, 0.0}, x.patch, fsun,
+                     x.trees.cells, x.trees.radiat, x.canopy(), Jdir);
     return Jdir[0] / (Jdn * sun.z);
   };
   const SunVector low = sun_at(0.3, 0.0, 0.9), high = sun_at(0.1, 0.0, 0.9);
@@ -309,8 +355,10 @@ TEST(Diffuse, IsKeptOrLeavesAndIsThatOfThePlainFormToTheBit) {
       if (x.canopy().cells.leaf[c] >= 0) band.source[c] = draw.real(0.0, 100.0);
     }
     plain::Relaxation plain(x.canopy());
+    frame::Crew crew({1 + static_cast<std::size_t>(n % 4), 32});
     const auto sweeps = plain.run(x.canopy(), x.trees.radiat, b, {1e-12, 1e-10});
-    EXPECT_EQ(jmk::jmk_difrad_flux(x.recorded.log, x.canopy(), 100, {1e-12, 1e-10}, band), sweeps);
+    EXPECT_EQ(jmk::jmk_difrad_flux(x.recorded.log, crew, x.canopy(), 100, {1e-12, 1e-10}, band),
+              sweeps);
     const auto leaving = band.entering.end() - static_cast<std::ptrdiff_t>(plain.leaving.size());
     EXPECT_TRUE(std::equal(plain.leaving.begin(), plain.leaving.end(), leaving));
     const BandBudget budget(x.canopy(), band);
@@ -335,7 +383,7 @@ double out_of_box(std::int32_t MDLSCT, std::size_t b, std::int32_t cuts) {
   x.prepare();
   auto& band = x.canopy().bands[b];
   for (std::size_t o = 0; o < band.outside.size(); ++o) band.outside[o] = x.canopy().outer[o].area;
-  jmk::jmk_difrad_flux(x.recorded.log, x.canopy(), 1000, {1e-12, 1e-10}, band);
+  jmk::jmk_difrad_flux(x.recorded.log, *x.crew, x.canopy(), 1000, {1e-12, 1e-10}, band);
   const BandBudget budget(x.canopy(), band);
   return budget.leaving / budget.entering;
 }
@@ -364,8 +412,8 @@ struct Exchange {
     for (auto* values : {&Rl, &Rs, &JRl, &JRs}) values->assign(n, 0.0);
   }
   void step(const tsrf_module_phydat::SkyFluxes& sky = {}) {
-    jmk::tsrf_trcanopy(x.recorded.log, sky, x.patch, x.trees.cells, x.trees.htrans, x.trees.radiat,
-                       x.canopy(), Rl, Rs, JRl, JRs);
+    jmk::tsrf_trcanopy(x.recorded.log, *x.crew, sky, x.patch, x.trees.cells, x.trees.htrans,
+                       x.trees.radiat, x.canopy(), Rl, Rs, JRl, JRs);
   }
   /// Keeps sensible and latent heat out of the balance.
   void still_and_dry() {
@@ -410,8 +458,8 @@ TEST(Canopy, EveryLeafClosesItsBalance) {
     for (double& R : exchange.Rl) R = draw.real(300.0, 450.0);
     for (double& R : exchange.Rs) R = n % 2 == 0 ? draw.real(0.0, 300.0) : 0.0;
     tsrf_module_jumoku::Data& canopy = exchange.x.canopy();
-    jmk::sweep_beam(sun_at(0.3, 0.2, 0.7), n % 2 == 0 ? 700.0 : 0.0, exchange.x.trees.radiat.optics,
-                    canopy);
+    jmk::sweep_beam(*exchange.x.crew, sun_at(0.3, 0.2, 0.7), n % 2 == 0 ? 700.0 : 0.0,
+                    exchange.x.trees.radiat.optics, canopy);
     EXPECT_EQ(exchange.x.recorded.lines_of([&] { exchange.step(); }), "");  // it converged
 
     const tsrf_module_jumoku::Leaves& leaves = canopy.leaves;
@@ -442,9 +490,9 @@ TEST(Canopy, TakesNoMemoryInAStep) {
   const std::vector<double> fsun(exchange.Rs.size(), 1.0);
   std::vector<double> Jdir(exchange.Rs.size(), 100.0);
   const std::size_t before = allocations;
-  jmk::tsrf_sundir(exchange.x.recorded.log, 60.0, 0.0, sun_at(0.3, 0.2, 0.7), {700.0, 0.0, 0.0},
-                   exchange.x.patch, fsun, exchange.x.trees.cells, exchange.x.trees.radiat,
-                   exchange.x.canopy(), Jdir);
+  jmk::tsrf_sundir(exchange.x.recorded.log, *exchange.x.crew, 60.0, 0.0, sun_at(0.3, 0.2, 0.7),
+                   {700.0, 0.0, 0.0}, exchange.x.patch, fsun, exchange.x.trees.cells,
+                   exchange.x.trees.radiat, exchange.x.canopy(), Jdir);
   exchange.step({700.0, 80.0, 350.0});
   EXPECT_EQ(allocations, before);
 }
@@ -457,8 +505,8 @@ TEST(Canopy, FacesWithoutPatchesSeeTheSkyByDirection) {
   const std::vector<double> Rl{200.0}, Rs{50.0};
   std::vector<double> JRl(1), JRs(1);
   x.trees.htrans.settings.LOPHBL = 1;
-  jmk::tsrf_trcanopy(x.recorded.log, {0.0, 100.0, 400.0}, x.patch, x.trees.cells, x.trees.htrans,
-                     x.trees.radiat, x.canopy(), Rl, Rs, JRl, JRs);
+  jmk::tsrf_trcanopy(x.recorded.log, *x.crew, {0.0, 100.0, 400.0}, x.patch, x.trees.cells,
+                     x.trees.htrans, x.trees.radiat, x.canopy(), Rl, Rs, JRl, JRs);
   const double by_face[6] = {0.5, 0.5, 0.5, 0.5, 0.0, 1.0};
   for (std::size_t o = 0; o < x.canopy().outer.size(); ++o) {
     const auto& outer = x.canopy().outer[o];

@@ -68,13 +68,14 @@ TEST(FlowEddies, StrainOfARowIsThatOfItsCells) {
     const flow::Domain domain = flow::domain_of(x.run);
     auto& velocities = x.run.work.momentum.velocities;
     auto& strain = x.run.work.turbulence.strain;
-    flow::set_velocities(domain.metrics, domain.boundary.ends, x.run.state, velocities);
+    flow::set_velocities(domain.crew, domain.metrics, domain.boundary.ends, x.run.state,
+                         velocities);
     flow::for_rows(x.run.grid.box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
-      flow::set_strain_row(domain, strain, velocities, place, j, k, strain.row.data());
+      flow::set_strain_row(domain, strain, velocities, place, j, k, strain.rows[0].data());
       for (std::int32_t i = 1; i <= n[0]; ++i, ++place) {
         const flow::RimCell plain{place, {i, j, k}, {{{-1, -1}, {-1, -1}, {-1, -1}}}};
         const double expected = flow::strain_at(domain, strain, velocities, plain);
-        EXPECT_EQ(strain.row[static_cast<std::size_t>(i) - 1], expected) << i << j << k;
+        EXPECT_EQ(strain.rows[0][static_cast<std::size_t>(i) - 1], expected) << i << j << k;
         EXPECT_GT(expected, 0.0);
       }
     });

@@ -38,16 +38,18 @@ flow::AmgGeometry even(const flow::Box& box, bool periodic_y) {
   return geometry;
 }
 
-Field solve(const RandomSymmetric& x, flow::InstructionSet set, RecordedLog& out) {
+Field solve(const RandomSymmetric& x, flow::InstructionSet set, RecordedLog& out,
+            std::size_t hands = 1) {
+  frame::Crew crew({hands, 4096});  // stretches are as short as they can be
   flow::AmgSystem s;
   flow::flw_amgcg_pre(out.log, x.blocks, x.fluid, even(x.box, x.periodic), s, set);
-  flow::gather_rows(x.right, s);
-  const flow::SolveResult result = flow::flw_amgcg(out.log, limits_of(x.box, 1e-12), s);
+  flow::gather_rows(crew, x.right, s);
+  const flow::SolveResult result = flow::flw_amgcg(out.log, crew, limits_of(x.box, 1e-12), s);
   EXPECT_TRUE(result.converged);
   EXPECT_LE(result.ratio, 1e-12);
   EXPECT_LT(result.iterations, 30);
   Field found(x.box);
-  flow::scatter_rows(s, found);
+  flow::scatter_rows(crew, s, found);
   return found;
 }
 
@@ -71,11 +73,16 @@ TEST(Amgcg, SolvesWhatEliminationSolves) {
       EXPECT_TRUE(std::ranges::equal(first.all(), solve(x, set, out).all()))
           << "set " << static_cast<int>(set);
     }
+    for (const std::size_t hands : {2U, 3U, 7U}) {
+      const Field found = solve(x, flow::widest_set(), out, hands);
+      EXPECT_TRUE(std::ranges::equal(first.all(), found.all())) << hands << " hands";
+    }
   }
 }
 
 /// y . M x for right sides x, y of draws; the values of x . M y, x . M x go to the others.
 std::array<double, 3> products(flow::AmgSystem& s, std::uint32_t seed) {
+  frame::Crew crew;
   sample::Draws draw(seed);
   flow::AmgLevel& finest = s.finest();
   const auto right = [&] {
@@ -93,10 +100,10 @@ std::array<double, 3> products(flow::AmgSystem& s, std::uint32_t seed) {
   const flow::Floats x = right();
   const flow::Floats y = right();
   finest.r = x;
-  flow::apply_cycle(s);
+  flow::apply_cycle(crew, s);
   const flow::Floats of_x = finest.z;
   finest.r = y;
-  flow::apply_cycle(s);
+  flow::apply_cycle(crew, s);
   return {dot(y, of_x), dot(x, finest.z), dot(x, of_x)};
 }
 
@@ -116,6 +123,7 @@ TEST(Amgcg, TakesASymmetricPositiveCycle) {
 
 // Districts, a third of the cells solid in blocks or by draws, cells that widen up to 20 times.
 TEST(Amgcg, TakesFewIterationsWhateverTheGrid) {
+  frame::Crew crew;
   RecordedLog out;
   for (const sample::Stretched& row : sample::kStretched) {
     for (const std::int32_t n : {32, 45}) {
@@ -123,8 +131,8 @@ TEST(Amgcg, TakesFewIterationsWhateverTheGrid) {
       const sample::StretchedEquation e = sample::stretched_equation(n, row);
       flow::AmgSystem s;
       flow::flw_amgcg_pre(out.log, e.blocks, e.fluid, e.geometry, s);
-      flow::gather_rows(e.right, s);
-      const auto result = flow::flw_amgcg(out.log, limits_of(e.fluid.box(), 1e-8), s);
+      flow::gather_rows(crew, e.right, s);
+      const auto result = flow::flw_amgcg(out.log, crew, limits_of(e.fluid.box(), 1e-8), s);
       EXPECT_TRUE(result.converged);
       EXPECT_LT(result.iterations, 16);
     }
@@ -133,6 +141,7 @@ TEST(Amgcg, TakesFewIterationsWhateverTheGrid) {
 
 // A right side of any size; nothing is left of the solution before.
 TEST(Amgcg, KnowsNoSizes) {
+  frame::Crew crew;
   RecordedLog out;
   const RandomSymmetric x({9, 8, 7}, false, 3);
   flow::AmgSystem s;
@@ -140,9 +149,9 @@ TEST(Amgcg, KnowsNoSizes) {
   std::int32_t count = -1;
   flow::Values first;
   for (const double size : {1.0, 1e-90, 1e80, 1.0}) {
-    flow::gather_rows(x.right, s);
+    flow::gather_rows(crew, x.right, s);
     for (double& b : s.exact.b) b *= size;
-    const auto result = flow::flw_amgcg(out.log, limits_of(x.box, 1e-10), s);
+    const auto result = flow::flw_amgcg(out.log, crew, limits_of(x.box, 1e-10), s);
     EXPECT_TRUE(result.converged) << size;
     if (count < 0) count = result.iterations;
     EXPECT_EQ(result.iterations, count) << size;
@@ -150,12 +159,12 @@ TEST(Amgcg, KnowsNoSizes) {
   }
   EXPECT_EQ(s.exact.x, first);  // bit by bit, so that a run that is taken up goes on as the whole
   std::ranges::fill(s.exact.b, 0.0);
-  const auto nothing = flow::flw_amgcg(out.log, limits_of(x.box, 1e-10), s);
+  const auto nothing = flow::flw_amgcg(out.log, crew, limits_of(x.box, 1e-10), s);
   EXPECT_TRUE(nothing.converged);
   EXPECT_EQ(nothing.ratio, 1.0);
   EXPECT_TRUE(std::ranges::all_of(s.exact.x, [](double v) { return v == 0.0; }));
   s.exact.b[s.finest().slot(0, 0, 0)] = std::nan("");
-  EXPECT_FALSE(flow::flw_amgcg(out.log, limits_of(x.box, 1e-10), s).converged);
+  EXPECT_FALSE(flow::flw_amgcg(out.log, crew, limits_of(x.box, 1e-10), s).converged);
 }
 
 }  // namespace

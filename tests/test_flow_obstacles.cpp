@@ -41,9 +41,9 @@ double difference(const FlowCase& x, const FlowCase& y) {
 }
 
 /// What a cell's fluxes lack, over its volume, the largest of all.
-double divergence(const FlowCase& x) {
+double divergence(FlowCase& x) {
   Field div(x.run.grid.box);
-  flow::flw_cldiv(x.run.grid, x.run.openings, x.run.state, 1.0, nullptr, div);
+  flow::flw_cldiv(x.run.crew, x.run.grid, x.run.openings, x.run.state, 1.0, nullptr, div);
   double worst = 0.0;
   for (const double value : div.all()) worst = std::max(worst, std::fabs(value));
   return worst;
@@ -148,7 +148,7 @@ TEST(FlowObstacles, RandomFractionsKeepTheMass) {
     x.start();
     x.steps(300);
     EXPECT_LT(divergence(x), 1e-9);
-    const auto found = flow::take_monitors(x.run.openings.fluid, x.run.state, false);
+    const auto found = flow::take_monitors(x.run.crew, x.run.openings.fluid, x.run.state, false);
     EXPECT_TRUE(found.finite);
     EXPECT_LT(found.velocity.value, 20.0);
   }

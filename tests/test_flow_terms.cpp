@@ -29,7 +29,7 @@ struct RandomBox {
       grid.axis[a] = flow::make_axis(nodes, false);
     }
     metrics = flow::make_metrics(grid);
-    rows = flow::SweepRows(grid.box);
+    rows = flow::SweepRows(grid.box, crew.hands());
     velocities = flow::Velocities(grid.box);
     for (auto* set : {&velocities.cell, &velocities.face, &state.ru, &rim.inner}) {
       for (Field& field : *set) field = filled(-1.0, 1.0);
@@ -47,6 +47,7 @@ struct RandomBox {
   }
 
   sample::Draws draw;
+  frame::Crew crew{{3, 1000}};  // tiles are shared, however small
   flow::GridTables grid;
   flow::Metrics metrics;
   flow::SweepRows rows;
@@ -70,9 +71,9 @@ TEST(FlowTerms, HaveTheBitsOfThePlainForms) {
         all[b] = {&x.velocities.cell[b], &fast[b], b};
         plain::advect(x.metrics, x.rim, x.state.ru, x.velocities.cell[b], acrk, plain[b]);
       }
-      flow::flw_cladv0(log, x.metrics, x.rim, x.state.ru, flow::Variable::momentum, all, acrk,
-                       x.rows);
-      flow::flw_cldifv(x.metrics, x.rim, x.state, x.velocities, {}, x.rows, fast);
+      flow::flw_cladv0(log, x.crew, x.metrics, x.rim, x.state.ru, flow::Variable::momentum, all,
+                       acrk, x.rows);
+      flow::flw_cldifv(x.crew, x.metrics, x.rim, x.state, x.velocities, {}, x.rows, fast);
       for (int b = 0; b < 3; ++b) {
         if (!x.grid.box.computed(b)) continue;
         auto& expected = plain[static_cast<std::size_t>(b)];
@@ -91,9 +92,9 @@ TEST(FlowTerms, ScalarsHaveTheBitsOfThePlainForm) {
       RandomBox x(cells, ++seed);
       std::ostringstream out;
       frame::Log log(out, out);
-      const flow::Run rest;
-      const flow::Domain domain{rest.settings, x.grid,        x.metrics, rest.boundary,
-                                x.rim,         rest.openings, rest.urban};
+      flow::Run rest;
+      const flow::Domain domain{rest.settings, x.grid,        x.metrics,  rest.boundary,
+                                x.rim,         rest.openings, rest.urban, x.crew};
       const Field q = x.filled(-1.0, 1.0);
       Field capacity(x.grid.box);
       for (double& value : capacity.all()) value = x.draw(1.0, 2.0);
@@ -141,10 +142,12 @@ TEST(FlowTerms, LawOfTheWallJoinsItsTwoParts) {
   x.start([](int axis, const flow::Vector&) { return axis == 0 ? 3.0 : 0.0; });
   const flow::Run& run = x.run;
   auto& work = x.run.work.momentum;
-  flow::set_velocities(run.work.metrics, run.boundary.ends, run.state, work.velocities);
+  flow::set_velocities(x.run.crew, run.work.metrics, run.boundary.ends, run.state, work.velocities);
   auto shear = flow::make_shear(run.work.rim);
-  flow::add_wall_shear(run.grid, run.work.metrics, run.work.rim, run.state, work.velocities, shear,
-                       work.dqdt);
+  for (std::size_t row = 0; row < 2; ++row) {
+    flow::add_wall_shear(run.grid, run.work.metrics, run.work.rim, run.state, work.velocities, row,
+                         shear, work.dqdt);
+  }
   const double least = flow::friction_velocity(3.0, 0.25, 1e-20);
   EXPECT_DOUBLE_EQ(shear[2][0].along, least * least / 3.0);
 }
@@ -163,11 +166,11 @@ TEST(FlowTerms, AdvectionCarriesWhatTheRimCarries) {
   x.start([](int axis, const flow::Vector& p) { return std::sin(3.0 * p[0] + 5.0 * p[1] + axis); });
   flow::Run& run = x.run;
   auto& work = run.work.momentum;
-  flow::set_velocities(run.work.metrics, run.boundary.ends, run.state, work.velocities);
+  flow::set_velocities(x.run.crew, run.work.metrics, run.boundary.ends, run.state, work.velocities);
   std::array<flow::Advected, 3> all{};
   for (std::size_t b = 0; b < 3; ++b) all[b] = {&work.velocities.cell[b], &work.dqdt[b], b};
-  flow::flw_cladv0(x.log, run.work.metrics, run.work.rim, run.state.ru, flow::Variable::momentum,
-                   all, 1.0 / 3.0, work.rows);
+  flow::flw_cladv0(x.log, x.run.crew, run.work.metrics, run.work.rim, run.state.ru,
+                   flow::Variable::momentum, all, 1.0 / 3.0, work.rows);
   for (std::size_t b = 0; b < 2; ++b) {
     double gained = 0.0;
     double carried = 0.0;
@@ -191,8 +194,8 @@ TEST(FlowTerms, UnknownClassOfAVariableStops) {
   frame::Log log(out, out);
   Field dqdt(x.grid.box);
   const flow::Advected one{&x.velocities.cell[0], &dqdt, 0};
-  EXPECT_THROW(flow::flw_cladv0(log, x.metrics, x.rim, x.state.ru, static_cast<flow::Variable>(6),
-                                std::span(&one, 1), 2.0, x.rows),
+  EXPECT_THROW(flow::flw_cladv0(log, x.crew, x.metrics, x.rim, x.state.ru,
+                                static_cast<flow::Variable>(6), std::span(&one, 1), 2.0, x.rows),
                frame::Stop);
   EXPECT_EQ(out.str(), "### program error -1- (flw_cladv0)\n");
 }
@@ -209,18 +212,18 @@ TEST(FlowTerms, StepAndMonitorsOfAKnownFlow) {
   x.run.state.mut(2, 69, 1) = 0.25;
   const double thick = 1.75 / 0.1 + 4.0 * 0.26 * (1.0 / 0.25 + 1.0 / 0.01);
   const auto dt = [&] {
-    return flow::flw_cldelt(x.control(), run.work.metrics, run.openings, run.state,
+    return flow::flw_cldelt(x.run.crew, x.control(), run.work.metrics, run.openings, run.state,
                             x.run.work.scratch);
   };
   EXPECT_NEAR(dt(), 0.5 / thick, 1e-12);
-  const auto found = flow::take_monitors(run.openings.fluid, run.state, true);
+  const auto found = flow::take_monitors(x.run.crew, run.openings.fluid, run.state, true);
   EXPECT_NEAR(found.velocity.value, 2.75, 1e-12);
   EXPECT_EQ(found.velocity.cell, (Triple{4, 1, 1}));
   EXPECT_EQ(found.mut.cell, (Triple{2, 69, 1}));
   x.run.openings.fluid(2, 69, 1) = 0;
   EXPECT_NEAR(dt(), 0.5 / rate, 1e-12);
   x.run.state.p(3, 33, 1) = NAN;
-  EXPECT_FALSE(flow::take_monitors(run.openings.fluid, run.state, false).finite);
+  EXPECT_FALSE(flow::take_monitors(x.run.crew, run.openings.fluid, run.state, false).finite);
   x.control().ivisc = false;
   EXPECT_NEAR(dt(), 0.5 / 27.5, 1e-12);
   x.control().smaller.dtmax = 1e-3;

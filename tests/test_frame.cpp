@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "frame/accounts.hpp"
+#include "frame/array_list.hpp"
 #include "frame/code_index.hpp"
 #include "frame/plain_column.hpp"
 #include "frame/unit_table.hpp"
@@ -331,6 +332,20 @@ TEST(Accounts, AddUpAndStopOnMisuse) {
   refused("unknown", &frame::Accounts::end);
   for (int i = 4; i <= 50; ++i) accounts.start(log, std::to_string(i));
   refused("p51", &frame::Accounts::start);
+}
+
+TEST(ArrayList, TellsTheLargeArrays) {
+  RecordedLog recorded;
+  frame::ArrayList list;
+  list.add("small", std::vector<char>(9'000));
+  list.add("columns", frame::PatchTable<double>(1000, 25), std::vector<std::int32_t>(25'000));
+  list.add("empty", std::vector<double>{});
+  list.add("table", std::size_t{700'000});
+  EXPECT_EQ(list.total(), 1'009'000U);
+  const std::string lines = recorded.lines_of([&] { frame::report_memory(recorded.log, list); });
+  EXPECT_EQ(lines.substr(0, lines.find("most")), "%%% memory: at ");
+  EXPECT_EQ(lines.substr(lines.find(',')),
+            ", arrays 1.0 MB\n%%%   table 0.7 MB\n%%%   columns 0.3 MB\n");
 }
 
 TEST(Accounts, CountTheTimeOfTheProcess) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "../bench/random_exchange.hpp"
 
@@ -47,10 +48,16 @@ TEST(Exchange, MultipleReflectionInAStreet) {
   }
 }
 
+// Few groups make one panel; many make several, or one with wide sources where the file is
+// shuffled.
 TEST(Exchange, EqualsItsPlainFormToTheLastBit) {
-  for (const auto& [groups, factors, patches] :
-       std::vector<std::array<int, 3>>{{2, 0, 1}, {7, 3, 2}, {1001, 40, 3}}) {
-    const RandomExchange exchange(groups, factors, patches);
+  for (const auto& [groups, factors, patches, order] :
+       std::vector<std::tuple<int, int, int, FileOrder>>{{2, 0, 1, FileOrder::by_source},
+                                                         {7, 3, 2, FileOrder::by_source},
+                                                         {1001, 40, 3, FileOrder::shuffled},
+                                                         {66001, 20, 1, FileOrder::by_destination},
+                                                         {66001, 20, 1, FileOrder::shuffled}}) {
+    const RandomExchange exchange(groups, factors, patches, order);
     tsrf_module_radref::Work work;
     for (const std::size_t bands : {1U, 2U}) work.prepare(exchange.raddat, bands);
     frame::Crew one, three({3});

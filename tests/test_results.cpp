@@ -64,12 +64,13 @@ TEST_F(Results, RealsHaveTheBytesOfThePlainForm) {
   for (int e = -323; e <= 308; ++e)
     same_bytes(std::strtod(frame::items("1e", e).erase(2, 1).c_str(), nullptr));
   std::mt19937_64 random(1);
-  for (int n = 0; n < 100000; ++n) {
+  for (int n = 0; n < 150000; ++n) {
     const double any = std::bit_cast<double>(random() & 0x7fffffffffffffffU);
     if (std::isfinite(any)) same_bytes(any);
     // The middle between two results, exact where the digits of a real allow.
     const double digits = static_cast<double>(100000 + random() % 900000) + 0.5;
     same_bytes(digits * std::pow(10.0, static_cast<int>(random() % 16) - 4));
+    same_bytes(std::ldexp(static_cast<double>(random() >> 11), -43));  // as results are
   }
 }
 
@@ -81,6 +82,19 @@ TEST_F(Results, IntegersWidenTheirFieldAndNeverTouch) {
   row.integer(std::numeric_limits<std::int32_t>::min(), 8);
   row.end(messages.log, file);
   EXPECT_EQ(written(), "2147483647 1234 -1234 -2147483648\n");
+  for (const int width : {3, 5, 8}) {
+    for (const std::int32_t value : {0, 7, 10, 99, 100, 101, 999, 1000, 1005, 1050, 9999, 10000}) {
+      row.integer(1, 3);
+      row.integer(value, width);
+      file.buffer().clear();
+      row.end(messages.log, file);
+      const std::string digits = std::to_string(value);
+      const auto blanks = static_cast<std::size_t>(width) > digits.size()
+                              ? static_cast<std::size_t>(width) - digits.size()
+                              : 1;
+      EXPECT_EQ(file.buffer(), "  1" + std::string(blanks, ' ') + digits + "\n");
+    }
+  }
 }
 
 TEST_F(Results, FilesStartOver) {

@@ -194,4 +194,10 @@ void set_hin(const tsrf_module_patch::Data& patch, const Data& data, std::span<d
   }
 }
 
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("buildings", data.BldID, data.BldCD, data.Strct, data.floor, data.area, data.acflr,
+           data.shf, data.cop, data.no_release, data.Tr, data.Tm, data.bldat);
+  list.add("qtrans,qroom,sensible,latent", data.qtrans, data.qroom, data.sensible, data.latent);
+}
+
 }  // namespace tsrf_module_bldng

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "buildings/rmheat.hpp"
+#include "frame/array_list.hpp"
 #include "frame/code_index.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
@@ -80,5 +81,8 @@ void bldng_alloc_tmpdata(frame::Log& log, std::int32_t mpatch, Data& data);
 
 /// Inner film coefficient [W/m2 K] of all building surfaces.
 void set_hin(const tsrf_module_patch::Data& patch, const Data& data, std::span<double> hin);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_bldng

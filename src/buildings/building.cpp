@@ -291,4 +291,8 @@ void tsrf_building(frame::Log& log, const frame::ProcessLayer& layer, double tim
   release_heat(patch, work, bldng);
 }
 
+void list_arrays(const Work& work, frame::ArrayList& list) {
+  list.add("rooms", work.surfaces, work.sums, work.releases, work.wants, work.packed);
+}
+
 }  // namespace tsrf_building

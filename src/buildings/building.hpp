@@ -18,6 +18,7 @@
 #include "buildings/bldcmm.hpp"
 #include "buildings/bldng.hpp"
 #include "buildings/rmheat.hpp"
+#include "frame/array_list.hpp"
 #include "frame/log.hpp"
 #include "frame/patch_table.hpp"
 #include "frame/process_layer.hpp"
@@ -145,5 +146,8 @@ void tsrf_building(frame::Log& log, const frame::ProcessLayer& layer, double tim
                    const tsrf_module_rmheat::Data& rmheat, const tsrf_module_aircon::Data& aircon,
                    const tsrf_module_bldcmm::Data& bldcmm, tsrf_module_bldng::Data& bldng,
                    Work& work);
+
+/// Tells what the arrays take.
+void list_arrays(const Work& work, frame::ArrayList& list);
 
 }  // namespace tsrf_building

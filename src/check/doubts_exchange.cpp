@@ -2,6 +2,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
+#include <numeric>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -12,7 +15,6 @@ namespace check {
 namespace {
 
 using frame::items;
-using tsrf_module_raddat::ViewFactors;
 
 constexpr double kMostSum = 1.0001;
 constexpr double kLeastSum = 0.9;
@@ -22,21 +24,51 @@ constexpr double kApart =
     0.05;  // of the larger power and of the smaller area: less is noise of rays
 constexpr std::size_t kNamed = 10;
 
+struct Entry {
+  std::int32_t source;
+  float factor;
+};
+
+/// View factors by destination: entries first[g] .. first[g + 1] - 1 are of group g.
+struct Rows {
+  std::vector<std::size_t> first;
+  std::vector<Entry> entries;
+
+  template <class Self>
+  static auto of(Self& rows, std::size_t g) {
+    return std::span(rows.entries).subspan(rows.first[g], rows.first[g + 1] - rows.first[g]);
+  }
+};
+
+Rows rows_of(tsrf_module_raddat::Data& data) {
+  Rows rows;
+  rows.first.resize(data.PgID.size() + 2);  // counted one further on, so that filling moves them
+  data.view_factors.each([&](std::size_t g, std::size_t, float) { ++rows.first[g + 2]; });
+  std::inclusive_scan(rows.first.begin(), rows.first.end(), rows.first.begin());
+  rows.entries.resize(rows.first.back());
+  data.view_factors.each([&](std::size_t g, std::size_t source, float factor) {
+    rows.entries[rows.first[g + 1]++] = {static_cast<std::int32_t>(source), factor};
+  });
+  rows.first.pop_back();
+  return rows;
+}
+
 struct Table {
   const tsrf_module_raddat::Data& data;
+  const Rows& rows;
   std::vector<double> area;  // by group
   std::vector<double> sky;   // by group: sky view factor as the file has it
   std::vector<bool> flat;    // by group: all its patches look up, where sky is behind the rim
   bool reversed;             // the rows were given in the reverse sense
 
   /// The factor that the file has for an entry of destination g.
-  [[nodiscard]] double factor(std::size_t g, const ViewFactors::Entry& entry) const {
+  [[nodiscard]] double factor(std::size_t g, const Entry& entry) const {
     const double value = static_cast<double>(entry.factor);
     const auto s = static_cast<std::size_t>(entry.source);
     return reversed ? value * area[s] / area[g] : value;
   }
   /// Whose row an entry of destination g stands in.
-  [[nodiscard]] std::size_t row(std::size_t g, const ViewFactors::Entry& entry) const {
+  [[nodiscard]] std::size_t row(std::size_t g, const Entry& entry) const {
     return reversed ? g : static_cast<std::size_t>(entry.source);
   }
 };
@@ -55,7 +87,7 @@ void look_at_rows(const Table& table, frame::Findings& findings) {
   std::vector<double> lacks(sum.size());  // what the rows of its partners say beyond its own
   std::vector<bool> seen(sum.size());
   for (std::size_t g = 0; g < sum.size(); ++g) {
-    for (const ViewFactors::Entry& entry : table.data.view_factors.of(g)) {
+    for (const Entry& entry : Rows::of(table.rows, g)) {
       const std::size_t row = table.row(g, entry);
       const std::size_t partner = row == g ? static_cast<std::size_t>(entry.source) : g;
       const double factor = table.factor(g, entry);
@@ -86,11 +118,11 @@ void look_at_rows(const Table& table, frame::Findings& findings) {
 }
 
 /// Entries of each row in the order of their sources, as most files have them.
-void put_in_order(frame::Crew& crew, ViewFactors& table) {
-  const std::size_t groups = table.first.size() - 1;
+void put_in_order(frame::Crew& crew, Rows& rows) {
+  const std::size_t groups = rows.first.size() - 1;
   crew.each(groups, 256, [&](std::size_t g) {
-    const auto row = table.of(g);
-    constexpr auto by_source = &ViewFactors::Entry::source;
+    const auto row = Rows::of(rows, g);
+    constexpr auto by_source = &Entry::source;
     if (!std::ranges::is_sorted(row, {}, by_source)) std::ranges::sort(row, {}, by_source);
   });
 }
@@ -112,8 +144,8 @@ void keep(std::vector<Pair>& worst, const Pair& pair) {
 /// Area times factor must be the same both ways. The rows are walked once: the place in the row of
 /// each partner only goes forward as the rows come in their order.
 void look_at_pairs(const Table& table, frame::Findings& findings) {
-  const ViewFactors& factors = table.data.view_factors;
-  std::vector<std::int64_t> next(factors.first.begin(), factors.first.end() - 1);
+  const Rows& factors = table.rows;
+  std::vector<std::size_t> next(factors.first.begin(), factors.first.end() - 1);
   std::vector<Pair> worst;
   std::int64_t count = 0;
   const auto compare = [&](std::size_t g, std::size_t s, double here, double there) {
@@ -124,20 +156,19 @@ void look_at_pairs(const Table& table, frame::Findings& findings) {
     keep(worst, {std::abs(here - there), g, s, here, there});
   };
   for (std::size_t g = 0; g + 1 < factors.first.size(); ++g) {
-    for (const ViewFactors::Entry& entry : factors.of(g)) {
+    for (const Entry& entry : Rows::of(factors, g)) {
       const auto s = static_cast<std::size_t>(entry.source);
       const double here = table.factor(g, entry) * table.area[table.row(g, entry)];
-      std::int64_t& at = next[s];
-      const std::int64_t end = factors.first[s + 1];
-      const auto entry_at = [&](std::int64_t n) -> const ViewFactors::Entry& {
-        return factors.entries[static_cast<std::size_t>(n)];
-      };
-      while (at < end && entry_at(at).source < static_cast<std::int32_t>(g)) ++at;
-      const bool there = at < end && entry_at(at).source == static_cast<std::int32_t>(g);
+      std::size_t& at = next[s];
+      const std::size_t end = factors.first[s + 1];
+      while (at < end && factors.entries[at].source < static_cast<std::int32_t>(g)) ++at;
+      const bool there = at < end && factors.entries[at].source == static_cast<std::int32_t>(g);
       if (there && s <= g) continue;  // its partner has compared it
       const std::size_t row = table.row(g, entry);
       compare(row, row == g ? s : g, here,
-              there ? table.factor(s, entry_at(at)) * table.area[table.row(s, entry_at(at))] : 0.0);
+              there ? table.factor(s, factors.entries[at]) *
+                          table.area[table.row(s, factors.entries[at])]
+                    : 0.0);
     }
   }
   for (const Pair& pair : worst) {
@@ -156,11 +187,13 @@ void look_at_pairs(const Table& table, frame::Findings& findings) {
 
 void doubt_exchange(const Parts& parts, tsrf_main01::Run& run) {
   tsrf_module_raddat::Data& data = run.radiation.raddat;
-  if (!parts.exchange || !parts.whole_list ||
-      data.view_factors.first.size() != data.PgID.size() + 1)
-    return;
+  const bool known = !data.view_factors.narrow.empty() || !data.view_factors.wide.empty();
+  if (!parts.exchange || !parts.whole_list || !known) return;
   frame::Findings& findings = run.desk.log.findings();
+  Rows rows = rows_of(data);
+  put_in_order(run.desk.crew, rows);
   Table table{.data = data,
+              .rows = rows,
               .area = tsrf_module_raddat::group_sums(data, run.inputs.patch.area),
               .sky = {},
               .flat = std::vector<bool>(data.PgID.size(), true),
@@ -176,7 +209,6 @@ void doubt_exchange(const Parts& parts, tsrf_main01::Run& run) {
       table.sky[g] = run.surface.data.skyvf0[p];
     }
   }
-  put_in_order(run.desk.crew, data.view_factors);
   look_at_rows(table, findings);
   look_at_pairs(table, findings);
 }

@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "driver/file_table.hpp"
+#include "driver/memory_report.hpp"
 #include "driver/progress.hpp"
 #include "driver/result_files.hpp"
 #include "driver/run.hpp"
@@ -26,6 +27,7 @@ void whole_run(const Place& place, frame::Log& log, frame::UnitTable& units,
   run->inputs.size = frame::read_grid_size(log, units.input(frame::kUnitControl));
   tsrf_main01::tsrf_main01(*run);
   units.flush_outputs(log);
+  tsrf_main01::report_memory(*run);
   frame::report_results(log, units);
   progress::write_closing_stamp(log, units.output(frame::kUnitProgressLog), run->progress);
 }

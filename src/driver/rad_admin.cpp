@@ -133,4 +133,9 @@ void set_emission(frame::Crew& crew, const tsrf_module_patch::Data& patch,
   });
 }
 
+void list_arrays(const Work& work, frame::ArrayList& list) {
+  list.add("Sl,Ss,tRl,tRs,tJdir", work.Sl, work.Ss, work.tRl, work.tRs, work.tJdir);
+  tsrf_module_radref::list_arrays(work.radref, list);
+}
+
 }  // namespace rad_admin

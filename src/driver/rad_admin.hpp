@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "frame/accounts.hpp"
+#include "frame/array_list.hpp"
 #include "frame/function_ref.hpp"
 #include "frame/log.hpp"
 #include "inputs/patch.hpp"
@@ -83,5 +84,8 @@ void set_emission(frame::Crew& crew, const tsrf_module_patch::Data& patch,
                   std::span<const std::int32_t> isrf, std::span<const double> T,
                   std::span<const double> emissivity, const tsrf_module_raddat::Data& raddat,
                   std::span<double> Sl, std::span<double> Ss);
+
+/// Tells what the arrays take.
+void list_arrays(const Work& work, frame::ArrayList& list);
 
 }  // namespace rad_admin

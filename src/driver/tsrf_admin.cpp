@@ -131,12 +131,13 @@ void radiation_step(Desk& desk, const Inputs& inputs, Surface& surface, Radiatio
   Incident& step = radiation.incident;
   std::ranges::copy(surface.data.skyvf0, step.skyvf.begin());
   const auto sundir = [&] {
-    jmk::tsrf_sundir(desk.log, time.dt, time.time, sky.sun, sky.fluxes, inputs.patch, step.fsun,
-                     trees.cells, trees.radiat, trees.canopy, step.Jdir);
+    jmk::tsrf_sundir(desk.log, desk.crew, time.dt, time.time, sky.sun, sky.fluxes, inputs.patch,
+                     step.fsun, trees.cells, trees.radiat, trees.canopy, step.Jdir);
   };
   const auto trcanopy = [&] {
-    jmk::tsrf_trcanopy(desk.log, sky.fluxes, inputs.patch, trees.cells, trees.htrans, trees.radiat,
-                       trees.canopy, step.Rl, step.Rs, radiation.raddat.JRl, radiation.raddat.JRs);
+    jmk::tsrf_trcanopy(desk.log, desk.crew, sky.fluxes, inputs.patch, trees.cells, trees.htrans,
+                       trees.radiat, trees.canopy, step.Rl, step.Rs, radiation.raddat.JRl,
+                       radiation.raddat.JRs);
   };
   rad_admin::rad_admin(desk.log, desk.crew, desk.accounts, sky.sun, sky.fluxes, inputs.patch,
                        inputs.srfprp, {trees.htrans, trees.radiat, sundir, trcanopy}, surface.data,

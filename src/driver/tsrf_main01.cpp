@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 #include "driver/start_up.hpp"
 #include "driver/step_results.hpp"
@@ -34,15 +35,14 @@ void skip_records(frame::TextInput& control, int count) {
   for (; count > 0; --count) skip_record(control);
 }
 
-bool stop_file_exists(const frame::UnitTable& units) {
-  return ::access(units.path_of("EXIT").c_str(), F_OK) == 0;
-}
+bool exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
 
 /// True when the remainder of `time` by a day rounds to 0.
 bool at_day_end(double time) { return std::round(std::fmod(time, kSecondsPerDay)) == 0.0; }
 
 void march(Run& run, const Start& start) {
   const double dt = run.inputs.control.dtmax;
+  const std::string stop_file = run.desk.units.path_of("EXIT");
   double time = start.time;
   TerminalLine terminal(run.desk.terminal, start.iteration, run.inputs.control.itere);
   for (std::int64_t iter = start.iteration;; ++iter) {
@@ -56,7 +56,7 @@ void march(Run& run, const Start& start) {
     }
     tsrf_prep_monthly(run, time);
     const bool kconv = tsrf_admin(run, iter, time, dt);
-    const bool lend = stop_file_exists(run.desk.units) || kconv || iter == run.inputs.control.itere;
+    const bool lend = exists(stop_file) || kconv || iter == run.inputs.control.itere;
     time += dt;
     write_closed_month(run, iter, time, lend);
     if (at_day_end(time) || lend) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -36,24 +37,27 @@ AirColumn state_column(const Settings& settings, const GridTables& grid) {
   return column;
 }
 
-void set_density(const Settings& settings, const GridTables& grid, State& state) {
+void set_density(frame::Crew& crew, const Settings& settings, const GridTables& grid,
+                 State& state) {
   const Box& box = grid.box;
   const AirColumn column = state_column(settings, grid);
   const double* const centre = grid.axis[0].centre.data() + (box.computed(0) ? 0 : kHalo);
-  for_wide_rows(box, [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
-    double* const r = state.r[0].data() + place;
-    std::fill_n(r, count, 0.0);
-    for (std::size_t s = 0; s < state.ys.size(); ++s) {
-      add_moles(count, state.ys[s].data() + place, settings.species.wm[s], r);
-    }
-    const double base = state.pt + column.at({0.0, grid.axis[1].xc(j), grid.axis[2].xc(k)});
-    divide_row(count, base, column.slope[0], centre, state.t.data() + place, r);
-  });
+  share_wide_rows(
+      crew, box, [&](std::size_t place, std::size_t count, std::int32_t j, std::int32_t k) {
+        double* const r = state.r[0].data() + place;
+        std::fill_n(r, count, 0.0);
+        for (std::size_t s = 0; s < state.ys.size(); ++s) {
+          add_moles(count, state.ys[s].data() + place, settings.species.wm[s], r);
+        }
+        const double base = state.pt + column.at({0.0, grid.axis[1].xc(j), grid.axis[2].xc(k)});
+        divide_row(count, base, column.slope[0], centre, state.t.data() + place, r);
+      });
 }
 
-void flw_clrho(const Settings& settings, const GridTables& grid, bool opens_step, State& state) {
+void flw_clrho(frame::Crew& crew, const Settings& settings, const GridTables& grid, bool opens_step,
+               State& state) {
   if (opens_step) std::swap(state.r[1], state.r[0]);
-  set_density(settings, grid, state);
+  set_density(crew, settings, grid, state);
 }
 
 double density_of(const Group& group, const AirColumn& column, const Vector& x, double pt) {

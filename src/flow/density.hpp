@@ -9,6 +9,7 @@
 #include "flow/grid_tables.hpp"
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -28,11 +29,12 @@ AirColumn state_column(const Settings& settings, const GridTables& grid);
 
 /// Level 1 of `r` becomes pt/(8.314 T sum(ys/wm)). Reads t, ys with their halos and pt; writes r
 /// level 1, halos of the computed axes included.
-void set_density(const Settings& settings, const GridTables& grid, State& state);
+void set_density(frame::Crew& crew, const Settings& settings, const GridTables& grid, State& state);
 
 /// flw_clrho: with `opens_step`, the first call of a step, level 2 first takes what level 1 was;
 /// then set_density. Reads t, ys, pt; writes r.
-void flw_clrho(const Settings& settings, const GridTables& grid, bool opens_step, State& state);
+void flw_clrho(frame::Crew& crew, const Settings& settings, const GridTables& grid, bool opens_step,
+               State& state);
 
 /// Density of the air that enters with the values of a group at the place `x` of its face.
 double density_of(const Group& group, const AirColumn& column, const Vector& x, double pt);

@@ -1,6 +1,9 @@
 #include "flow/halo.hpp"
 
 #include <algorithm>
+#include <span>
+
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -12,73 +15,105 @@ struct LayerCopy {
   double sign;
 };
 
-/// Layers along `axis`, over the whole extent of the other two, halos included.
-void copy_layer(Field& field, int axis, const LayerCopy& copy) {
+/// The copies of an axis, one behind the other.
+struct LayerCopies {
+  std::array<LayerCopy, 8> list{};
+  std::size_t count = 0;
+
+  void add(const LayerCopy& copy) { list[count++] = copy; }
+};
+
+/// Layers along `axis`, over the whole extent of the other two, halos included. A line of cells
+/// along the axis takes part in no other.
+void copy_layers(frame::Crew& crew, Field& field, int axis, const LayerCopies& copies) {
   const Box& box = field.box();
   const int inner = axis == 0 ? 1 : 0;
   const int outer = axis == 2 ? 1 : 2;
+  const std::size_t step = box.stride(inner);
+  const std::size_t count = box.extent(inner);
   const auto start = [&](std::int32_t layer) {
     return static_cast<std::size_t>(layer + kHalo - 1) * box.stride(axis);
   };
-  double* const to = field.data() + start(copy.to);
-  const double* const from = field.data() + start(copy.from);
-  for (std::size_t o = 0; o < box.extent(outer); ++o) {
-    for (std::size_t i = 0; i < box.extent(inner); ++i) {
-      const std::size_t at = o * box.stride(outer) + i * box.stride(inner);
-      to[at] = copy.sign * from[at];
+  const auto used = std::span(copies.list).first(copies.count);
+  crew.each(box.extent(outer), shared_rows(count), [&](std::size_t o) {
+    double* const row = field.data() + o * box.stride(outer);
+    if (axis == 0) {  // all layers of a line are near
+      for (std::size_t i = 0; i < count; ++i) {
+        double* const line = row + i * step;
+        for (const auto& [to, from, sign] : used) line[start(to)] = sign * line[start(from)];
+      }
+      return;
     }
-  }
+    for (const auto& [to, from, sign] : used) {
+      double* const target = row + start(to);
+      const double* const source = row + start(from);
+      for (std::size_t i = 0; i < count; ++i) target[i] = sign * source[i];
+    }
+  });
 }
 
 /// Cell layers, or the layers of faces of another axis.
-void fill_cell_layers(Field& field, int axis, const std::array<End, 2>& ends, bool odd) {
-  const std::int32_t n = field.box().n[static_cast<std::size_t>(axis)];
+LayerCopies cell_layers(std::int32_t n, const std::array<End, 2>& ends, bool odd) {
   const double mirror = odd ? -1.0 : 1.0;
+  LayerCopies copies;
   for (std::int32_t depth = 1; depth <= kHalo; ++depth) {
     const std::int32_t near = std::min(depth, n);
     const std::array<LayerCopy, 3> lower{
         {{1 - depth, 1, 1.0}, {1 - depth, n + 1 - depth, 1.0}, {1 - depth, near, mirror}}};
     const std::array<LayerCopy, 3> upper{
         {{n + depth, n, 1.0}, {n + depth, depth, 1.0}, {n + depth, n + 1 - near, mirror}}};
-    copy_layer(field, axis, lower[static_cast<std::size_t>(ends[0])]);
-    copy_layer(field, axis, upper[static_cast<std::size_t>(ends[1])]);
+    copies.add(lower[static_cast<std::size_t>(ends[0])]);
+    copies.add(upper[static_cast<std::size_t>(ends[1])]);
   }
+  return copies;
 }
 
 /// Layers of faces across their own axis.
-void fill_face_layers(Field& field, int axis, const std::array<End, 2>& ends) {
-  const std::int32_t n = field.box().n[static_cast<std::size_t>(axis)];
-  if (ends[0] == End::periodic) copy_layer(field, axis, {0, n, 1.0});
-  if (ends[0] == End::symmetric) copy_layer(field, axis, {0, 0, 0.0});
-  if (ends[1] == End::symmetric) copy_layer(field, axis, {n, n, 0.0});
+LayerCopies face_layers(std::int32_t n, const std::array<End, 2>& ends) {
+  LayerCopies copies;
+  if (ends[0] == End::periodic) copies.add({0, n, 1.0});
+  if (ends[0] == End::symmetric) copies.add({0, 0, 0.0});
+  if (ends[1] == End::symmetric) copies.add({n, n, 0.0});
   const std::array<LayerCopy, 3> lower{{{-1, 0, 1.0}, {-1, n - 1, 1.0}, {-1, 1, -1.0}}};
-  copy_layer(field, axis, lower[static_cast<std::size_t>(ends[0])]);
+  copies.add(lower[static_cast<std::size_t>(ends[0])]);
   for (std::int32_t depth = 1; depth <= kHalo; ++depth) {
     const std::array<LayerCopy, 3> upper{
         {{n + depth, n, 1.0}, {n + depth, depth, 1.0}, {n + depth, n - depth, -1.0}}};
-    copy_layer(field, axis, upper[static_cast<std::size_t>(ends[1])]);
+    copies.add(upper[static_cast<std::size_t>(ends[1])]);
   }
+  return copies;
 }
 
 }  // namespace
 
-void fill_halos(Field& field, const Ends& ends, int odd_axis) {
+void fill_halos(frame::Crew& crew, Field& field, const Ends& ends, int odd_axis) {
   for (int axis = 0; axis < 3; ++axis) {
-    if (!field.box().computed(axis)) continue;
-    fill_cell_layers(field, axis, ends[static_cast<std::size_t>(axis)], axis == odd_axis);
+    const Box& box = field.box();
+    if (!box.computed(axis)) continue;
+    const auto a = static_cast<std::size_t>(axis);
+    copy_layers(crew, field, axis, cell_layers(box.n[a], ends[a], axis == odd_axis));
   }
 }
 
-void fill_face_halos(Field& field, int axis, const Ends& ends) {
+void fill_face_halos(frame::Crew& crew, Field& field, int axis, const Ends& ends) {
   for (int across = 0; across < 3; ++across) {
-    if (!field.box().computed(across)) continue;
-    const auto& own = ends[static_cast<std::size_t>(across)];
-    if (across == axis) {
-      fill_face_layers(field, axis, own);
-    } else {
-      fill_cell_layers(field, across, own, false);
-    }
+    const Box& box = field.box();
+    if (!box.computed(across)) continue;
+    const auto a = static_cast<std::size_t>(across);
+    copy_layers(
+        crew, field, across,
+        across == axis ? face_layers(box.n[a], ends[a]) : cell_layers(box.n[a], ends[a], false));
   }
+}
+
+void fill_halos(Field& field, const Ends& ends, int odd_axis) {
+  frame::Crew alone;
+  fill_halos(alone, field, ends, odd_axis);
+}
+
+void fill_face_halos(Field& field, int axis, const Ends& ends) {
+  frame::Crew alone;
+  fill_face_halos(alone, field, axis, ends);
 }
 
 }  // namespace flow

@@ -8,6 +8,7 @@
 
 #include "flow/boundary.hpp"
 #include "flow/box.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -15,10 +16,13 @@ using Ends = std::array<std::array<End, 2>, 3>;
 
 /// Fills both halo layers of a cell field. A component along `odd_axis` changes its sign in the
 /// mirror of that axis; -1: none does.
-void fill_halos(Field& field, const Ends& ends, int odd_axis = -1);
+void fill_halos(frame::Crew& crew, Field& field, const Ends& ends, int odd_axis = -1);
 /// Fills the halos of the face field of `axis`, whose own faces are 0..n along it. At a symmetric
 /// end the face of the end itself is set to 0; at a periodic one the two faces that are the same
 /// place both take the upper one's value.
+void fill_face_halos(frame::Crew& crew, Field& field, int axis, const Ends& ends);
+/// The same by one hand, for the start of a run.
+void fill_halos(Field& field, const Ends& ends, int odd_axis = -1);
 void fill_face_halos(Field& field, int axis, const Ends& ends);
 
 }  // namespace flow

@@ -168,7 +168,7 @@ void march(Desk& desk, Run& run, Outputs& outputs) {
   TerminalLine terminal(desk.terminal, run.state.iter, run.settings.control);
   for (bool stop = false; !stop;) {
     advance(desk.log, desk.accounts, run);
-    print_monitor(desk.log, run.state, run.openings.fluid, run.settings.control.iturb);
+    print_monitor(desk.log, run.crew, run.state, run.openings.fluid, run.settings.control.iturb);
     flw_module_resid();
     flw_module_rsdprf();
     stop = is_over(desk, run);

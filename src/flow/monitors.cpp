@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
+#include <tuple>
 
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -89,22 +92,52 @@ void take_block(const Flags& fluid, const State& state, bool turbulent, const Ce
   found.finite = found.finite && lost == 0.0;
 }
 
-}  // namespace
-
-Monitors take_monitors(const Flags& fluid, const State& state, bool turbulent) {
-  const Box& box = fluid.box();
+Monitors nothing() {
   Monitors found;
   for (Extreme* extreme : {&found.velocity, &found.warmest, &found.coldest, &found.mut}) {
     extreme->value = kNone;
   }
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
-    const auto n = static_cast<std::size_t>(box.n[0]);
-    for (std::size_t i = 0; i < n; i += kBlock) {
-      const Cells cells{
-          place + i, std::min(kBlock, n - i), {static_cast<std::int32_t>(i) + 1, j, k}};
-      take_block(fluid, state, turbulent, cells, found);
-    }
-  });
+  return found;
+}
+
+/// Of two equal values the first in the order of cells counts, in whatever order stretches end.
+void join(const Monitors& more, Monitors& all) {
+  const auto join_one = [](const Extreme& one, Extreme& best) {
+    const auto order = [](const Triple& cell) { return std::tuple(cell[2], cell[1], cell[0]); };
+    if (one.cell[0] == 0 || one.value < best.value) return;
+    if (one.value > best.value || order(one.cell) < order(best.cell)) best = one;
+  };
+  join_one(more.velocity, all.velocity);
+  join_one(more.warmest, all.warmest);
+  join_one(more.coldest, all.coldest);
+  join_one(more.mut, all.mut);
+  all.finite = all.finite && more.finite;
+}
+
+}  // namespace
+
+Monitors take_monitors(frame::Crew& crew, const Flags& fluid, const State& state, bool turbulent) {
+  const Box& box = fluid.box();
+  Monitors found = nothing();
+  std::mutex joining;
+  const auto ny = static_cast<std::size_t>(box.n[1]);
+  const auto n = static_cast<std::size_t>(box.n[0]);
+  crew.share(ny * static_cast<std::size_t>(box.n[2]), 4 * shared_rows(n),
+             [&](frame::Crew::Stretch part) {
+               Monitors here = nothing();
+               for (std::size_t row = part.first; row < part.last; ++row) {
+                 const auto j = static_cast<std::int32_t>(row % ny) + 1;
+                 const auto k = static_cast<std::int32_t>(row / ny) + 1;
+                 for (std::size_t i = 0; i < n; i += kBlock) {
+                   const Cells cells{box.at(1, j, k) + i,
+                                     std::min(kBlock, n - i),
+                                     {static_cast<std::int32_t>(i) + 1, j, k}};
+                   take_block(fluid, state, turbulent, cells, here);
+                 }
+               }
+               const std::lock_guard lock(joining);
+               join(here, found);
+             });
   found.any = found.warmest.cell[0] > 0;
   found.velocity.value = std::sqrt(std::max(found.velocity.value, 0.0));
   found.coldest.value = -found.coldest.value;

@@ -5,6 +5,7 @@
 
 #include "flow/box.hpp"
 #include "flow/state.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -24,6 +25,6 @@ struct Monitors {
 
 /// One pass over the fluid cells. Reads ru, r level 1, p, t and, when `turbulent`, mut, k and
 /// epsilon.
-Monitors take_monitors(const Flags& fluid, const State& state, bool turbulent);
+Monitors take_monitors(frame::Crew& crew, const Flags& fluid, const State& state, bool turbulent);
 
 }  // namespace flow

@@ -111,7 +111,7 @@ std::uint64_t flw_prep_init(frame::Log& log, Run& run, const SetFile& restart,
                             const SetFile& initial) {
   const std::uint64_t kept = first_values(log, run, restart, initial);
   prepare(log, run);
-  flw_clsolid(run.work.rim, run.state);  // a set may come from a run with other obstacles
+  flw_clsolid(run.crew, run.work.rim, run.state);  // a set may come from a run with other obstacles
   if (run.settings.control.iters >= 0) return kept;
   set_uniform_flow(run.settings.control, run.state);
   put_normal_fluxes(run);

@@ -12,7 +12,7 @@ int run_program(const frame::Place& place) {
     const FileNames names = read_file_names(log, units);
     const frame::GridSize size = frame::read_grid_size(log, units.input(frame::kUnitControl));
     Desk desk{log, units, layer, names, size, place.errors_is_terminal ? &place.errors : nullptr};
-    const auto run = std::make_unique<Run>();
+    const auto run = std::make_unique<Run>(frame::hands_wanted(log));
     flw_main01(desk, *run);
     units.flush_outputs(log);
   });

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -62,10 +63,10 @@ double diffusivity(const Species& species, std::size_t s, double y, double moles
   return of_species(mu, species.sclmnr, moles, y, species.wm[s]);
 }
 
-void flw_clprop(const Species& species, State& state) {
+void flw_clprop(frame::Crew& crew, const Species& species, State& state) {
   // A constant stands from the first call on.
   const bool stands = !species.sutherland && state.mu(1, 1, 1) == species.mu;
-  for_wide_rows(state.t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
+  share_wide_rows(crew, state.t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
     if (!species.sutherland && !stands) {
       std::fill_n(state.mu.data() + place, count, species.mu);
     }

@@ -8,6 +8,7 @@
 
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -22,6 +23,6 @@ double diffusivity(const Species& species, std::size_t s, double y, double moles
 
 /// Reads t, ys with their halos; writes mu and, with temperature, cp and dif, halos of the computed
 /// axes included. The conductivity is mu cp/prlmnr.
-void flw_clprop(const Species& species, State& state);
+void flw_clprop(frame::Crew& crew, const Species& species, State& state);
 
 }  // namespace flow

@@ -4,6 +4,7 @@
 
 #include "flow/density.hpp"
 #include "flow/halo.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -60,6 +61,17 @@ Flags numbers_of(const Box& box, const std::vector<BoundaryFace>& faces, std::in
     if (faces[f].side == side) numbers[faces[f].cell] = static_cast<std::int32_t>(f);
   }
   return numbers;
+}
+
+/// Brings the faces of an axis into the order of their cells, and finds where rows begin.
+void order_faces(const Box& box, std::size_t axis, Rim& rim) {
+  auto& faces = rim.faces[axis];
+  std::ranges::stable_sort(faces, {}, &BoundaryFace::cell);
+  const auto rows = static_cast<std::size_t>(box.n[1]) * static_cast<std::size_t>(box.n[2]);
+  auto& start = rim.row_start[axis];
+  start.assign(rows + 1, 0);
+  for (const BoundaryFace& face : faces) ++start[row_of(box, face.index) + 1];
+  for (std::size_t row = 0; row < rows; ++row) start[row + 1] += start[row];
 }
 
 void list_free(const Box& box, Rim& rim) {
@@ -121,6 +133,7 @@ Rim make_rim(const Boundary& boundary, const BoundaryFaces& faces, const Opening
       if (boundary.ends[a][side < 0 ? 0 : 1] != End::symmetric) continue;
       list_symmetric_end(openings, axis, side, rim);
     }
+    order_faces(box, a, rim);
     for (const auto& face : rim.faces[a]) {
       const double open = openings.gm[a][face.face];
       rim.open[a].push_back(open);
@@ -148,8 +161,8 @@ static double given_flux(const Group& group, int axis, const AirColumn& column, 
   return density_of(group, column, x, pt) * velocity;
 }
 
-void set_normal_fluxes(const Settings& settings, const GridTables& grid, const Boundary& boundary,
-                       const Rim& rim, State& state) {
+void set_normal_fluxes(frame::Crew& crew, const Settings& settings, const GridTables& grid,
+                       const Boundary& boundary, const Rim& rim, State& state) {
   const AirColumn column = state_column(settings, grid);
   for (int axis = 0; axis < 3; ++axis) {
     const auto a = static_cast<std::size_t>(axis);
@@ -160,17 +173,18 @@ void set_normal_fluxes(const Settings& settings, const GridTables& grid, const B
       state.ru[a][at.face] = given_flux(group, axis, column, face_centre(grid, axis, at), state.pt);
     }
     for (const std::size_t face : rim.closed_faces[a]) state.ru[a][face] = 0.0;
-    fill_face_halos(state.ru[a], axis, boundary.ends);
+    fill_face_halos(crew, state.ru[a], axis, boundary.ends);
   }
 }
 
-void flw_clsolid(const Rim& rim, State& state) {
-  for (const std::size_t cell : rim.closed_cells) {
-    state.p[cell] = 0.0;
-    state.mut[cell] = 0.0;
-  }
+void flw_clsolid(frame::Crew& crew, const Rim& rim, State& state) {
+  crew.each(rim.closed_cells.size(), kSharedCells, [&](std::size_t n) {
+    state.p[rim.closed_cells[n]] = 0.0;
+    state.mut[rim.closed_cells[n]] = 0.0;
+  });
   for (std::size_t a = 0; a < 3; ++a) {
-    for (const std::size_t face : rim.closed_faces[a]) state.ru[a][face] = 0.0;
+    const auto& faces = rim.closed_faces[a];
+    crew.each(faces.size(), kSharedCells, [&](std::size_t n) { state.ru[a][faces[n]] = 0.0; });
   }
 }
 

@@ -11,10 +11,14 @@
 #include "flow/state.hpp"
 #include "flow/step_work.hpp"
 #include "flow/urban/urban.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
 struct Run {
+  explicit Run(frame::Hands hands = {}) : crew(hands) {}
+
+  frame::Crew crew;  ///< shares the loops of the step
   Settings settings;
   GridTables grid;
   SubDomains domains;

@@ -11,9 +11,9 @@
 
 namespace flow {
 
-Domain domain_of(const Run& run) {
+Domain domain_of(Run& run) {
   return {run.settings, run.grid,     run.work.metrics, run.boundary,
-          run.work.rim, run.openings, run.urban};
+          run.work.rim, run.openings, run.urban,        run.crew};
 }
 
 namespace {
@@ -22,17 +22,17 @@ namespace {
 void fill_first_halos(Run& run) {
   State& state = run.state;
   const Ends& ends = run.boundary.ends;
-  fill_halos(state.p, ends);
-  fill_halos(state.t, ends);
-  fill_halos(state.mut, ends);
-  for (Field& ys : state.ys) fill_halos(ys, ends);
+  fill_halos(run.crew, state.p, ends);
+  fill_halos(run.crew, state.t, ends);
+  fill_halos(run.crew, state.mut, ends);
+  for (Field& ys : state.ys) fill_halos(run.crew, ys, ends);
   for (Field& ak : state.ak) {
-    if (!ak.empty()) fill_halos(ak, ends);
+    if (!ak.empty()) fill_halos(run.crew, ak, ends);
   }
   for (int axis = 0; axis < 3; ++axis) {
     Field& ru = state.ru[static_cast<std::size_t>(axis)];
     if (run.grid.box.computed(axis)) {
-      fill_face_halos(ru, axis, ends);
+      fill_face_halos(run.crew, ru, axis, ends);
     } else {
       std::fill(ru.all().begin(), ru.all().end(), 0.0);
     }
@@ -56,7 +56,7 @@ void temperature_and_species(frame::Log& log, frame::Accounts& accounts, Run& ru
   sld_cltsld();
   const double dt = control.implicit() ? control.scalar.dtmax : state.dt;
   flw_cldtdt(log, domain_of(run), dt, run.work.scalars, run.work.system, state);
-  flw_clrho(run.settings, run.grid, false, state);
+  flw_clrho(run.crew, run.settings, run.grid, false, state);
   accounts.end(log, "temperature");
 }
 
@@ -66,9 +66,10 @@ void momentum_and_pressure(frame::Log& log, frame::Accounts& accounts, Run& run)
   flw_cldvdt(log, domain_of(run), dt, run.work.momentum, run.state);
   accounts.end(log, "momentum");
   accounts.start(log, "pressure");
-  const auto density = [&run] { set_density(run.settings, run.grid, run.state); };
+  const auto density = [&run] { set_density(run.crew, run.settings, run.grid, run.state); };
   const Field& drain = run.work.scalars.sources.drain;
-  flw_clprs(log, run.work.pressure, dt, drain.empty() ? nullptr : &drain, density, run.state);
+  flw_clprs(log, run.crew, run.work.pressure, dt, drain.empty() ? nullptr : &drain, density,
+            run.state);
   accounts.end(log, "pressure");
 }
 
@@ -88,7 +89,7 @@ void turbulence(frame::Log& log, frame::Accounts& accounts, Run& run) {
   nlk_stress();
   StepWork& work = run.work;
   Exner& exner = work.scalars.exner;
-  if (exner.used()) set_potential(run.state.t, exner);
+  if (exner.used()) set_potential(run.crew, run.state.t, exner);
   flw_clkeps(log, domain_of(run), momentum_step(run), exner.used() ? exner.theta : run.state.t,
              work.momentum.velocities, work.momentum.rows, work.system, work.turbulence, run.state);
   accounts.end(log, "turbulence");
@@ -112,26 +113,26 @@ void prepare(frame::Log& log, Run& run) {
     if (run.settings.control.itemp || run.settings.control.iturb == Turbulence::k_epsilon) {
       work.system = make_scalar_system(log, domain_of(run));
     }
-    work.scratch.assign(3 * static_cast<std::size_t>(box.n[0]), 0.0);
+    work.scratch.assign(3 * static_cast<std::size_t>(box.n[0]) * run.crew.hands(), 0.0);
   });
   work.pressure =
       make_pressure_step(log, run.settings, run.grid, run.openings, run.boundary, run.faces);
   fill_first_halos(run);
-  set_density(run.settings, run.grid, run.state);
-  flw_clprop(run.settings.species, run.state);
+  set_density(run.crew, run.settings, run.grid, run.state);
+  flw_clprop(run.crew, run.settings.species, run.state);
 }
 
 void put_normal_fluxes(Run& run) {
-  set_normal_fluxes(run.settings, run.grid, run.boundary, run.work.rim, run.state);
+  set_normal_fluxes(run.crew, run.settings, run.grid, run.boundary, run.work.rim, run.state);
 }
 
 void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   const auto& control = run.settings.control;
   State& state = run.state;
-  flw_clrho(run.settings, run.grid, true, state);
-  flw_clprop(run.settings.species, state);
+  flw_clrho(run.crew, run.settings, run.grid, true, state);
+  flw_clprop(run.crew, run.settings.species, state);
   eddy_viscosity(log, accounts, run);
-  state.dt = flw_cldelt(control, run.work.metrics, run.openings, state, run.work.scratch);
+  state.dt = flw_cldelt(run.crew, control, run.work.metrics, run.openings, state, run.work.scratch);
   sld_limit_deltt();
   state.time += state.dt;
   ++state.iter;
@@ -141,7 +142,7 @@ void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   if (!control.keeps_pressure) std::fill(state.p.all().begin(), state.p.all().end(), 0.0);
   momentum_and_pressure(log, accounts, run);
   turbulence(log, accounts, run);
-  flw_clsolid(run.work.rim, state);
+  flw_clsolid(run.crew, run.work.rim, state);
 }
 
 }  // namespace flow

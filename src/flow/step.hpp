@@ -12,7 +12,7 @@
 namespace flow {
 
 /// What the terms of the equations receive of the run.
-Domain domain_of(const Run& run);
+Domain domain_of(Run& run);
 
 /// Lists and work arrays of the step; halos, the first density and the first properties. The run
 /// must stay where it is from here on. Errors: those of make_pressure_step.

@@ -20,7 +20,7 @@ struct StepWork {
   ScalarSystem system;  ///< of all scalars
   PressureStep pressure;
   TurbulenceWork turbulence;
-  std::vector<double> scratch;  ///< three rows of cells
+  std::vector<double> scratch;  ///< three rows of cells for each hand
 };
 
 }  // namespace flow

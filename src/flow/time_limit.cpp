@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -60,17 +61,20 @@ FLOW_CLONES void keep_largest(std::size_t count, const std::int32_t* fluid, cons
 
 }  // namespace
 
-double flw_cldelt(const Control& control, const Metrics& metrics, const Openings& openings,
-                  const State& state, std::span<double> scratch) {
+double flw_cldelt(frame::Crew& crew, const Control& control, const Metrics& metrics,
+                  const Openings& openings, const State& state, std::span<double> scratch) {
   if (control.implicit()) return std::min(control.momentum.dtmax, control.scalar.dtmax);
   const Box& box = state.mu.box();
   const auto n = static_cast<std::size_t>(box.n[0]);
   const double factor = control.ivisc || control.idift || control.idifk ? 4.0 : 0.0;
-  double* const rate = scratch.data();
-  double* const diffusion = rate + n;
-  double* const best = diffusion + n;
-  std::fill_n(best, n, 1e-20);
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+  // The rows of a hand: rate, diffusion, and the largest so far.
+  const auto row_of = [&](std::size_t hand, std::size_t row) {
+    return scratch.data() + (3 * hand + row) * n;
+  };
+  for (std::size_t hand = 0; hand < crew.hands(); ++hand) std::fill_n(row_of(hand, 2), n, 1e-20);
+  share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k, std::size_t hand) {
+    double* const rate = row_of(hand, 0);
+    double* const diffusion = row_of(hand, 1);
     set_diffusion(n, factor, state.mu.data() + place, state.mut.data() + place, diffusion, rate);
     for (int axis = 0; axis < 3; ++axis) {
       if (!box.computed(axis)) continue;
@@ -82,9 +86,13 @@ double flw_cldelt(const Control& control, const Metrics& metrics, const Openings
         add_across(n, at, diffusion, metrics[a], axis == 1 ? j : k, rate);
       }
     }
-    keep_largest(n, openings.fluid.data() + place, rate, state.r[0].data() + place, best);
+    keep_largest(n, openings.fluid.data() + place, rate, state.r[0].data() + place,
+                 row_of(hand, 2));
   });
-  const double largest = *std::max_element(best, best + n);
+  double largest = 0.0;
+  for (std::size_t hand = 0; hand < crew.hands(); ++hand) {
+    largest = std::max(largest, *std::max_element(row_of(hand, 2), row_of(hand, 2) + n));
+  }
   return std::min(control.smaller.dtmax, control.smaller.dtsafe / largest);
 }
 

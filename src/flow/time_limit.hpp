@@ -9,6 +9,7 @@
 #include "flow/metrics.hpp"
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -16,8 +17,9 @@ namespace flow {
 /// (A + 4 (mu + mut) D)/r of all fluid cells, at most dtmax; A is the larger mass flux of an axis'
 /// two faces over the width, D the open part over the square of the least of three neighbouring
 /// widths, both summed over the computed axes. Without any diffusion D does not count. Reads r
-/// level 1, ru, mu, mut. `scratch` holds three rows of cells.
-double flw_cldelt(const Control& control, const Metrics& metrics, const Openings& openings,
-                  const State& state, std::span<double> scratch);
+/// level 1, ru, mu, mut. `scratch` holds three rows of cells for
+/// each hand.
+double flw_cldelt(frame::Crew& crew, const Control& control, const Metrics& metrics,
+                  const Openings& openings, const State& state, std::span<double> scratch);
 
 }  // namespace flow

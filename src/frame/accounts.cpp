@@ -38,10 +38,10 @@ CpuTimes process_times() {
   stop(log, "### process name = (" + std::string(name) + ")");
 }
 
-std::string padded(std::string_view name) {
-  std::string text(name.substr(0, kNameLength));
-  text.resize(kNameLength, ' ');
-  return text;
+/// A name as the table tells it: cut to its length, without the blanks that fill it up.
+std::string_view told(std::string_view name) {
+  name = name.substr(0, kNameLength);
+  return name.substr(0, name.find_last_not_of(' ') + 1);
 }
 
 }  // namespace
@@ -52,15 +52,12 @@ Accounts::Accounts(std::function<CpuTimes()> clock)
 }
 
 Accounts::Row* Accounts::find(std::string_view process) {
-  const std::string name = padded(process);
-  const auto found =
-      std::find_if(rows_.begin(), rows_.end(), [&](const Row& row) { return row.name == name; });
+  const auto found = std::ranges::find(rows_, told(process), &Row::name);
   return found == rows_.end() ? nullptr : &*found;
 }
 
 double Accounts::seconds(std::string_view process) const {
-  const std::string name = padded(process);
-  const auto found = std::ranges::find(rows_, name, &Row::name);
+  const auto found = std::ranges::find(rows_, told(process), &Row::name);
   return found == rows_.end() ? 0.0 : found->sum.total;
 }
 
@@ -69,7 +66,7 @@ void Accounts::start(Log& log, std::string_view process) {
   if (row == nullptr) {
     if (rows_.size() == kRows) stop_process(log, process);
     row = &rows_.emplace_back();
-    row->name = padded(process);
+    row->name = told(process);
   }
   if (row->running) stop_process(log, process);
   row->running = true;
@@ -106,7 +103,7 @@ void Accounts::print(Log& log) const {
   log.line(dashes);
   std::array<char, 128> text;
   for (std::size_t i = 0; i < rows_.size(); ++i) {
-    std::snprintf(text.data(), text.size(), "   <%3zu> %s : ", i + 1, rows_[i].name.c_str());
+    std::snprintf(text.data(), text.size(), "   <%3zu> %-25s : ", i + 1, rows_[i].name.c_str());
     std::string line = text.data();
     const auto values = columns(rows_[i]);
     for (std::size_t c = 0; c < values.size(); ++c) {

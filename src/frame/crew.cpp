@@ -159,7 +159,7 @@ Crew::~Crew() = default;
 
 void Crew::share(std::size_t count, std::size_t stretch, Part part) {
   if (count == 0) return;
-  stretch = std::max<std::size_t>(stretch / hands_.finer, 1);
+  stretch = this->stretch(stretch);
   if (hands_.count == 1 || count <= stretch) {
     part({0, count, 0});
     return;

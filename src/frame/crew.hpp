@@ -32,6 +32,10 @@ class Crew {
   Crew& operator=(const Crew&) = delete;
 
   [[nodiscard]] std::size_t hands() const { return hands_.count; }
+  /// Rows of a stretch of `rows`, with the finer cut that a test may want; at least 1.
+  [[nodiscard]] std::size_t stretch(std::size_t rows) const {
+    return rows <= hands_.finer ? 1 : rows / hands_.finer;
+  }
 
   /// Rows `first` up to, not including, `last` of a loop, and which hand has them, from 0: parts
   /// that run at the same time have different hands.

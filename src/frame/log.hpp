@@ -59,10 +59,14 @@ void append_item(std::string& out, Real value) {
 /// The items of a record as one line: texts as they are, integers plain, reals in the shortest
 /// form that reads back to the same bits, joined by one blank.
 template <class First, class... Rest>
-std::string items(const First& first, const Rest&... rest) {
+void append_items(std::string& out, const First& first, const Rest&... rest) {
+  append_item(out, first);
+  ((out += ' ', append_item(out, rest)), ...);
+}
+template <class... Items>
+std::string items(const Items&... values) {
   std::string text;
-  append_item(text, first);
-  ((text += ' ', append_item(text, rest)), ...);
+  append_items(text, values...);
   return text;
 }
 
@@ -96,7 +100,15 @@ class Log {
   /// One record on the log.
   template <class... Items>
   void line(const Items&... values) {
-    write_line(items(values...));
+    form_line([&](std::string& text) { append_items(text, values...); });
+  }
+  /// One record that `form` appends to an empty text. The log keeps the text's memory, so that the
+  /// lines of a step take none.
+  template <class Form>
+  void form_line(Form&& form) {
+    line_.clear();
+    form(line_);
+    write_line(line_);
   }
   /// One record headed by "%%% warning :", once: the same words again (a file that is read anew)
   /// are not repeated.
@@ -192,6 +204,7 @@ class Log {
   std::ostream& errors_;
   std::string name_;
   std::string pending_;
+  std::string line_;
   std::set<std::string> warnings_;
   Findings* findings_ = nullptr;
   int fd_ = -1;

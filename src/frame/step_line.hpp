@@ -15,12 +15,18 @@ namespace frame {
 /// well at every 50th iteration; the log is brought to its file, so that it can be watched.
 inline void report_step(Log& log, std::int64_t iter, double time, double dt) {
   constexpr std::int64_t kScreenEvery = 50;
-  std::string line = "iter=";
-  append_int(line, iter, 8);
-  append_e13(line, time);
-  append_e13(line, dt);
-  log.line(line);
-  if (iter % kScreenEvery == 0 && !log.is_screen()) log.screen(line);
+  const auto form = [&](std::string& line) {
+    line += "iter=";
+    append_int(line, iter, 8);
+    append_e13(line, time);
+    append_e13(line, dt);
+  };
+  log.form_line(form);
+  if (iter % kScreenEvery == 0 && !log.is_screen()) {
+    std::string line;
+    form(line);
+    log.screen(line);
+  }
   log.flush();
 }
 

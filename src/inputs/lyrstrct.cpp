@@ -128,4 +128,8 @@ std::int32_t column_size(const Data& data) {
   return most + 1;
 }
 
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("layer structures", data.structure, data.material, data.building);
+}
+
 }  // namespace tsrf_module_lyrstrct

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/log.hpp"
 #include "inputs/matprp.hpp"
 #include "inputs/patch.hpp"
@@ -67,5 +68,8 @@ std::int32_t find_material(frame::Log& log, std::int32_t SurfID,
 
 /// One more than the largest number of cells of a patch's column; 2 where there is none.
 [[nodiscard]] std::int32_t column_size(const Data& data);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_lyrstrct

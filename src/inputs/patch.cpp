@@ -223,4 +223,9 @@ void read_patch(frame::Log& log, frame::TextInput& patch_file, frame::TextInput&
   frame::report_repeats(log, data.by_pid, data.PID, report);
 }
 
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("patches", data.PID, data.i, data.j, data.k, data.si, data.sj, data.sk, data.area,
+           data.nx, data.ny, data.nz, data.type, data.SurfID, data.BldID);
+}
+
 }  // namespace tsrf_module_patch

@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/code_index.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
@@ -74,5 +75,8 @@ struct Data {
 void read_patch(frame::Log& log, frame::TextInput& patch_file, frame::TextInput& treepatch_file,
                 std::int32_t mx, std::int32_t my, std::int32_t mz,
                 const tsrf_module_grdindx::Data& grid_index, std::int32_t NDIV, Data& data);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_patch

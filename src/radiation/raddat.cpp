@@ -105,15 +105,11 @@ std::vector<double> sky_areas(const tsrf_module_patch::Data& patch, const Data& 
   return group_sums(data, parts);
 }
 
-std::vector<double> seen_areas(const ViewFactors& table, const std::vector<double>& area) {
+std::vector<double> seen_areas(ViewFactors& table, const std::vector<double>& area) {
   std::vector<double> seen(area.size());
-  for (std::size_t g = 0; g < seen.size(); ++g) {
-    double sum = 0.0;
-    for (const ViewFactors::Entry& entry : table.of(g)) {
-      sum += static_cast<double>(entry.factor) * area[static_cast<std::size_t>(entry.source)];
-    }
-    seen[g] = sum;
-  }
+  table.each([&](std::size_t g, std::size_t source, float factor) {
+    seen[g] += static_cast<double>(factor) * area[source];
+  });
   return seen;
 }
 
@@ -230,6 +226,12 @@ void tsrf_set_rdata(frame::Log& log, const tsrf_module_patch::Data& patch, Data&
         powers.sky = sky_areas(patch, data, skyvf0);
         set_rdat(log, powers, data.c);
       });
+}
+
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("view factors", data.view_factors.bytes());
+  list.add("patch groups", data.pgx, data.PgID, data.prd);
+  list.add("c,JRl,JRs", data.c, data.JRl, data.JRs);
 }
 
 }  // namespace tsrf_module_raddat

@@ -10,11 +10,13 @@
 #include <utility>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/code_index.hpp"
 #include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/text_input.hpp"
 #include "inputs/patch.hpp"
+#include "radiation/view_factor_panels.hpp"
 
 namespace tsrf_module_raddat {
 
@@ -24,27 +26,6 @@ struct Settings {
   std::int32_t LOPREF = 10;  ///< sweeps a step
   std::int32_t LVFSKY = 0;   ///< > 0: FormFactor rows carry the sky
   std::int32_t LVFSWP = 0;   ///< > 0: rows are given in the reverse sense
-};
-
-/// View factors by destination group: entries first[g] .. first[g+1]-1 belong to group g, in file
-/// order, so that each group's sum keeps its order.
-struct ViewFactors {
-  struct Entry {
-    std::int32_t source;
-    float factor;
-  };
-  std::vector<std::int64_t> first;
-  std::vector<Entry> entries;
-
-  /// Entries of destination g.
-  [[nodiscard]] std::span<const Entry> of(std::size_t g) const {
-    return std::span(entries).subspan(static_cast<std::size_t>(first[g]),
-                                      static_cast<std::size_t>(first[g + 1] - first[g]));
-  }
-  [[nodiscard]] std::span<Entry> of(std::size_t g) {
-    return std::span(entries).subspan(static_cast<std::size_t>(first[g]),
-                                      static_cast<std::size_t>(first[g + 1] - first[g]));
-  }
 };
 
 struct Data {
@@ -81,5 +62,8 @@ std::vector<double> group_sums(const Data& data, std::span<const double> values)
 /// Patches whose group nothing sees get the whole sky.
 void tsrf_set_rdata(frame::Log& log, const tsrf_module_patch::Data& patch, Data& data,
                     std::vector<double>& skyvf0);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_raddat

@@ -9,7 +9,8 @@ namespace tsrf_module_radref {
 
 namespace {
 
-using tsrf_module_raddat::ViewFactors;
+using tsrf_module_raddat::Octet;
+using tsrf_module_raddat::Panel;
 
 template <std::size_t Bands>
 using Powers = std::array<double, Bands>;
@@ -34,10 +35,13 @@ Lane<Bands> lane(const Powers<Bands>& powers) {
   return std::bit_cast<Lane<Bands>>(powers);
 }
 
-/// Groups of a stretch where each takes little work, and entries of a stretch of the table: some 20
+/// Groups of a stretch where each takes little work, and octets of a stretch of the table: some 20
 /// microseconds each.
 constexpr std::size_t kGroups = 1024;
-constexpr std::size_t kEntries = 1 << 14;
+constexpr std::size_t kOctets = 1 << 11;
+
+/// Octets that the table is asked for in advance, beyond what the processor foresees itself.
+constexpr std::size_t kAhead = 32;
 
 /// Area-weighted sums over the patches of group g.
 template <std::size_t Bands>
@@ -66,30 +70,77 @@ void merge(const Work& work, std::span<const std::int32_t> surface_row,
   group.J[g] = J;
 }
 
-/// One Jacobi step of destination g. A destination's chain of additions is long, but the next one
-/// does not wait for it: the processor runs several chains at once by itself, and faster than with
-/// destinations interleaved in the loop, which spoils the stream of the table.
+/// Sums of eight destinations, and what a slice of a panel adds to them.
 template <std::size_t Bands>
-void update(const tsrf_module_raddat::Data& raddat, std::size_t g, Work::OfBands<Bands>& group) {
-  Lane<Bands> sum{};
-  for (const ViewFactors::Entry& entry : raddat.view_factors.of(g)) {
-    const auto factor = static_cast<double>(entry.factor);
-    sum += factor * lane<Bands>(group.J[static_cast<std::size_t>(entry.source)]);
+using Sums = std::array<Lane<Bands>, tsrf_module_raddat::kAbreast>;
+template <std::size_t Bands, class Index>
+void add(std::span<const Octet<Index>> octets, const Powers<Bands>* J, Sums<Bands>& result) {
+  Sums<Bands> sums = result;
+  for (const Octet<Index>& octet : octets) {
+    __builtin_prefetch(&octet + kAhead);
+    for (std::size_t n = 0; n < sums.size(); ++n) {
+      sums[n] += static_cast<double>(octet.factor[n]) * lane<Bands>(J[octet.source[n]]);
+    }
   }
-  const Lane<Bands> G = raddat.c[g] * sum + lane<Bands>(group.incident[g]);
+  result = sums;
+}
+
+/// The end of the Jacobi step of destination g.
+template <std::size_t Bands>
+void update(double c, std::size_t g, Lane<Bands> sum, Work::OfBands<Bands>& group) {
+  const Lane<Bands> G = c * sum + lane<Bands>(group.incident[g]);
   const Lane<Bands> J =
       (1.0 - lane<Bands>(group.absorptivity[g])) * G + lane<Bands>(group.source[g]);
   group.gathered[g] = std::bit_cast<Powers<Bands>>(G);
   group.J_next[g] = std::bit_cast<Powers<Bands>>(J);
 }
 
+/// Which of a table's panels one is.
+struct Turn {
+  bool first;
+  bool last;
+};
+
+/// What a slice brings its destinations. Sums are kept in `gathered` from panel to panel.
+template <std::size_t Bands, class Index>
+void gather(const Panel<Index>& panel, std::size_t slice, Turn turn, std::span<const double> c,
+            Work::OfBands<Bands>& group) {
+  const auto octets = panel.of(slice);
+  if (octets.empty() && !turn.first && !turn.last) return;
+  const auto destinations = panel.destinations(slice);
+  Sums<Bands> sums{};
+  if (!turn.first) {
+    for (std::size_t n = 0; n < sums.size(); ++n)
+      sums[n] = lane<Bands>(group.gathered[destinations[n]]);
+  }
+  add<Bands, Index>(octets, group.J.data() + panel.first_source, sums);
+  for (std::size_t n = 0; n < sums.size(); ++n) {
+    const std::size_t g = destinations[n];
+    if (!turn.last) {
+      group.gathered[g] = std::bit_cast<Powers<Bands>>(sums[n]);
+    } else if (g < c.size()) {
+      update<Bands>(c[g], g, sums[n], group);
+    }
+  }
+}
+
+template <std::size_t Bands, class Index>
+void gather(frame::Crew& crew, const std::vector<Panel<Index>>& panels, const Work& work,
+            std::span<const double> c, Work::OfBands<Bands>& group) {
+  for (std::size_t p = 0; p < panels.size(); ++p) {
+    const std::vector<std::uint32_t>& cuts = work.cuts[p];
+    crew.share(cuts.size() - 1, 1, [&](frame::Crew::Stretch part) {
+      for (std::size_t s = cuts[part.first]; s < cuts[part.last]; ++s)
+        gather<Bands, Index>(panels[p], s, {p == 0, p + 1 == panels.size()}, c, group);
+    });
+  }
+}
+
 template <std::size_t Bands>
-void sweep(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
-           std::span<const std::uint32_t> cuts, Work::OfBands<Bands>& group) {
-  crew.share(cuts.size() - 1, 1, [&](frame::Crew::Stretch part) {
-    for (std::size_t g = cuts[part.first]; g < cuts[part.last]; ++g)
-      update<Bands>(raddat, g, group);
-  });
+void sweep(frame::Crew& crew, const tsrf_module_raddat::Data& raddat, const Work& work,
+           Work::OfBands<Bands>& group) {
+  gather<Bands>(crew, raddat.view_factors.narrow, work, raddat.c, group);
+  gather<Bands>(crew, raddat.view_factors.wide, work, raddat.c, group);
   std::swap(group.J, group.J_next);
   // What leaves through one side of a periodic area enters through the other in the next sweep.
   for (const auto& [p, q] : raddat.prd) {
@@ -119,7 +170,7 @@ void solve(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
     merge<Bands>(work, surface_row, patch_area, bands, g, work.area[g], group);
   });
   for (std::int32_t n = 0; n < raddat.settings.LOPREF; ++n) {
-    sweep<Bands>(crew, raddat, work.cuts, group);
+    sweep<Bands>(crew, raddat, work, group);
   }
   crew.each(work.area.size(), kGroups, [&](std::size_t g) { split<Bands>(work, bands, g, group); });
 }
@@ -128,8 +179,22 @@ template <std::size_t Bands>
 void resize_bands(std::size_t groups, Work::OfBands<Bands>& group) {
   for (auto* powers : {&group.absorptivity, &group.source, &group.incident, &group.gathered,
                        &group.J, &group.J_next}) {
-    powers->resize(groups);
+    powers->resize(groups + 1);  // a place for nobody, which fills the last slice of a panel
   }
+}
+
+/// Stretches of about as many octets each.
+template <class Index>
+std::vector<std::uint32_t> cut(const Panel<Index>& panel) {
+  std::vector<std::uint32_t> cuts(1, 0);
+  std::size_t taken = 0;
+  for (std::size_t s = 0; s < panel.slices(); ++s) {
+    taken += panel.of(s).size() + 1;
+    if (taken < kOctets && s + 1 < panel.slices()) continue;
+    cuts.push_back(static_cast<std::uint32_t>(s + 1));
+    taken = 0;
+  }
+  return cuts;
 }
 
 }  // namespace
@@ -149,14 +214,9 @@ void Work::prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands) {
     members[next[static_cast<std::size_t>(raddat.pgx[i])]++] = static_cast<std::uint32_t>(i);
   }
 
-  cuts.assign(1, 0);
-  std::size_t taken = 0;
-  for (std::size_t g = 0; g < groups; ++g) {
-    taken += raddat.view_factors.of(g).size() + 1;
-    if (taken < kEntries && g + 1 < groups) continue;
-    cuts.push_back(static_cast<std::uint32_t>(g + 1));
-    taken = 0;
-  }
+  cuts.clear();
+  for (const auto& panel : raddat.view_factors.narrow) cuts.push_back(cut(panel));
+  for (const auto& panel : raddat.view_factors.wide) cuts.push_back(cut(panel));
 }
 
 void tsrf_cal_radref(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
@@ -167,6 +227,16 @@ void tsrf_cal_radref(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
   } else {
     solve<1>(crew, raddat, surface_row, area, bands, work, work.one);
   }
+}
+
+void list_arrays(const Work& work, frame::ArrayList& list) {
+  const auto of_bands = [&](const auto& group) {
+    list.add("powers of groups", group.absorptivity, group.source, group.incident, group.gathered,
+             group.J, group.J_next);
+  };
+  of_bands(work.one);
+  of_bands(work.two);
+  list.add("members of groups", work.area, work.first_member, work.members);
 }
 
 }  // namespace tsrf_module_radref

@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/crew.hpp"
 #include "radiation/raddat.hpp"
 
@@ -43,8 +44,9 @@ struct Work {
   /// The patches of group g, in their order: members[first_member[g]] .. before first_member[g+1].
   std::vector<std::uint32_t> first_member;
   std::vector<std::uint32_t> members;
-  /// Stretches of destinations with about as many entries each: from cuts[n] to before cuts[n+1].
-  std::vector<std::uint32_t> cuts;
+  /// Stretches of slices with about as many octets each, panel by panel: from cuts[n] to before
+  /// cuts[n+1].
+  std::vector<std::vector<std::uint32_t>> cuts;
 
   /// Takes the arrays for the groups and the table of `raddat` and 1 or 2 bands at a time.
   void prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands);
@@ -56,5 +58,8 @@ struct Work {
 void tsrf_cal_radref(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
                      std::span<const std::int32_t> surface_row, std::span<const double> area,
                      std::span<const Band> bands, Work& work);
+
+/// Tells what the arrays take.
+void list_arrays(const Work& work, frame::ArrayList& list);
 
 }  // namespace tsrf_module_radref

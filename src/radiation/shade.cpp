@@ -118,4 +118,12 @@ void set_shade_oneday(frame::Log& log, frame::Crew& crew, frame::TextInput& file
   dated_series::mix(at.weight, fractions.row(at.lower), fractions.row(at.upper), fsun);
 }
 
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("sunlit fractions", data.fractions, data.seen, data.lower.values, data.upper.values,
+           data.block);
+  for (const PackedMonth& month : data.months) {
+    list.add("packed sunlit fractions", month.times, month.words);
+  }
+}
+
 }  // namespace tsrf_module_shade

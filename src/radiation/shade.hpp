@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/patch_table.hpp"
@@ -101,5 +102,8 @@ void read_mltday(frame::Log& log, frame::Crew& crew, std::int32_t month,
 void set_shade_mltday(frame::Log& log, frame::Crew& crew, double time,
                       const tsrf_module_patch::Data& patch, tsrf_module_calendar::Data& calendar,
                       Data& data, std::span<double> fsun);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_shade

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "frame/numbers.hpp"
 
@@ -16,8 +17,7 @@ constexpr std::size_t kPieces = 2;  // for each hand before they are taken
 struct Piece {
   std::string_view text;
   std::vector<PlainRow> rows;
-  std::vector<std::uint32_t> begins;  // of the rows' lines in the text
-  std::size_t parsed = 0;             // bytes of the text that the rows stand for
+  std::size_t parsed = 0;  // bytes of the text that the rows stand for
 };
 
 /// Reads the fields of the line at `at`; false when it is not plain.
@@ -38,7 +38,6 @@ bool plain_row(const char* at, const char* last, const Data& data, PlainRow& row
 /// Parses the lines of a piece up to the first that is not plain.
 void parse(const Data& data, Piece& piece) {
   piece.rows.clear();
-  piece.begins.clear();
   const char* const first = piece.text.data();
   const char* const last = first + piece.text.size();
   const char* at = first;
@@ -48,7 +47,6 @@ void parse(const Data& data, Piece& piece) {
     PlainRow row{};
     if (end == nullptr || !plain_row(at, end + 1, data, row)) break;
     piece.rows.push_back(row);
-    piece.begins.push_back(static_cast<std::uint32_t>(at - first));
     at = end + 1;
   }
   piece.parsed = static_cast<std::size_t>(at - first);
@@ -66,10 +64,17 @@ std::string_view next_text(std::string_view& rest) {
   return text;
 }
 
-/// Gives the rows of a piece on; bytes of the lines that were taken.
+/// Bytes of the first `count` lines.
+std::size_t bytes_of_lines(std::string_view text, std::size_t count) {
+  std::size_t end = 0;
+  for (; count > 0; --count) end = text.find('\n', end) + 1;
+  return end;
+}
+
+/// Gives the rows of a piece on, a row a line; bytes of the lines that were taken.
 std::size_t give(const Piece& piece, frame::FunctionRef<bool(const PlainRow&)> take) {
   for (std::size_t n = 0; n < piece.rows.size(); ++n) {
-    if (!take(piece.rows[n])) return piece.begins[n];
+    if (!take(piece.rows[n])) return bytes_of_lines(piece.text, n);
   }
   return piece.parsed;
 }
@@ -78,16 +83,31 @@ std::size_t give(const Piece& piece, frame::FunctionRef<bool(const PlainRow&)> t
 
 void take_plain_rows(frame::Crew& crew, frame::TextInput& file, const Data& data,
                      frame::FunctionRef<bool(const PlainRow&)> take) {
-  std::vector<Piece> pieces(crew.hands() == 1 ? 1 : kPieces * crew.hands());
   std::string_view rest = file.content().substr(file.tell());
-  while (!rest.empty()) {
-    for (Piece& piece : pieces) piece.text = next_text(rest);
-    crew.each(pieces.size(), 1, [&](std::size_t n) { parse(data, pieces[n]); });
-    for (const Piece& piece : pieces) {
+  std::vector<Piece> parsed;
+  std::vector<Piece> next(crew.hands() == 1 ? 1 : kPieces * crew.hands());
+  bool all = true;
+  const auto give_all = [&] {
+    for (const Piece& piece : parsed) {
       const std::size_t taken = give(piece, take);
       file.pass(file.tell() + taken);
-      if (taken < piece.text.size()) return;
+      all = all && taken == piece.text.size();
+      if (!all) return;
     }
+  };
+  // One hand gives the rows of the last pieces on while the others parse the next ones.
+  while (all && (!rest.empty() || !parsed.empty())) {
+    for (Piece& piece : next) piece.text = next_text(rest);
+    crew.each(1 + next.size(), 1, [&](std::size_t n) {
+      if (n == 0) {
+        give_all();
+      } else {
+        parse(data, next[n - 1]);
+      }
+    });
+    if (next.front().text.empty()) return;
+    std::swap(parsed, next);
+    next.resize(parsed.size());
   }
 }
 

@@ -153,13 +153,9 @@ void find_sky(frame::Log& log, const Data& data, Groups& groups) {
 
 /// Reciprocity: factors measured from the destination become shares of the source's power.
 void turn_round(const std::vector<double>& area, ViewFactors& table) {
-  for (std::size_t g = 0; g + 1 < table.first.size(); ++g) {
-    for (ViewFactors::Entry& entry : table.of(g)) {
-      const double share = static_cast<double>(entry.factor) * area[g] /
-                           area[static_cast<std::size_t>(entry.source)];
-      entry.factor = static_cast<float>(share);
-    }
-  }
+  table.each([&](std::size_t g, std::size_t source, float& factor) {
+    factor = static_cast<float>(static_cast<double>(factor) * area[g] / area[source]);
+  });
 }
 
 }  // namespace

@@ -91,4 +91,10 @@ void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput& s
   file.flush(log);
 }
 
+void list_arrays(const BldLoad& data, frame::ArrayList& list) {
+  const CellList& cells = data.cells;
+  list.add("cells of BldLoad", cells.i, cells.j, cells.k, cells.PID, cells.of_patch, data.volume,
+           data.released);
+}
+
 }  // namespace tsrf_module_io

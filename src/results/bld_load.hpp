@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "inputs/grid.hpp"
 #include "inputs/patch.hpp"
 #include "results/cells.hpp"
@@ -37,5 +38,8 @@ void sum_bldload(std::span<const double> sensible, std::span<const double> laten
 void write_bldload(frame::Log& log, frame::TextOutput& file, frame::TextInput& stheat,
                    const Settings& settings, When when, std::span<const CellHeat> released,
                    BldLoad& data);
+
+/// Tells what the arrays take.
+void list_arrays(const BldLoad& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_io

@@ -198,4 +198,13 @@ void write_month(frame::Log& log, frame::Crew& crew, const MonthFiles& files, co
   clear(monthly.buildings);
 }
 
+void list_arrays(const Monthly& monthly, frame::ArrayList& list) {
+  list.add("sums of the month: degC", monthly.temperature.degC);
+  list.add("sums of the month: JRl,JRs", monthly.fluxes.JRl, monthly.fluxes.JRs);
+  list.add("sums of the month: fluxes", monthly.fluxes.latent, monthly.fluxes.conductive);
+  list.add("sums of the month: cells", monthly.cells.tdrg, monthly.buildings.released);
+  list.add("sums of the month: buildings", monthly.buildings.bldat, monthly.buildings.Tr,
+           monthly.buildings.Tm);
+}
+
 }  // namespace tsrf_module_io

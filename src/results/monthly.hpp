@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <span>
 
+#include "frame/array_list.hpp"
 #include "frame/patch_table.hpp"
 #include "frame/unit_table.hpp"
 #include "inputs/calendar.hpp"
@@ -98,5 +99,8 @@ struct MonthRows {
 /// is a row of zeros. Without buildings heat and BldLoad stay as they are.
 void write_month(frame::Log& log, frame::Crew& crew, const MonthFiles& files, const MonthRows& rows,
                  Monthly& monthly);
+
+/// Tells what the arrays take.
+void list_arrays(const Monthly& monthly, frame::ArrayList& list);
 
 }  // namespace tsrf_module_io

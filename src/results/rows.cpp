@@ -43,12 +43,26 @@ std::optional<Unsound> fill_pieces(frame::Crew& crew, std::size_t first, std::si
   return unsound;
 }
 
+/// Writes the lines straight into the buffer of the file.
+std::optional<Unsound> write_alone(frame::Log& log, frame::TextOutput& file, std::size_t count,
+                                   Fill fill) {
+  for (std::size_t first = 0; first < count; first += kLines) {
+    const std::size_t last = std::min(first + kLines, count);
+    const auto unsound = append(first, last, fill, file.buffer());
+    file.line_done(log);
+    file.rows_done((unsound ? unsound->line : last) - first);
+    if (unsound) return unsound;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<Unsound> write_rows(frame::Log& log, frame::Crew& crew, frame::TextOutput& file,
                                   std::size_t count, Fill fill) {
+  if (crew.hands() == 1) return write_alone(log, file, count, fill);
   std::vector<std::string>& pieces = file.pieces();
-  pieces.resize(crew.hands() == 1 ? 1 : kPieces * crew.hands());
+  pieces.resize(kPieces * crew.hands());
   const std::size_t at_once = pieces.size() * kLines;
   for (std::size_t first = 0; first < count; first += at_once) {
     const auto unsound = fill_pieces(crew, first, std::min(first + at_once, count), fill, pieces);

@@ -81,4 +81,10 @@ void write_surftemp(frame::Log& log, frame::Crew& crew, frame::TextOutput& file,
   file.flush(log);
 }
 
+void list_arrays(const SurfTemp& data, frame::ArrayList& list) {
+  const CellList& cells = data.cells;
+  list.add("cells of SurfTemp", cells.i, cells.j, cells.k, cells.PID, cells.of_patch, data.i,
+           data.j, data.swlr, data.tdrg);
+}
+
 }  // namespace tsrf_module_io

@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/crew.hpp"
 #include "inputs/grid_index.hpp"
 #include "inputs/patch.hpp"
@@ -40,5 +41,8 @@ void sum_surftemp(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp
 void write_surftemp(frame::Log& log, frame::Crew& crew, frame::TextOutput& file,
                     const Settings& settings, When when, std::span<const CellSums> tdrg,
                     std::span<const CellSums> swlr, SurfTemp& data);
+
+/// Tells what the arrays take.
+void list_arrays(const SurfTemp& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_io

@@ -264,4 +264,8 @@ void solid1d(frame::Crew& crew, double dt, const frame::PatchTable<double>& qlay
   });
 }
 
+void list_arrays(const Work& work, frame::ArrayList& list) {
+  list.add("column kinds", work.kinds, work.cells, work.order, work.blocks, work.rows);
+}
+
 }  // namespace solid1d

@@ -13,6 +13,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "frame/patch_table.hpp"
@@ -81,5 +82,8 @@ void warn_of_implicit(frame::Log& log, double dt, const tsrf_module_patch::Data&
 /// divergence of the flux in the cells of heated patches; it may be empty where there are none.
 void solid1d(frame::Crew& crew, double dt, const frame::PatchTable<double>& qlayer,
              tsrf_module_data::Data& state, Work& work);
+
+/// Tells what the arrays take.
+void list_arrays(const Work& work, frame::ArrayList& list);
 
 }  // namespace solid1d

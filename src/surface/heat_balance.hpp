@@ -16,6 +16,7 @@
 #include <string>
 
 #include "frame/crew.hpp"
+#include "frame/instruction_set.hpp"
 #include "frame/log.hpp"
 #include "inputs/patch.hpp"
 #include "inputs/srfprp.hpp"
@@ -51,10 +52,12 @@ void note_air(frame::Log& log, const tsrf_module_data::Data& state);
 /// before its step. Uses gcond row 0, twice the conductivity of the first cell over its thickness.
 /// `skyvf` (share of the sky that a patch emits to), `Rl` and `Rs` (incident long-wave and
 /// short-wave [W/m2]) are per patch. A temperature outside kColdest to kHottest ends the run with
-/// a report of step `iter`, PID and terms; a search that does not settle stops it.
+/// a report of step `iter`, PID and terms; a search that does not settle stops it. All sets of
+/// instructions give the same bits.
 void tsrf_therm1d(frame::Log& log, frame::Crew& crew, std::int64_t iter,
                   const tsrf_module_patch::Data& patch, const tsrf_module_srfprp::Data& srfprp,
                   std::span<const double> skyvf, std::span<const double> Rl,
-                  std::span<const double> Rs, tsrf_module_data::Data& state);
+                  std::span<const double> Rs, tsrf_module_data::Data& state,
+                  frame::InstructionSet set = frame::widest_set());
 
 }  // namespace tsrf_therm1d

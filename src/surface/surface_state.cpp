@@ -87,4 +87,20 @@ void allocdata02(frame::Log& log, Data& data) {
   take_table("uval", 2, data.uval);
 }
 
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("lcal,isrf,treemk,nlyr", data.lcal, data.isrf, data.treemk, data.nlyr);
+  list.add("skyvf0,hc,hm,hin", data.skyvf0, data.hc, data.hm, data.hin);
+  list.add("airst", data.airst);
+  list.add("qsurf", data.qsurf);
+  list.add("treeax", data.treeax);
+  list.add("uval", data.uval);
+  list.add("dzl", data.dzl);
+  list.add("tlyr", data.tlyr);
+  list.add("tprev", data.tprev);
+  list.add("gcond", data.gcond);
+  list.add("cond", data.cond);
+  list.add("capa", data.capa);
+  list.add("extc", data.extc);
+}
+
 }  // namespace tsrf_module_data

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/log.hpp"
 #include "frame/patch_table.hpp"
 #include "frame/text_input.hpp"
@@ -69,5 +70,8 @@ void inputdata(frame::Log& log, frame::TextInput& control, Data& data);
 void allocdata01(frame::Log& log, Data& data);
 /// Takes the column arrays for data.mpatch patches of data.mzg cells; temperatures 300 K.
 void allocdata02(frame::Log& log, Data& data);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_data

@@ -12,6 +12,7 @@ namespace {
 using jmk_module_radiat::kSolarBands;
 using jmk_module_radiat::Optics;
 using tsrf_module_jumoku::Beam;
+using tsrf_module_jumoku::BeamFace;
 using tsrf_module_jumoku::BeamProbe;
 using tsrf_module_jumoku::Data;
 using tsrf_module_jumoku::SolarPair;
@@ -26,27 +27,41 @@ BeamProbe probe_of(const tsrf_module_patch::Data& patch, std::size_t p) {
   }
   std::array<std::int32_t, 3> at{patch.si[p] - 1, patch.sj[p] - 1, patch.sk[p] - 1};
   if (normal[axis] < 0.0) ++at[axis];
-  return {static_cast<std::int32_t>(p), static_cast<std::int32_t>(axis), at};
+  return {static_cast<std::int32_t>(p), static_cast<std::int32_t>(axis), at, 0, 0, 0};
 }
 
 /// The part of the free beam that is left on the faces of a probe.
-double left_of(const BeamProbe& probe, const Optics& optics, const Data& data) {
-  const Beam& beam = data.beam;
-  const std::int32_t NDIV = data.grid.NDIV;
-  const auto axis = static_cast<std::size_t>(probe.axis);
-  const std::int32_t parts_i = axis == 0 ? 1 : NDIV;
-  const std::int32_t parts_j = axis == 1 ? 1 : NDIV;
-  const std::vector<SolarPair>& faces = axis == 0 ? beam.x : axis == 1 ? beam.y : beam.z;
-  const std::size_t stride = static_cast<std::size_t>(data.grid.cells[0]) + (axis == 0 ? 1 : 0);
+double left_of(const BeamProbe& probe, const Optics& optics, const Beam& beam) {
+  const std::int32_t parts = probe.parts_i * probe.parts_j;
   double taken = 0.0;
-  for (std::int32_t j = probe.at[1] * NDIV; j < probe.at[1] * NDIV + parts_j; ++j) {
-    for (std::int32_t i = probe.at[0] * NDIV; i < probe.at[0] * NDIV + parts_i; ++i) {
-      const SolarPair& f =
-          faces[static_cast<std::size_t>(j) * stride + static_cast<std::size_t>(i)];
-      for (std::size_t b = 0; b < kSolarBands; ++b) taken += optics[b].direct * (1.0 - f[b]);
+  for (std::int32_t n = probe.seen; n < probe.seen + parts; ++n) {
+    const SolarPair& f = beam.seen[static_cast<std::size_t>(n)];
+    for (std::size_t b = 0; b < kSolarBands; ++b) taken += optics[b].direct * (1.0 - f[b]);
+  }
+  return 1.0 - taken / parts;
+}
+
+/// Calls `use` for all fine faces of all probes by which the beam leaves a cell of the grid; by the
+/// others it comes in and is free.
+template <class Use>
+void each_face(const BeamSweep& sweep, const Beam& beam, Use&& use) {
+  const auto& way = sweep.way;
+  for (const BeamProbe& probe : beam.probes) {
+    std::int32_t seen = probe.seen;
+    const std::int32_t NDIV = std::max(probe.parts_i, probe.parts_j);
+    for (std::int32_t b = 0; b < probe.parts_j; ++b) {
+      for (std::int32_t a = 0; a < probe.parts_i; ++a, ++seen) {
+        std::int32_t i = probe.at[0] * NDIV + a;
+        std::int32_t j = probe.at[1] * NDIV + b;
+        if (probe.axis == 0 && way[0].step > 0) --i;
+        if (probe.axis == 1 && way[1].step > 0) --j;
+        if (i < 0 || i >= way[0].count || j < 0 || j >= way[1].count) continue;
+        use(static_cast<std::size_t>(probe.at[2]) * static_cast<std::size_t>(way[1].count) +
+                static_cast<std::size_t>(j),
+            BeamFace{i, probe.axis, seen});
+      }
     }
   }
-  return 1.0 - taken / (parts_i * parts_j);
 }
 
 }  // namespace
@@ -54,29 +69,55 @@ double left_of(const BeamProbe& probe, const Optics& optics, const Data& data) {
 void place_probes(const tsrf_module_patch::Data& patch, Data& data) {
   Beam& beam = data.beam;
   const std::int32_t layers = data.grid.cells[2];
+  const std::int32_t NDIV = data.grid.NDIV;
+  std::int32_t seen = 0;
   for (std::size_t p = 0; p < patch.type.size(); ++p) {
     if (patch.type[p] == tsrf_module_patch::kTree) continue;
-    const BeamProbe probe = probe_of(patch, p);
-    // Nothing above the leaves is thinned.
-    if (probe.at[2] < layers) beam.probes.push_back(probe);
+    BeamProbe probe = probe_of(patch, p);
+    // Nothing above the leaves is thinned, nor below the ground.
+    if (probe.at[2] < 0 || probe.at[2] >= layers) continue;
+    probe.seen = seen;
+    probe.parts_i = probe.axis == 0 ? 1 : NDIV;
+    probe.parts_j = probe.axis == 1 ? 1 : NDIV;
+    seen += probe.parts_i * probe.parts_j;
+    beam.probes.push_back(probe);
   }
-  std::stable_sort(beam.probes.begin(), beam.probes.end(),
-                   [](const BeamProbe& a, const BeamProbe& b) { return a.at[2] < b.at[2]; });
-  for (std::int32_t k = 0; k <= layers; ++k) {
-    const auto first = std::lower_bound(
-        beam.probes.begin(), beam.probes.end(), k,
-        [](const BeamProbe& probe, std::int32_t layer) { return probe.at[2] < layer; });
-    beam.probe_first.push_back(static_cast<std::int32_t>(first - beam.probes.begin()));
+  beam.seen.resize(static_cast<std::size_t>(seen));
+  beam.faces.resize(static_cast<std::size_t>(seen));
+  beam.face_first.assign(
+      static_cast<std::size_t>(data.grid.cells[1]) * static_cast<std::size_t>(layers) + 1, 0);
+}
+
+void look_at_faces(const BeamSweep& sweep, Beam& beam) {
+  std::fill(beam.seen.begin(), beam.seen.end(), SolarPair{1.0, 1.0});
+  const std::array<std::int32_t, 2> steps{sweep.way[0].step, sweep.way[1].step};
+  if (beam.faces_for == steps) return;
+  beam.faces_for = steps;
+  // A row's faces are counted one behind it, so that counting up to their places leaves the firsts.
+  std::fill(beam.face_first.begin(), beam.face_first.end(), 0);
+  each_face(sweep, beam, [&](std::size_t row, const BeamFace&) { ++beam.face_first[row + 1]; });
+  for (std::size_t r = 1; r < beam.face_first.size(); ++r) {
+    beam.face_first[r] += beam.face_first[r - 1];
+  }
+  each_face(sweep, beam, [&](std::size_t row, const BeamFace& face) {
+    beam.faces[static_cast<std::size_t>(beam.face_first[row]++)] = face;
+  });
+  for (std::size_t r = beam.face_first.size(); r-- > 1;) {
+    beam.face_first[r] = beam.face_first[r - 1];
+  }
+  beam.face_first[0] = 0;
+  for (std::size_t r = 0; r + 1 < beam.face_first.size(); ++r) {
+    std::sort(beam.faces.begin() + beam.face_first[r], beam.faces.begin() + beam.face_first[r + 1],
+              [](const BeamFace& a, const BeamFace& b) { return a.column < b.column; });
   }
 }
 
-void read_probes(const Optics& optics, std::int32_t k, Data& data) {
-  Beam& beam = data.beam;
-  const auto layer = static_cast<std::size_t>(k);
-  for (std::int32_t n = beam.probe_first[layer]; n < beam.probe_first[layer + 1]; ++n) {
-    const BeamProbe& probe = beam.probes[static_cast<std::size_t>(n)];
-    beam.left[static_cast<std::size_t>(probe.patch)] = left_of(probe, optics, data);
-  }
+void read_probes(frame::Crew& crew, const Optics& optics, Beam& beam) {
+  constexpr std::size_t kProbes = 4096;  // of a stretch
+  crew.each(beam.probes.size(), kProbes, [&](std::size_t n) {
+    const BeamProbe& probe = beam.probes[n];
+    beam.left[static_cast<std::size_t>(probe.patch)] = left_of(probe, optics, beam);
+  });
 }
 
 }  // namespace jmk

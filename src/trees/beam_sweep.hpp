@@ -13,7 +13,7 @@
 //     face of axis a:  1 - w_b - w_c from a,  w_b = l_b (1 - l_c/2) from b,  w_c likewise from c,
 //
 // taken as f_a + w_b (f_b - f_a) + w_c (f_c - f_a), so that the free beam stays 1 to the bit and
-// rows that no leaf dims need no visit.
+// cells that nothing dimmed by leaves reaches need no visit.
 //
 // Two beams go through the canopy. One is dimmed by leaves only and tells what reaches the patches
 // beyond. The other runs inside the blocks: it starts on their outer faces, where a building's
@@ -22,6 +22,8 @@
 // One sweep serves all eight octants: it runs along each axis in the sense of the beam.
 #pragma once
 
+#include "frame/crew.hpp"
+#include "frame/instruction_set.hpp"
 #include "radiation/phydat.hpp"
 #include "trees/canopy.hpp"
 #include "trees/radiat.hpp"
@@ -29,8 +31,10 @@
 namespace jmk {
 
 /// One sweep of the beam of direct normal flux `Jdn` [W/m2] for a sun above the horizon: fills the
-/// results of data.beam from data.beam.fsun and the leaf area densities.
-void sweep_beam(const tsrf_module_phydat::SunVector& sun, double Jdn,
-                const jmk_module_radiat::Optics& optics, tsrf_module_jumoku::Data& data);
+/// results of data.beam from data.beam.fsun and the leaf area densities. The same bits for any
+/// number of hands and any set of instructions.
+void sweep_beam(frame::Crew& crew, const tsrf_module_phydat::SunVector& sun, double Jdn,
+                const jmk_module_radiat::Optics& optics, tsrf_module_jumoku::Data& data,
+                frame::InstructionSet set = frame::widest_set());
 
 }  // namespace jmk

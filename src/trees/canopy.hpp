@@ -17,6 +17,7 @@
 #include <span>
 #include <vector>
 
+#include "frame/array_list.hpp"
 #include "frame/log.hpp"
 #include "inputs/grid.hpp"
 #include "inputs/patch.hpp"
@@ -39,6 +40,8 @@ constexpr std::size_t slot(std::size_t cell, std::size_t face) { return cell * k
 
 /// A value for each of the two solar bands.
 using SolarPair = std::array<double, jmk_module_radiat::kSolarBands>;
+/// The same of two beams, the free one and that in the canopy.
+struct alignas(32) FourFractions : std::array<double, 2 * jmk_module_radiat::kSolarBands> {};
 
 /// The fine grid, as high as leaves reach.
 struct FineGrid {
@@ -76,6 +79,12 @@ struct BlockCells {
   [[nodiscard]] bool is_outer(std::size_t cell, std::size_t face) const {
     return static_cast<std::size_t>(next[slot(cell, face)]) >= count() * kFaces;
   }
+};
+
+/// Cells of one density and size.
+struct Kind {
+  double lad = 0.0;
+  std::array<double, 3> width{};
 };
 
 /// A face between a block cell and free air.
@@ -124,24 +133,46 @@ struct BandFluxes {
 struct BeamProbe {
   std::int32_t patch;
   std::int32_t axis;
-  Place at;  ///< coarse cell; along `axis`, the coarse face
+  Place at;                       ///< coarse cell; along `axis`, the coarse face
+  std::int32_t seen;              ///< its first fine face in `seen`, in the order j, i
+  std::int32_t parts_i, parts_j;  ///< fine faces along x and y
+};
+
+/// What a sweep asks of a block cell.
+struct BeamCell {
+  std::int32_t column;
+  std::int32_t leaf;  ///< position among the leaf cells, or -1
+  std::int32_t kind;
+  std::int32_t borders_air;  ///< 1 where a face of the cell is an outer one
+};
+
+/// A fine face of a probe by which the beam leaves a cell.
+struct BeamFace {
+  std::int32_t column;  ///< of the cell
+  std::int32_t axis;
+  std::int32_t seen;
 };
 
 /// The direct beam (trees/sundir.hpp).
 struct Beam {
-  // Work of a sweep: what is left of the free beam on the fine faces of one layer, 1 at first.
-  std::vector<SolarPair> x;           ///< faces normal to x: (nx + 1) by ny
-  std::vector<SolarPair> y;           ///< faces normal to y: nx by (ny + 1)
-  std::vector<SolarPair> z;           ///< faces normal to z: nx by ny
-  std::vector<std::uint8_t> reached;  ///< by row: the layer above left something of leaves on z
+  // Work of a sweep (trees/beam_cells.hpp): what is left of both beams on the faces on its way.
+  std::vector<FourFractions> x;       ///< by row (j, k)
+  std::vector<FourFractions> y;       ///< by layer and column
+  std::vector<FourFractions> z;       ///< by column
+  std::vector<std::int32_t> reached;  ///< by row (j, k): first cell on the way that is not free
+  std::vector<BeamCell> cells;        ///< the block cells
+  std::vector<FourFractions> passed;  ///< by kind of cell: what its leaves let pass
   std::vector<double> fsun;           ///< by slot: sunlit fraction of the outer face
 
-  std::vector<BeamProbe> probes;          ///< by the layer that they lie in
-  std::vector<std::int32_t> probe_first;  ///< by layer: its first probe
+  std::vector<BeamProbe> probes;
+  std::vector<BeamFace> faces;              ///< those of the probes, by row (j, k) and column
+  std::vector<std::int32_t> face_first;     ///< by row: its first face
+  std::array<std::int32_t, 2> faces_for{};  ///< steps of the beam along x and y that they stand for
+  std::vector<SolarPair> seen;  ///< by probe and fine face: what is left of the free beam
 
   bool swept = false;  ///< in this run
   // Results of the last sweep.
-  std::vector<SolarPair> canopy;  ///< by slot: what is left of the beam in the canopy
+  std::vector<SolarPair> outer;   ///< by outer face: what is left of the beam in the canopy
   std::vector<SolarPair> lost;    ///< by leaf cell: what leaves took out of it [W]
   std::vector<double> tree_Jdir;  ///< by tree patch [W/m2]
   std::vector<double> left;       ///< by patch: what leaves left of its beam, 0 to 1
@@ -174,6 +205,7 @@ struct Data {
   std::vector<std::int32_t> group_trees;  ///< tree patches, those of a coarse face together
   PatchFault fault;
   std::vector<std::int32_t> kind;  ///< by cell: cells of one size and density are of one kind
+  std::vector<Kind> kinds;
   std::array<BandFluxes, jmk_module_radiat::kBands> bands;
   Beam beam;
   Leaves leaves;
@@ -216,5 +248,8 @@ void storetqair(double p, double T, double q, double U, Data& data);
 
 /// Tells the fault of the tree patches, if there is one.
 void check02(frame::Log& log, const tsrf_module_patch::Data& patch, const Data& data);
+
+/// Tells what the arrays take.
+void list_arrays(const Data& data, frame::ArrayList& list);
 
 }  // namespace tsrf_module_jumoku

@@ -42,12 +42,14 @@ void allocdata(std::size_t mpatch, Data& data) {
   Beam& beam = data.beam;
   const auto nx = static_cast<std::size_t>(data.grid.cells[0]);
   const auto ny = static_cast<std::size_t>(data.grid.cells[1]);
-  beam.x.resize((nx + 1) * ny);
-  beam.y.resize(nx * (ny + 1));
-  beam.z.resize(nx * ny);
-  beam.reached.resize(ny);
+  const auto nz = static_cast<std::size_t>(data.grid.cells[2]);
+  beam.x.resize(ny * nz);
+  beam.y.resize(nz * nx);
+  beam.z.resize(nx);
+  beam.reached.resize(ny * nz);
+  beam.cells.resize(cells);
   beam.fsun.assign(cells * kFaces, 1.0);
-  beam.canopy.assign(cells * kFaces, SolarPair{});
+  beam.outer.assign(data.outer.size(), SolarPair{});
   beam.lost.assign(data.leaves.count(), SolarPair{});
   beam.tree_Jdir.assign(data.trees.size(), 0.0);
   beam.left.assign(mpatch, 1.0);
@@ -74,6 +76,14 @@ void set_lad(std::span<const double> lad, const jmk_module_radiat::Data& radiat,
     data.kind[c] =
         kinds.number({leaf < 0 ? 0.0 : lad[static_cast<std::size_t>(leaf)], data.grid.size(at, 0),
                       data.grid.size(at, 1), data.grid.size(at, 2)});
+    bool borders_air = false;
+    for (std::size_t face = 0; face < kFaces; ++face) borders_air |= data.cells.is_outer(c, face);
+    data.beam.cells[c] = {at[0], leaf, data.kind[c], borders_air ? 1 : 0};
+  }
+  data.kinds.resize(kinds.numbers().size());
+  data.beam.passed.resize(kinds.numbers().size());
+  for (const auto& [key, number] : kinds.numbers()) {
+    data.kinds[static_cast<std::size_t>(number)] = {key[0], {key[1], key[2], key[3]}};
   }
   for (std::size_t b = 0; b < data.bands.size(); ++b) {
     data.bands[b].weights.resize(kinds.numbers().size());
@@ -97,6 +107,23 @@ void storetqair(double p, double T, double q, double U, Data& data) {
     leaves.q[n] = q;
     leaves.U[n] = U;
   }
+}
+
+void list_arrays(const Data& data, frame::ArrayList& list) {
+  list.add("block cells", data.grid.width[0], data.grid.width[1], data.grid.width[2], data.cells.at,
+           data.cells.row_first, data.cells.leaf, data.cells.next, data.kind);
+  list.add("canopy faces", data.outer, data.trees, data.groups, data.group_trees);
+  for (const BandFluxes& band : data.bands) {
+    list.add("canopy light", band.weights, band.source, band.entering, band.outside);
+  }
+  const Beam& beam = data.beam;
+  list.add("canopy beam", beam.x, beam.y, beam.z, beam.reached, beam.cells, beam.passed, beam.fsun,
+           beam.probes, beam.faces, beam.face_first, beam.seen, beam.outer, beam.lost,
+           beam.tree_Jdir, beam.left);
+  const Leaves& leaves = data.leaves;
+  list.add("leaves", leaves.cell, leaves.lad, leaves.volume, leaves.T, leaves.p, leaves.Ta,
+           leaves.q, leaves.U, leaves.PAR, leaves.Sabs, leaves.Labs, leaves.h, leaves.e, leaves.qs,
+           leaves.dqsdT, leaves.E, leaves.dEdT, leaves.escaping);
 }
 
 }  // namespace tsrf_module_jumoku

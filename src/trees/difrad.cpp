@@ -1,7 +1,11 @@
 #include "trees/difrad.hpp"
 
 #include <array>
+#include <atomic>
 #include <cmath>
+#include <vector>
+
+#include "trees/waves.hpp"
 
 namespace jmk {
 
@@ -9,6 +13,9 @@ namespace {
 
 using tsrf_module_jumoku::BandFluxes;
 using tsrf_module_jumoku::kFaces;
+
+/// Rows of a tile, some 100 microseconds of work in a large canopy.
+constexpr std::size_t kRows = 64;
 
 /// Passes the fluxes of one cell on; true when one of them changes beyond the tolerance.
 inline bool visit(std::size_t c, const std::int32_t* next, const Tolerance& tolerance,
@@ -36,6 +43,41 @@ inline bool visit(std::size_t c, const std::int32_t* next, const Tolerance& tole
   return changed;
 }
 
+/// Visits the cells from `first` to before `last`, there or back.
+template <bool there>
+bool visit_cells(const tsrf_module_jumoku::Data& data, const Tolerance& tolerance,
+                 std::size_t first, std::size_t last, BandFluxes& band) {
+  bool changed = false;
+  for (std::size_t n = first; n < last; ++n) {
+    const std::size_t c = there ? n : first + last - 1 - n;
+    changed |= visit(c, data.cells.next.data(), tolerance, data.weights(band, c), band.source[c],
+                     band.entering.data());
+  }
+  return changed;
+}
+
+/// Visits all cells, there or back. Tiles are stretches of the rows of a layer; back, their waves
+/// run the other way.
+template <bool there>
+bool visit_all(frame::Crew& crew, const tsrf_module_jumoku::Data& data, const Tolerance& tolerance,
+               BandFluxes& band) {
+  if (crew.hands() == 1) return visit_cells<there>(data, tolerance, 0, data.cells.count(), band);
+  const auto rows = static_cast<std::size_t>(data.grid.cells[1]);
+  const auto layers = static_cast<std::size_t>(data.grid.cells[2]);
+  std::atomic<bool> changed{false};
+  in_waves(crew, rows, layers, crew.stretch(kRows), 1, [&](const Tile& tile) {
+    const std::size_t layer = rows * (there ? tile.first[1] : layers - 1 - tile.first[1]);
+    const std::size_t begin = there ? tile.first[0] : rows - tile.last[0];
+    const std::size_t end = there ? tile.last[0] : rows - tile.first[0];
+    const std::vector<std::int32_t>& first = data.cells.row_first;
+    if (visit_cells<there>(data, tolerance, static_cast<std::size_t>(first[layer + begin]),
+                           static_cast<std::size_t>(first[layer + end]), band)) {
+      changed.store(true, std::memory_order_relaxed);
+    }
+  });
+  return changed.load(std::memory_order_relaxed);
+}
+
 }  // namespace
 
 double kept(const tsrf_module_jumoku::Data& data, const BandFluxes& band, std::size_t c) {
@@ -46,21 +88,16 @@ double kept(const tsrf_module_jumoku::Data& data, const BandFluxes& band, std::s
   return sum;
 }
 
-std::int32_t jmk_difrad_flux(frame::Log& log, const tsrf_module_jumoku::Data& data,
-                             std::int32_t LOPRAD, const Tolerance& tolerance, BandFluxes& band) {
-  const std::size_t n = data.cells.count();
+std::int32_t jmk_difrad_flux(frame::Log& log, frame::Crew& crew,
+                             const tsrf_module_jumoku::Data& data, std::int32_t LOPRAD,
+                             const Tolerance& tolerance, BandFluxes& band) {
   for (std::size_t o = 0; o < data.outer.size(); ++o) {
     band.entering[data.outer[o].entry()] = band.outside[o];
   }
-  const auto cell = [&](std::size_t c) {
-    return visit(c, data.cells.next.data(), tolerance, data.weights(band, c), band.source[c],
-                 band.entering.data());
-  };
   for (std::int32_t sweep = 1; sweep <= LOPRAD; ++sweep) {
-    bool changed = false;
-    for (std::size_t c = 0; c < n; ++c) changed |= cell(c);
-    for (std::size_t c = n; c-- > 0;) changed |= cell(c);
-    if (!changed) return sweep;
+    const bool there = visit_all<true>(crew, data, tolerance, band);
+    const bool back = visit_all<false>(crew, data, tolerance, band);
+    if (!there && !back) return sweep;
   }
   log.program_error("### program error -1- (jmk_difrad_flux)");
 }

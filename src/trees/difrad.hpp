@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "trees/canopy.hpp"
 
@@ -24,10 +25,11 @@ struct Tolerance {
 /// Relaxes the fluxes of one band among the cells of `data`, with band.outside and band.source
 /// given and band.entering as a first guess. A sweep visits all cells there and back, so that every
 /// flux crosses the canopy in it; no change beyond the tolerance in a sweep ends the iteration.
-/// Returns the number of sweeps. More than `LOPRAD` stop the run.
-std::int32_t jmk_difrad_flux(frame::Log& log, const tsrf_module_jumoku::Data& data,
-                             std::int32_t LOPRAD, const Tolerance& tolerance,
-                             tsrf_module_jumoku::BandFluxes& band);
+/// Returns the number of sweeps, and the same bits for any number of hands. More than `LOPRAD` stop
+/// the run.
+std::int32_t jmk_difrad_flux(frame::Log& log, frame::Crew& crew,
+                             const tsrf_module_jumoku::Data& data, std::int32_t LOPRAD,
+                             const Tolerance& tolerance, tsrf_module_jumoku::BandFluxes& band);
 
 /// What stays in the leaves of cell `c`, of what enters it and of what starts in it [W].
 double kept(const tsrf_module_jumoku::Data& data, const tsrf_module_jumoku::BandFluxes& band,

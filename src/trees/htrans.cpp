@@ -91,15 +91,6 @@ double convection(const Settings& s, double U, double density, double cp) {
   return std::min(linear, bulk);
 }
 
-void check_selectors(frame::Log& log, const Stomata& s) {
-  if (s.UNITGS != 1 && s.UNITGS != 2) {
-    log.program_error(frame::items("unitgs =", s.UNITGS), "(jmk_module_htrans)(htrnscoef)");
-  }
-  if (s.MDLVPD != 1 && s.MDLVPD != 4) {
-    log.program_error(frame::items("mdlvpd =", s.MDLVPD), "(jmk_module_htrans)(htrnscoef)");
-  }
-}
-
 }  // namespace
 
 void inputdata(frame::Log& log, frame::TextInput& control, Data& data) {
@@ -136,6 +127,15 @@ void set_constants(frame::Log& log, const Constants& constants, Data& data) {
     if (!(mass > 0.0)) log.data_error(frame::items("molar mass =", mass), "it must be > 0");
   }
   data.constants = constants;
+}
+
+void check_selectors(frame::Log& log, const Stomata& s) {
+  if (s.UNITGS != 1 && s.UNITGS != 2) {
+    log.program_error(frame::items("unitgs =", s.UNITGS), "(jmk_module_htrans)(htrnscoef)");
+  }
+  if (s.MDLVPD != 1 && s.MDLVPD != 4) {
+    log.program_error(frame::items("mdlvpd =", s.MDLVPD), "(jmk_module_htrans)(htrnscoef)");
+  }
 }
 
 void htrnscoef(frame::Log& log, const Data& data, double cp, const LeavesInAir& leaves,

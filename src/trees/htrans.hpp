@@ -74,8 +74,11 @@ struct Transfer {
   std::span<double> dqsdT;  ///< its slope [1/K]
 };
 
-/// Transfer coefficients of leaves; `cp` is the specific heat of air [J/kg K]. A selector UNITGS or
-/// MDLVPD that is none of the known ones stops the run.
+/// A selector UNITGS or MDLVPD that is none of the known ones stops the run.
+void check_selectors(frame::Log& log, const Stomata& stomata);
+
+/// Transfer coefficients of leaves; `cp` is the specific heat of air [J/kg K]. Checks the
+/// selectors first.
 void htrnscoef(frame::Log& log, const Data& data, double cp, const LeavesInAir& leaves,
                const Transfer& out);
 

@@ -6,6 +6,7 @@
 // tsrf_trcanopy.
 #pragma once
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "trees/canopy.hpp"
 #include "trees/htrans.hpp"
@@ -16,7 +17,7 @@ namespace jmk {
 /// Finds the leaf temperatures from data.leaves (air, PAR, Sabs) and what long wave enters the
 /// canopy by its outer faces, and leaves the long-wave fluxes in data.bands. Not to converge within
 /// LOPHBL passes is a warning on the log; a temperature that is none ends the run.
-void jmk2_cal_canopy(frame::Log& log, const jmk_module_htrans::Data& htrans,
+void jmk2_cal_canopy(frame::Log& log, frame::Crew& crew, const jmk_module_htrans::Data& htrans,
                      const jmk_module_radiat::Data& radiat, tsrf_module_jumoku::Data& data);
 
 }  // namespace jmk

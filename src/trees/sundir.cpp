@@ -22,7 +22,7 @@ constexpr double kNoFlux = 1e-20;
 
 /// Nothing passes: the state without sun.
 void clear(Beam& beam) {
-  std::fill(beam.canopy.begin(), beam.canopy.end(), SolarPair{});
+  std::fill(beam.outer.begin(), beam.outer.end(), SolarPair{});
   std::fill(beam.lost.begin(), beam.lost.end(), SolarPair{});
   std::fill(beam.tree_Jdir.begin(), beam.tree_Jdir.end(), 0.0);
   std::fill(beam.left.begin(), beam.left.end(), 1.0);
@@ -42,7 +42,7 @@ void set_tree_Jdir(const SunVector& sun, double Jdn, const Optics& optics,
   const std::array<double, 3> s{std::fabs(sun.x), std::fabs(sun.y), std::fabs(sun.z)};
   for (std::size_t t = 0; t < data.trees.size(); ++t) {
     const auto& outer = data.outer[static_cast<std::size_t>(data.trees[t].outer)];
-    const SolarPair& f = data.beam.canopy[outer.entry()];
+    const SolarPair& f = data.beam.outer[static_cast<std::size_t>(data.trees[t].outer)];
     // The free beam's flux through the face; one that the beam only grazes takes no part.
     const double weight =
         outer.area * s[tsrf_module_jumoku::axis_of(static_cast<std::size_t>(outer.face))];
@@ -67,7 +67,7 @@ bool sweeps_now(double second, double dt, const Data& data) {
 
 }  // namespace
 
-void tsrf_sundir(frame::Log& log, double dt, double second, const SunVector& sun,
+void tsrf_sundir(frame::Log& log, frame::Crew& crew, double dt, double second, const SunVector& sun,
                  const tsrf_module_phydat::SkyFluxes& sky, const tsrf_module_patch::Data& patch,
                  std::span<const double> fsun, const jmk_module_data::Data& cells,
                  const jmk_module_radiat::Data& radiat, Data& data, std::span<double> Jdir) {
@@ -78,7 +78,7 @@ void tsrf_sundir(frame::Log& log, double dt, double second, const SunVector& sun
   } else if (sweeps_now(second, dt, data)) {
     check02(log, patch, data);
     take_fsun(fsun, data);
-    sweep_beam(sun, sky.direct, radiat.optics, data);
+    sweep_beam(crew, sun, sky.direct, radiat.optics, data);
     set_tree_Jdir(sun, sky.direct, radiat.optics, patch, data);
     data.beam.swept = true;
   }

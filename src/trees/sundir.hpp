@@ -7,6 +7,7 @@
 
 #include <span>
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "inputs/patch.hpp"
 #include "radiation/phydat.hpp"
@@ -16,17 +17,12 @@
 
 namespace jmk {
 
-/// One sweep of the beam of direct normal flux `Jdn` [W/m2] for a sun above the horizon: fills the
-/// results of data.beam from data.beam.fsun and the leaf area densities.
-void sweep_beam(const tsrf_module_phydat::SunVector& sun, double Jdn,
-                const jmk_module_radiat::Optics& optics, tsrf_module_jumoku::Data& data);
-
 /// Lets the leaves dim the direct flux of the patches: `Jdir` [W/m2] of a tree patch becomes what
 /// passes its face in the canopy, that of every other patch loses what leaves took out of its beam.
 /// `second` is the run time and `dt` the step [s]; the beam is swept at the run's first step with
 /// sun and then only when `second` is a multiple of NSKIP_SUNDIR steps of whole seconds, and the
 /// last sweep holds in between. Without sun nothing passes.
-void tsrf_sundir(frame::Log& log, double dt, double second,
+void tsrf_sundir(frame::Log& log, frame::Crew& crew, double dt, double second,
                  const tsrf_module_phydat::SunVector& sun, const tsrf_module_phydat::SkyFluxes& sky,
                  const tsrf_module_patch::Data& patch, std::span<const double> fsun,
                  const jmk_module_data::Data& cells, const jmk_module_radiat::Data& radiat,

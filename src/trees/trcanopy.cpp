@@ -23,6 +23,9 @@ using tsrf_module_jumoku::OuterFace;
 /// How much of the sky a face without tree patches sees, by its direction alone.
 constexpr std::array<double, kFaces> kSkySeen{0.5, 0.5, 0.5, 0.5, 0.0, 1.0};
 
+/// Leaf cells or faces of a stretch for one hand: some 20 microseconds.
+constexpr std::size_t kCells = 4096;
+
 constexpr double kLeastGuess = 1e-6;  // all that came into the canopy and started in it [W]
 
 /// Flux density that enters by an outer face: `R` by patch, or `sky` where no patch stands.
@@ -43,23 +46,23 @@ double incident(const OuterFace& outer, const Data& data, const tsrf_module_patc
 }
 
 /// storeflux: what comes into the canopy from outside in one band, the share `part` of R and sky.
-void storeflux(const tsrf_module_patch::Data& patch, std::span<const double> R, double sky,
-               double part, const Data& data, BandFluxes& band) {
-  for (std::size_t o = 0; o < data.outer.size(); ++o) {
+void storeflux(frame::Crew& crew, const tsrf_module_patch::Data& patch, std::span<const double> R,
+               double sky, double part, const Data& data, BandFluxes& band) {
+  crew.each(data.outer.size(), kCells, [&](std::size_t o) {
     const OuterFace& outer = data.outer[o];
     band.outside[o] = part * incident(outer, data, patch, R, sky) * outer.area;
-  }
+  });
 }
 
 /// Scales the light of the last step to the light of this one, as a first guess: at dusk the
 /// iteration would else chase its own past down to the tolerance. What a night has left of the
 /// light is no guess: it lies below the tolerance, and the day's first light many powers above.
-void scale_guess(BandFluxes& band) {
+void scale_guess(frame::Crew& crew, BandFluxes& band) {
   const double total = std::accumulate(band.source.begin(), band.source.end(), 0.0) +
                        std::accumulate(band.outside.begin(), band.outside.end(), 0.0);
   const double factor = total / band.total;
   if (band.total > kLeastGuess && std::isfinite(factor)) {
-    for (double& flux : band.entering) flux *= factor;
+    crew.each(band.entering.size(), kCells, [&](std::size_t n) { band.entering[n] *= factor; });
   } else {
     std::fill(band.entering.begin(), band.entering.end(), 0.0);
   }
@@ -67,7 +70,8 @@ void scale_guess(BandFluxes& band) {
 }
 
 /// Scattered light of the solar bands: what the leaves take of it and of the beam.
-void exchange_shortwave(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sky,
+void exchange_shortwave(frame::Log& log, frame::Crew& crew,
+                        const tsrf_module_phydat::SkyFluxes& sky,
                         const tsrf_module_patch::Data& patch, const jmk_module_radiat::Data& radiat,
                         std::span<const double> Rs, Data& data) {
   tsrf_module_jumoku::Leaves& leaves = data.leaves;
@@ -76,18 +80,18 @@ void exchange_shortwave(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sk
   for (std::size_t b = 0; b < kSolarBands; ++b) {
     BandFluxes& band = data.bands[b];
     const double scatter = radiat.optics[b].scatter();
-    for (std::size_t n = 0; n < leaves.count(); ++n) {
+    crew.each(leaves.count(), kCells, [&](std::size_t n) {
       band.source[static_cast<std::size_t>(leaves.cell[n])] = scatter * data.beam.lost[n][b];
-    }
-    storeflux(patch, Rs, sky.scattered, radiat.optics[b].scattered, data, band);
-    scale_guess(band);
-    jmk_difrad_flux(log, data, s.LOPRAD, {s.AEPSRD, s.REPSRD}, band);
-    for (std::size_t n = 0; n < leaves.count(); ++n) {
+    });
+    storeflux(crew, patch, Rs, sky.scattered, radiat.optics[b].scattered, data, band);
+    scale_guess(crew, band);
+    jmk_difrad_flux(log, crew, data, s.LOPRAD, {s.AEPSRD, s.REPSRD}, band);
+    crew.each(leaves.count(), kCells, [&](std::size_t n) {
       const auto c = static_cast<std::size_t>(leaves.cell[n]);
       const double absorbed = (1.0 - scatter) * data.beam.lost[n][b] + kept(data, band, c);
       leaves.Sabs[n] += absorbed;
       if (b == kVisible) leaves.PAR[n] = absorbed / (leaves.lad[n] * leaves.volume[n]);
-    }
+    });
   }
 }
 
@@ -100,7 +104,7 @@ double setflux(const Data& data, const BandFluxes& band,
 
 }  // namespace
 
-void tsrf_trcanopy(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sky,
+void tsrf_trcanopy(frame::Log& log, frame::Crew& crew, const tsrf_module_phydat::SkyFluxes& sky,
                    const tsrf_module_patch::Data& patch, const jmk_module_data::Data& cells,
                    const jmk_module_htrans::Data& htrans, const jmk_module_radiat::Data& radiat,
                    Data& data, std::span<const double> Rl, std::span<const double> Rs,
@@ -108,9 +112,9 @@ void tsrf_trcanopy(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sky,
   if (!cells.CALJMK) return;
   const frame::Tag tag(log, "(tsrf_trcanopy)");
   check02(log, patch, data);
-  exchange_shortwave(log, sky, patch, radiat, Rs, data);
-  storeflux(patch, Rl, sky.longwave, 1.0, data, data.bands[kLongWave]);
-  jmk2_cal_canopy(log, htrans, radiat, data);
+  exchange_shortwave(log, crew, sky, patch, radiat, Rs, data);
+  storeflux(crew, patch, Rl, sky.longwave, 1.0, data, data.bands[kLongWave]);
+  jmk2_cal_canopy(log, crew, htrans, radiat, data);
   for (const tsrf_module_jumoku::TreePatch& tree : data.trees) {
     const auto p = static_cast<std::size_t>(tree.patch);
     JRl[p] = setflux(data, data.bands[kLongWave], tree);

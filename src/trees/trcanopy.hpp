@@ -9,6 +9,7 @@
 
 #include <span>
 
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 #include "inputs/patch.hpp"
 #include "radiation/phydat.hpp"
@@ -22,7 +23,7 @@ namespace jmk {
 
 /// `Rl`, `Rs` are the incident fluxes of the patches [W/m2]; `JRl`, `JRs` of the tree patches
 /// become what leaves the canopy by their faces [W/m2].
-void tsrf_trcanopy(frame::Log& log, const tsrf_module_phydat::SkyFluxes& sky,
+void tsrf_trcanopy(frame::Log& log, frame::Crew& crew, const tsrf_module_phydat::SkyFluxes& sky,
                    const tsrf_module_patch::Data& patch, const jmk_module_data::Data& cells,
                    const jmk_module_htrans::Data& htrans, const jmk_module_radiat::Data& radiat,
                    tsrf_module_jumoku::Data& data, std::span<const double> Rl,

@@ -8,6 +8,19 @@ namespace {
 
 std::size_t in_lanes(std::size_t count) { return (count + kAmgLanes - 1) / kAmgLanes * kAmgLanes; }
 
+void bundle_rows(const AmgMerge& merge, AmgLevel& level) {
+  const std::size_t ny = merge.parent.size();
+  const bool round = ny % 2 != 0 && merge.cells > 1;  // the last bundle joins the first
+  for (std::int32_t bundle = 0; bundle < merge.cells - (round ? 1 : 0); ++bundle) {
+    level.bundles.push_back(level.rows.size());
+    for (std::size_t j = 0; j < ny; ++j) {
+      const bool joins = round && bundle == 0 && merge.parent[j] == merge.cells - 1;
+      if (merge.parent[j] == bundle || joins) level.rows.push_back(j);
+    }
+  }
+  level.bundles.push_back(level.rows.size());
+}
+
 }  // namespace
 
 AmgLevel sized_level(const Triple& cells) {
@@ -27,18 +40,11 @@ AmgLevel make_amg_level(const AmgGrid& grid) {
   }
   const std::vector<double> diagonal = grid.diagonal();
   const std::vector<double> beyond = grid.beyond();
-  std::size_t cell = 0;
-  for (std::int32_t k = 0; k < grid.n[2]; ++k) {
-    for (std::int32_t j = 0; j < grid.n[1]; ++j) {
-      for (std::int32_t i = 0; i < grid.n[0]; ++i, ++cell) {
-        const std::size_t slot = level.slot(i, j, k);
-        for (std::size_t a = 0; a < 3; ++a) level.c[a][slot] = static_cast<float>(grid.c[a][cell]);
-        level.beyond[slot] = static_cast<float>(beyond[cell]);
-        level.inverse[slot] =
-            diagonal[cell] > 0.0 ? static_cast<float>(1.0 / diagonal[cell]) : 0.0F;
-      }
-    }
-  }
+  each_cell_slot(level, [&](std::size_t cell, std::size_t slot) {
+    for (std::size_t a = 0; a < 3; ++a) level.c[a][slot] = static_cast<float>(grid.c[a][cell]);
+    level.beyond[slot] = static_cast<float>(beyond[cell]);
+    level.inverse[slot] = diagonal[cell] > 0.0 ? static_cast<float>(1.0 / diagonal[cell]) : 0.0F;
+  });
   if (level.n[1] % 2 == 0 || level.n[1] == 1) return level;
   Floats wrap(level.stride * static_cast<std::size_t>(level.n[2]), 0.0F);
   for (std::int32_t k = 0; k < level.n[2]; ++k) {
@@ -61,6 +67,7 @@ void join_levels(const std::array<AmgMerge, 3>& merge, AmgLevel& fine, AmgLevel&
       fine.parent[part].push_back(merge[0].parent[i]);
     }
   }
+  bundle_rows(merge[1], fine);
   // A row that is merged in pairs is written as a whole part of the finer one.
   coarse.natural = std::max(coarse.natural, fine.half);
   coarse.between.assign(coarse.natural * static_cast<std::size_t>(coarse.n[1]) *

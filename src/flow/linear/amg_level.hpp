@@ -50,6 +50,10 @@ struct AmgLevel {
   std::array<AmgMerge, 3> merge;                    ///< to the next coarser level
   bool in_pairs = false;                            ///< along x
   std::array<std::vector<std::int32_t>, 2> parent;  ///< along x, of the cells of each part
+  /// The rows of a layer, bundle by bundle: those that are merged stay together, and so do the
+  /// first and the last where they have cells of one colour side by side.
+  std::vector<std::size_t> rows;
+  std::vector<std::size_t> bundles;  ///< where each begins in `rows`, and the end
 
   [[nodiscard]] std::size_t odd() const { return half + kAmgLanes; }
   [[nodiscard]] std::size_t size() const {
@@ -61,6 +65,17 @@ struct AmgLevel {
     return stride * (u(j) + u(n[1]) * u(k)) + u(i / 2) + (i % 2 == 0 ? 0 : odd());
   }
 };
+
+/// Calls `work(cell, slot)` for all cells of a level, in the order of their numbers.
+template <class Work>
+void each_cell_slot(const AmgLevel& level, Work&& work) {
+  std::size_t cell = 0;
+  for (std::int32_t k = 0; k < level.n[2]; ++k) {
+    for (std::int32_t j = 0; j < level.n[1]; ++j) {
+      for (std::int32_t i = 0; i < level.n[0]; ++i) work(cell++, level.slot(i, j, k));
+    }
+  }
+}
 
 /// The sizes of a level, without its arrays.
 AmgLevel sized_level(const Triple& cells);

@@ -50,42 +50,21 @@ inline bool wrapped_row(const AmgLevel& m, std::size_t j) {
   return !m.wrap.empty() && (j == 0 || j + 1 == static_cast<std::size_t>(m.n[1]));
 }
 
-#define PASS_SET amg_common
-#define PASS_WIDTH 2
-#define PASS_TARGET
-#include "flow/linear/amg_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#if defined(__x86_64__)
-#define PASS_SET amg_avx2
-#define PASS_WIDTH 4
-#define PASS_TARGET [[gnu::target("avx2")]]
-#include "flow/linear/amg_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#define PASS_SET amg_avx512
-#define PASS_WIDTH 8
-#define PASS_TARGET [[gnu::target("avx512f")]]
-#include "flow/linear/amg_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-#endif
+#define PASS_PREFIX amg
+#define PASS_FILE "flow/linear/amg_passes.inc"
+#include "flow/linear/pass_sets.inc"
 
 }  // namespace
 
 AmgPasses amg_passes(InstructionSet set) {
 #if defined(__x86_64__)
   if (set == InstructionSet::avx512) {
-    return {amg_avx512::down, amg_avx512::up, amg_avx512::renew};
+    return {amg_avx512::down, amg_avx512::up, amg_avx512::take, amg_avx512::renew};
   }
-  if (set == InstructionSet::avx2) return {amg_avx2::down, amg_avx2::up, amg_avx2::renew};
+  if (set == InstructionSet::avx2)
+    return {amg_avx2::down, amg_avx2::up, amg_avx2::take, amg_avx2::renew};
 #endif
-  return {amg_common::down, amg_common::up, amg_common::renew};
+  return {amg_common::down, amg_common::up, amg_common::take, amg_common::renew};
 }
 
 }  // namespace flow

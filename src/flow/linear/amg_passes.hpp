@@ -5,6 +5,9 @@
 // The way down of the finest level begins with the step of the conjugate gradient, the way up ends
 // with the product with the matrix: an iteration goes twice through the finest level.
 //
+// So within a turn of a pass, in which each step has the layer behind that of the step before, rows
+// do not depend on one another: the hands of a crew share them, and meet before the next turn.
+//
 // Behind the last sweep of the way down the residual of the black cells is 0 and is left out.
 // Used by flw_amgcg.
 #pragma once
@@ -56,18 +59,42 @@ struct alignas(64) AmgSums {
   std::array<double, kAmgLanes> zaz{};
 };
 
-struct AmgPasses {
-  /// The step, the smoothing from a start of 0, and the residual summed into coarse.between.
-  /// `sums` holds one for each layer; its norms are set unless the step is `none`.
-  void (*down)(AmgLevel& level, AmgLevel& coarse, const AmgStep& step, AmgSums* sums);
-  /// Corrects z by coarse.between and smooths in the opposite order. With `w` set it becomes A z
-  /// and the other two sums are set; else z goes to level.between.
-  void (*up)(AmgLevel& level, const AmgLevel& coarse, float* w, AmgSums* sums);
-  /// exact.x += taken * found, unless that is null; r = (b - A x)/scale. The sums of the squares of
-  /// b - A x by weight go to `norms`, kLanes for each layer.
-  void (*renew)(AmgLevel& level, AmgExact& exact, double taken, const float* found, double scale,
-                double* norms);
+/// Sums of a row, by lanes.
+struct alignas(64) AmgRowSums {
+  std::array<float, kAmgLanes> norm, rz, zaz;
 };
+
+/// Part of a turn of a pass: the rows of some bundles, `first` up to, not including, `last`.
+struct AmgPart {
+  std::size_t turn;
+  std::size_t first, last;
+  AmgRowSums* sums;  ///< for each row of a layer; null on coarse levels
+};
+
+struct AmgPasses {
+  /// The step, the smoothing from a start of 0, and the residual summed into coarse.between. The
+  /// norms of the rows of layer `turn` are set unless the step is `none`.
+  void (*down)(AmgLevel& level, AmgLevel& coarse, const AmgStep& step, const AmgPart& part);
+  /// Corrects z by coarse.between and smooths in the opposite order. With `w` set it becomes A z
+  /// and the other two sums are set, of the layer that is last; else z goes to level.between.
+  void (*up)(AmgLevel& level, const AmgLevel& coarse, float* w, const AmgPart& part);
+  /// exact.x += taken * found in some layers.
+  void (*take)(const AmgLevel& level, AmgExact& exact, double taken, const float* found,
+               std::size_t first, std::size_t last);
+  /// r = (b - A x)/scale in some layers; before that what `take` does in these, if `found` is not
+  /// null: then they have to be all. The sums of the squares of b - A x by weight go to `norms`,
+  /// kLanes for each layer.
+  void (*renew)(AmgLevel& level, AmgExact& exact, double taken, const float* found, double scale,
+                double* norms, std::size_t first, std::size_t last);
+};
+
+/// Turns that a pass takes.
+inline std::size_t turns_down(const AmgLevel& level, bool alone) {
+  return static_cast<std::size_t>(level.n[2] + (alone ? 0 : level.sweeps));
+}
+inline std::size_t turns_up(const AmgLevel& level) {
+  return static_cast<std::size_t>(level.n[2] + level.sweeps) + 1;
+}
 
 AmgPasses amg_passes(InstructionSet set);
 

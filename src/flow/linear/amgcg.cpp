@@ -5,6 +5,8 @@
 #include <numeric>
 #include <utility>
 
+#include "flow/share.hpp"
+
 namespace flow {
 
 namespace {
@@ -37,24 +39,88 @@ double weighed_squares(const AmgSystem& system) {
   return std::accumulate(lanes.begin(), lanes.end(), 0.0);
 }
 
+/// Adds the sums of the rows of a layer, in their order.
+void collect(const AmgSystem& system, std::array<float, kAmgLanes> AmgRowSums::*rows,
+             std::array<double, kAmgLanes>& layer) {
+  layer = {};
+  for (const AmgRowSums& row : system.row_sums) {
+    const auto& lanes = row.*rows;
+    for (std::size_t l = 0; l < kAmgLanes; ++l) layer[l] += double{lanes[l]};
+  }
+}
+
+/// Bundles of rows of a level that make a stretch.
+std::size_t stretch_of(const AmgLevel& level) {
+  constexpr std::size_t kCells = 2048;  // of one layer; a turn goes through several
+  const std::size_t cells = static_cast<std::size_t>(level.n[0]) * level.rows.size();
+  return std::max<std::size_t>(kCells * (level.bundles.size() - 1) / cells, 1);
+}
+
+/// The way down of one level; `sums` are those of the finest.
+void go_down(frame::Crew& crew, AmgSystem& system, std::size_t l, const AmgStep& step) {
+  AmgLevel& level = system.levels[l];
+  const auto layers = static_cast<std::size_t>(level.n[2]);
+  const std::size_t turns = turns_down(level, step.alone);
+  for (std::size_t turn = 0; turn < turns; ++turn) {
+    crew.share(level.bundles.size() - 1, stretch_of(level), [&](frame::Crew::Stretch part) {
+      system.passes.down(level, system.coarser(l), step,
+                         {turn, part.first, part.last, system.row_sums.data()});
+    });
+    if (step.kind == AmgStep::Kind::none || turn >= layers) continue;
+    collect(system, &AmgRowSums::norm, system.sums[turn].norm);
+  }
+}
+
+/// The way up of one level; with `w`, on the finest, sums are taken.
+void go_up(frame::Crew& crew, AmgSystem& system, std::size_t l, float* w) {
+  AmgLevel& level = system.levels[l];
+  const auto before = static_cast<std::size_t>(level.sweeps) + 1;
+  for (std::size_t turn = 0; turn < turns_up(level); ++turn) {
+    crew.share(level.bundles.size() - 1, stretch_of(level), [&](frame::Crew::Stretch part) {
+      system.passes.up(level, system.coarser(l), w,
+                       {turn, part.first, part.last, system.row_sums.data()});
+    });
+    if (w == nullptr || turn < before) continue;
+    collect(system, &AmgRowSums::rz, system.sums[turn - before].rz);
+    collect(system, &AmgRowSums::zaz, system.sums[turn - before].zaz);
+  }
+}
+
 /// The levels below the finest: its right side stands in `between` of the next one, and so does the
 /// correction afterwards.
-void solve_below(AmgSystem& system) {
+void solve_below(frame::Crew& crew, AmgSystem& system) {
   const std::size_t count = system.levels.size();
-  for (std::size_t l = 1; l < count; ++l) {
-    system.passes.down(system.levels[l], system.coarser(l), {}, nullptr);
-  }
+  for (std::size_t l = 1; l < count; ++l) go_down(crew, system, l, {});
   system.direct.solve(system.last.natural, system.work, system.last.between.data());
-  for (std::size_t l = count; l-- > 1;) {
-    system.passes.up(system.levels[l], system.coarser(l), nullptr, nullptr);
+  for (std::size_t l = count; l-- > 1;) go_up(crew, system, l, nullptr);
+}
+
+/// The true residual of every layer, by the norm of its layers; before that x takes up what was
+/// found, if anything was.
+void renew_layers(frame::Crew& crew, AmgSystem& system, double taken, const float* found,
+                  double scale) {
+  const AmgPasses& passes = system.passes;
+  AmgLevel& level = system.finest();
+  const auto layers = static_cast<std::size_t>(level.n[2]);
+  const std::size_t stretch = shared_rows(level.size() / layers);
+  const bool together = crew.hands() == 1;  // one pass does both
+  if (found != nullptr && !together) {
+    crew.share(layers, stretch, [&](frame::Crew::Stretch part) {
+      passes.take(level, system.exact, taken, found, part.first, part.last);
+    });
   }
+  crew.share(layers, together ? layers : stretch, [&](frame::Crew::Stretch part) {
+    passes.renew(level, system.exact, taken, together ? found : nullptr, scale, system.norms.data(),
+                 part.first, part.last);
+  });
 }
 
 /// The solution while it goes on. The vectors of single precision are those of the equation divided
 /// by `scale_`, which is about the norm of the residual.
 class Gradient {
  public:
-  Gradient(const SolveLimits& limits, AmgSystem& system) : limits_(limits), system_(system) {
+  Gradient(frame::Crew& crew, const SolveLimits& limits, AmgSystem& system)
+      : crew_(crew), limits_(limits), system_(system) {
     step_.of = {system.x.data(), system.p.data(), system.s.data(), system.w.data()};
     std::fill(system.exact.x.begin(), system.exact.x.end(), 0.0);
     norm = limits.norm(weighed_squares(system));
@@ -65,8 +131,8 @@ class Gradient {
     const double factor = 1.0 / scale_;
     float* r = system_.finest().r.data();
     const double* b = system_.exact.b.data();
-    const std::size_t size = system_.exact.b.size();
-    for (std::size_t s = 0; s < size; ++s) r[s] = static_cast<float>(b[s] * factor);
+    crew_.each(system_.exact.b.size(), kSharedCells,
+               [&](std::size_t s) { r[s] = static_cast<float>(b[s] * factor); });
   }
 
   /// The solution takes up what was found, and the true residual takes the place of the one carried
@@ -82,11 +148,11 @@ class Gradient {
   /// True when the residual carried on has fallen so far that it is time to renew it.
   [[nodiscard]] bool due() const { return reduced_ <= known_; }
   /// r goes down the levels. To be called behind renew.
-  void begin() { go_down(AmgStep::Kind::begin); }
+  void begin() { step_down(AmgStep::Kind::begin); }
   /// The cycle's result, and what follows from it for the next step. False when a sum vanishes.
   bool prepare() {
-    solve_below(system_);
-    system_.passes.up(system_.finest(), system_.coarser(0), system_.w.data(), system_.sums.data());
+    solve_below(crew_, system_);
+    go_up(crew_, system_, 0, system_.w.data());
     const double rz = total(system_.sums, &AmgSums::rz);
     const double zaz = total(system_.sums, &AmgSums::zaz);
     const double beta = fresh_ ? 0.0 : rz / rz_ * (scale_ / last_) * (scale_ / last_);
@@ -104,7 +170,9 @@ class Gradient {
     const double next = 0.7 * rate_;
     step_.alone = !fresh_ && (next * norm <= tolerance || next * reduced_ <= known_);
     const double before = reduced_;
-    go_down(fresh_ ? AmgStep::Kind::first : found_ ? AmgStep::Kind::next : AmgStep::Kind::renewed);
+    step_down(fresh_   ? AmgStep::Kind::first
+              : found_ ? AmgStep::Kind::next
+                       : AmgStep::Kind::renewed);
     fresh_ = false;
     found_ = true;
     reduced_ = std::sqrt(total(system_.sums, &AmgSums::norm) / limits_.nnorm);
@@ -119,18 +187,18 @@ class Gradient {
 
  private:
   void renew(double scale, const float* found) {
-    system_.passes.renew(system_.finest(), system_.exact, scale_, found, scale,
-                         system_.norms.data());
+    renew_layers(crew_, system_, scale_, found, scale);
     norm = limits_.norm(std::accumulate(system_.norms.begin(), system_.norms.end(), 0.0));
     reduced_ = 1.0;
     scale_ = scale;
     found_ = false;
   }
-  void go_down(AmgStep::Kind kind) {
+  void step_down(AmgStep::Kind kind) {
     step_.kind = kind;
-    system_.passes.down(system_.finest(), system_.coarser(0), step_, system_.sums.data());
+    flow::go_down(crew_, system_, 0, step_);
   }
 
+  frame::Crew& crew_;
   const SolveLimits& limits_;
   AmgSystem& system_;
   AmgStep step_;
@@ -155,45 +223,38 @@ void check(frame::Log& log, const SolveLimits& limits, AmgSystem& system) {
 
 }  // namespace
 
-void apply_cycle(AmgSystem& system) {
+void apply_cycle(frame::Crew& crew, AmgSystem& system) {
   AmgStep step;
   step.kind = AmgStep::Kind::begin;
-  system.passes.down(system.finest(), system.coarser(0), step, system.sums.data());
-  solve_below(system);
-  system.passes.up(system.finest(), system.coarser(0), system.w.data(), system.sums.data());
+  go_down(crew, system, 0, step);
+  solve_below(crew, system);
+  go_up(crew, system, 0, system.w.data());
 }
 
-SolveResult flw_amgcg(frame::Log& log, const SolveLimits& limits, AmgSystem& system) {
+SolveResult flw_amgcg(frame::Log& log, frame::Crew& crew, const SolveLimits& limits,
+                      AmgSystem& system) {
   check(log, limits, system);
-  SolveResult result;
-  Gradient g(limits, system);
-  const double first = g.norm < kNoResidual ? 0.0 : g.norm;
-  result.norm = first;
-  if (limits.epsabs >= first) return result;
-
-  const double tolerance = std::max(limits.epsabs, limits.epsrel * first);
-  result.converged = false;
-  g.take_right_side();
-  g.begin();
-  while (std::isfinite(g.norm)) {
-    bool goes_on = g.prepare();
-    if (goes_on) {
-      goes_on = g.advance(tolerance);
-    } else {
-      g.forget();
+  Gradient g(crew, limits, system);
+  return solve_from(limits, g, [&](double tolerance, SolveResult& result) {
+    g.take_right_side();
+    g.begin();
+    while (std::isfinite(g.norm)) {
+      bool goes_on = g.prepare();
+      if (goes_on) {
+        goes_on = g.advance(tolerance);
+      } else {
+        g.forget();
+      }
+      if (!goes_on || g.norm <= tolerance || g.due()) {
+        g.renew();
+        result.converged = g.norm <= tolerance;
+        if (result.converged) break;
+        g.begin();
+      }
+      if (++result.iterations > limits.itmax) break;
     }
-    if (!goes_on || g.norm <= tolerance || g.due()) {
-      g.renew();
-      result.converged = g.norm <= tolerance;
-      if (result.converged) break;
-      g.begin();
-    }
-    if (++result.iterations > limits.itmax) break;
-  }
-  if (!result.converged) g.renew();
-  result.norm = g.norm;
-  result.ratio = g.norm / first;
-  return result;
+    if (!result.converged) g.renew();
+  });
 }
 
 }  // namespace flow

@@ -6,12 +6,14 @@
 // the product with the matrix is formed of the cycle's result and not of the direction
 // (Chronopoulos and Gear 1989): so an iteration goes through the finest level twice.
 //
-// The result does not hang on the order of work within a layer: sums are those of the layers, added
-// in their order. Used by the pressure step.
+// The result does not hang on the order of work within a layer: sums are those of the rows, added
+// in their order to those of the layers. So the hands of a crew share a layer's rows, and any
+// number of them gives the same bits. Used by the pressure step.
 #pragma once
 
 #include "flow/linear/amgcg_pre.hpp"
 #include "flow/linear/solve_limits.hpp"
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 
 namespace flow {
@@ -23,10 +25,11 @@ namespace flow {
 /// one of many. When a sum vanishes, the solution starts anew from the true residual. Errors, on
 /// standard output: "### interface error -n- (flw_amgcg)" with n 1 for vectors of other sizes, 2
 /// for the largest residual as the norm, 3 for tolerances not above 0, 4 for itmax < 1.
-SolveResult flw_amgcg(frame::Log& log, const SolveLimits& limits, AmgSystem& system);
+SolveResult flw_amgcg(frame::Log& log, frame::Crew& crew, const SolveLimits& limits,
+                      AmgSystem& system);
 
 /// z of the finest level becomes the cycle's result for its right side r: what the matrix' inverse
 /// is replaced by.
-void apply_cycle(AmgSystem& system);
+void apply_cycle(frame::Crew& crew, AmgSystem& system);
 
 }  // namespace flow

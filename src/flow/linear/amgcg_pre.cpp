@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "flow/share.hpp"
+
 namespace flow {
 
 namespace {
@@ -33,8 +35,8 @@ bool is_broken(const AmgGrid& grid) {
 
 /// Calls `work(slot, cell)` for all cells: the slot on the finest level, the place in a field.
 template <class Work>
-void each_slot(const AmgLevel& level, const Box& box, Work&& work) {
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+void each_slot(frame::Crew& crew, const AmgLevel& level, const Box& box, Work&& work) {
+  share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     const std::size_t even = level.slot(0, j - 1, k - 1);
     const std::size_t odd = even + level.odd();
     const auto n = static_cast<std::size_t>(box.n[0]);
@@ -74,16 +76,10 @@ void make_exact(const AmgGrid& grid, AmgSystem& system) {
   }
   exact.weight = finest.inverse;
   const std::vector<double> diagonal = grid.diagonal();
-  std::size_t cell = 0;
-  for (std::int32_t k = 0; k < grid.n[2]; ++k) {
-    for (std::int32_t j = 0; j < grid.n[1]; ++j) {
-      for (std::int32_t i = 0; i < grid.n[0]; ++i, ++cell) {
-        const std::size_t slot = finest.slot(i, j, k);
-        for (std::size_t a = 0; a < 3; ++a) exact.c[a][slot] = grid.c[a][cell];
-        exact.d[slot] = diagonal[cell];
-      }
-    }
-  }
+  each_cell_slot(finest, [&](std::size_t cell, std::size_t slot) {
+    for (std::size_t a = 0; a < 3; ++a) exact.c[a][slot] = grid.c[a][cell];
+    exact.d[slot] = diagonal[cell];
+  });
 }
 
 }  // namespace
@@ -105,20 +101,21 @@ void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid
     }
     const auto layers = static_cast<std::size_t>(system.finest().n[2]);
     system.sums.resize(layers);
+    system.row_sums.resize(static_cast<std::size_t>(system.finest().n[1]));
     system.norms.assign(kLanes * layers, 0.0);
   });
   system.passes = amg_passes(set);
 }
 
-void gather_rows(const Field& from, AmgSystem& system) {
+void gather_rows(frame::Crew& crew, const Field& from, AmgSystem& system) {
   const AmgLevel& level = system.finest();
-  each_slot(level, from.box(), [&](std::size_t slot, std::size_t place) {
+  each_slot(crew, level, from.box(), [&](std::size_t slot, std::size_t place) {
     system.exact.b[slot] = level.inverse[slot] > 0.0F ? from[place] : 0.0;
   });
 }
 
-void scatter_rows(const AmgSystem& system, Field& to) {
-  each_slot(system.levels.front(), to.box(),
+void scatter_rows(frame::Crew& crew, const AmgSystem& system, Field& to) {
+  each_slot(crew, system.levels.front(), to.box(),
             [&](std::size_t slot, std::size_t place) { to[place] = system.exact.x[slot]; });
 }
 

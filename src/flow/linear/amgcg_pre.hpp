@@ -9,6 +9,7 @@
 #include "flow/linear/amg_direct.hpp"
 #include "flow/linear/amg_level.hpp"
 #include "flow/linear/amg_passes.hpp"
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 
 namespace flow {
@@ -20,10 +21,11 @@ struct AmgSystem {
   AmgLevel last;  ///< of the coarsest: sizes and `between` alone
   AmgDirect direct;
   AmgExact exact;
-  Floats x, p, s, w;  ///< of AmgVectors
-  std::vector<AmgSums> sums;
-  Values norms;              ///< kLanes for each layer
-  std::vector<double> work;  ///< of `direct`
+  Floats x, p, s, w;                 ///< of AmgVectors
+  std::vector<AmgSums> sums;         ///< of each layer
+  std::vector<AmgRowSums> row_sums;  ///< of the rows of a layer
+  Values norms;                      ///< kLanes for each layer
+  std::vector<double> work;          ///< of `direct`
   AmgPasses passes{};
 
   [[nodiscard]] AmgLevel& finest() { return levels.front(); }
@@ -40,8 +42,8 @@ void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid
                    InstructionSet set = widest_set());
 
 /// Brings the cells of a field to their slots in exact.b; those outside the system get 0.
-void gather_rows(const Field& from, AmgSystem& system);
+void gather_rows(frame::Crew& crew, const Field& from, AmgSystem& system);
 /// Brings exact.x to the cells of a field.
-void scatter_rows(const AmgSystem& system, Field& to);
+void scatter_rows(frame::Crew& crew, const AmgSystem& system, Field& to);
 
 }  // namespace flow

@@ -108,35 +108,28 @@ Leaves iterate(const SolveLimits& limits, double tolerance, Stabilised& g, std::
 
 SolveResult flw_bcgstb(frame::Log& log, const SolveLimits& limits, BcgstbSystem& system) {
   check_solve(log, limits, system.points, system.b.size(), system.x.size(), "flw_bcgstb");
-  SolveResult result;
   Stabilised g(limits, system);
-  const double first = g.norm < kNoResidual ? 0.0 : g.norm;
-  result.norm = first;
-  if (limits.epsabs >= first) return result;
-
-  const double tolerance = std::max(limits.epsabs, limits.epsrel * first);
-  Leaves how = Leaves::exhausted;
-  for (bool moved = true;;) {
-    if (!std::isfinite(g.norm)) break;
-    if (g.norm <= tolerance) {
-      how = Leaves::converged;
-      break;
+  return solve_from(limits, g, [&](double tolerance, SolveResult& result) {
+    Leaves how = Leaves::exhausted;
+    for (bool moved = true;;) {
+      if (!std::isfinite(g.norm)) break;
+      if (g.norm <= tolerance) {
+        how = Leaves::converged;
+        break;
+      }
+      if (!moved) {
+        g.step_along_residual();
+        moved = true;
+      } else {
+        moved = false;
+        how = iterate(limits, tolerance, g, result.iterations, moved);
+        if (how != Leaves::broken) break;
+      }
+      if (++result.iterations > limits.itmax) break;
+      g.restart();
     }
-    if (!moved) {
-      g.step_along_residual();
-      moved = true;
-    } else {
-      moved = false;
-      how = iterate(limits, tolerance, g, result.iterations, moved);
-      if (how != Leaves::broken) break;
-    }
-    if (++result.iterations > limits.itmax) break;
-    g.restart();
-  }
-  result.norm = g.norm;
-  result.ratio = g.norm / first;
-  result.converged = how == Leaves::converged;
-  return result;
+    result.converged = how == Leaves::converged;
+  });
 }
 
 }  // namespace flow

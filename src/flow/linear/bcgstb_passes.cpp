@@ -2,31 +2,9 @@
 
 namespace flow {
 
-#define PASS_SET bcgstb_common
-#define PASS_WIDTH 2
-#define PASS_TARGET
-#include "flow/linear/bcgstb_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#if defined(__x86_64__)
-#define PASS_SET bcgstb_avx2
-#define PASS_WIDTH 4
-#define PASS_TARGET [[gnu::target("avx2")]]
-#include "flow/linear/bcgstb_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#define PASS_SET bcgstb_avx512
-#define PASS_WIDTH 8
-#define PASS_TARGET [[gnu::target("avx512f")]]
-#include "flow/linear/bcgstb_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-#endif
+#define PASS_PREFIX bcgstb
+#define PASS_FILE "flow/linear/bcgstb_passes.inc"
+#include "flow/linear/pass_sets.inc"
 
 #define PASSES(set) \
   BcgstbPasses { set::direct, set::reduce, set::backward, set::product, set::advance }

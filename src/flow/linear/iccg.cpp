@@ -85,40 +85,33 @@ Leaves iterate(const SolveLimits& limits, double tolerance, Gradient& g, std::in
 
 SolveResult flw_iccg(frame::Log& log, const SolveLimits& limits, IccgSystem& system) {
   check_solve(log, limits, system.points, system.b.size(), system.x.size(), "flw_iccg");
-  SolveResult result;
   Gradient g(limits, system);
   g.reduce(0.0);
-  const double first = g.norm < kNoResidual ? 0.0 : g.norm;
-  result.norm = first;
-  if (limits.epsabs >= first) return result;
-
-  const double tolerance = std::max(limits.epsabs, limits.epsrel * first);
-  Leaves how = Leaves::exhausted;
-  bool broken = false;
-  for (bool begun = false;; begun = true) {
-    if (begun) g.restart();  // with x = 0 the residual is the right side
-    if (!std::isfinite(g.norm)) break;
-    if (g.norm <= tolerance) {
-      how = Leaves::converged;
-      break;
-    }
-    if (g.rho == 0.0 || broken) {
-      g.direct(0.0);
-      g.advance(1.0);
+  return solve_from(limits, g, [&](double tolerance, SolveResult& result) {
+    Leaves how = Leaves::exhausted;
+    bool broken = false;
+    for (bool begun = false;; begun = true) {
+      if (begun) g.restart();  // with x = 0 the residual is the right side
+      if (!std::isfinite(g.norm)) break;
+      if (g.norm <= tolerance) {
+        how = Leaves::converged;
+        break;
+      }
+      if (g.rho == 0.0 || broken) {
+        g.direct(0.0);
+        g.advance(1.0);
+        g.settle();
+        broken = false;
+        if (++result.iterations > limits.itmax) break;
+        continue;
+      }
+      how = iterate(limits, tolerance, g, result.iterations);
       g.settle();
-      broken = false;
-      if (++result.iterations > limits.itmax) break;
-      continue;
+      if (how != Leaves::broken) break;
+      broken = true;
     }
-    how = iterate(limits, tolerance, g, result.iterations);
-    g.settle();
-    if (how != Leaves::broken) break;
-    broken = true;
-  }
-  result.norm = g.norm;
-  result.ratio = g.norm / first;
-  result.converged = how == Leaves::converged;
-  return result;
+    result.converged = how == Leaves::converged;
+  });
 }
 
 }  // namespace flow

@@ -35,31 +35,9 @@ struct WrapKeep {
 
 }  // namespace
 
-#define PASS_SET iccg_common
-#define PASS_WIDTH 2
-#define PASS_TARGET
-#include "flow/linear/iccg_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#if defined(__x86_64__)
-#define PASS_SET iccg_avx2
-#define PASS_WIDTH 4
-#define PASS_TARGET [[gnu::target("avx2")]]
-#include "flow/linear/iccg_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#define PASS_SET iccg_avx512
-#define PASS_WIDTH 8
-#define PASS_TARGET [[gnu::target("avx512f")]]
-#include "flow/linear/iccg_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-#endif
+#define PASS_PREFIX iccg
+#define PASS_FILE "flow/linear/iccg_passes.inc"
+#include "flow/linear/pass_sets.inc"
 
 IccgPasses iccg_passes(InstructionSet set) {
 #if defined(__x86_64__)

@@ -53,6 +53,22 @@ inline void check_solve(frame::Log& log, const SolveLimits& limits, const Diagon
   if (limits.itmax < 1) interface_error(log, 4, routine);
 }
 
+/// The frame of a solution: `solution.norm` is that of the first residual at first, and of the last
+/// one behind `iterate(tolerance, result)`, which counts and tells whether it has converged. A
+/// first norm that is within the limits already needs no iteration.
+template <class Solution, class Iterate>
+SolveResult solve_from(const SolveLimits& limits, Solution& solution, Iterate&& iterate) {
+  SolveResult result;
+  const double first = solution.norm < kNoResidual ? 0.0 : solution.norm;
+  result.norm = first;
+  if (limits.epsabs >= first) return result;
+  result.converged = false;
+  iterate(std::max(limits.epsabs, limits.epsrel * first), result);
+  result.norm = solution.norm;
+  result.ratio = solution.norm / first;
+  return result;
+}
+
 /// The line of a solution on the log: method, count, norm, ratio, final norm, flag.
 inline void log_solution(frame::Log& log, std::string_view method, const SolveResult& result) {
   log.line(method, result.iterations, "L2", result.ratio, result.norm, result.converged ? 0 : 1);

@@ -4,8 +4,9 @@
 
 namespace flow {
 
-void print_monitor(frame::Log& log, const State& state, const Flags& fluid, Turbulence model) {
-  const Monitors found = take_monitors(fluid, state, model != Turbulence::none);
+void print_monitor(frame::Log& log, frame::Crew& crew, const State& state, const Flags& fluid,
+                   Turbulence model) {
+  const Monitors found = take_monitors(crew, fluid, state, model != Turbulence::none);
   if (!found.finite) {
     log.fail("### error : the flow has values that are not finite",
              frame::items("iter,time,dt =", state.iter, state.time, state.dt));

@@ -1,6 +1,7 @@
 #include "flow/pressure/cldiv.hpp"
 
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -39,12 +40,12 @@ FLOW_CLONES void set_row(std::size_t count, const Row& row, double* div) {
 
 }  // namespace
 
-void flw_cldiv(const GridTables& grid, const Openings& openings, const State& state, double dt,
-               const Field* source, Field& div) {
+void flw_cldiv(frame::Crew& crew, const GridTables& grid, const Openings& openings,
+               const State& state, double dt, const Field* source, Field& div) {
   const Box& box = grid.box;
   const auto n = static_cast<std::size_t>(box.n[0]);
   const double* dx = &grid.axis[0].width[kHalo];
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+  share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     Row row{};
     for (std::size_t a = 0; a < 3; ++a) {
       row.faces[a] = {&state.ru[a][place], &openings.gm[a][place], box.stride(static_cast<int>(a))};

@@ -7,6 +7,7 @@
 #include "flow/box.hpp"
 #include "flow/grid_tables.hpp"
 #include "flow/state.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -14,7 +15,7 @@ namespace flow {
 /// 1 - r level 2)/dt) * volume [kg/s] in fluid cells, 0 in others; halos are left alone. The fluxes
 /// hold the conditions of their faces. `source` [kg/m3 s], which counts as a
 /// divergence and takes mass away, may be null.
-void flw_cldiv(const GridTables& grid, const Openings& openings, const State& state, double dt,
-               const Field* source, Field& div);
+void flw_cldiv(frame::Crew& crew, const GridTables& grid, const Openings& openings,
+               const State& state, double dt, const Field* source, Field& div);
 
 }  // namespace flow

@@ -2,6 +2,7 @@
 
 #include "flow/halo.hpp"
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -56,13 +57,13 @@ void correct_held_faces(const GridTables& grid, const Openings& openings, const 
 
 }  // namespace
 
-void flw_clmodv(const GridTables& grid, const Openings& openings, const Boundary& boundary,
-                const BoundaryFaces& faces, const OpenFaces& open, const Field& phi, double dt,
-                State& state) {
+void flw_clmodv(frame::Crew& crew, const GridTables& grid, const Openings& openings,
+                const Boundary& boundary, const BoundaryFaces& faces, const OpenFaces& open,
+                const Field& phi, double dt, State& state) {
   const Box& box = grid.box;
   const auto n = static_cast<std::size_t>(box.n[0]);
   const double* centre = &grid.axis[0].centre[kHalo];
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+  share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     const auto at = [&](int axis, std::int32_t index) {
       return Faces{&open[place], 1U << static_cast<unsigned>(axis), &phi[place],
                    step_over(box, axis, index)};
@@ -76,10 +77,10 @@ void flw_clmodv(const GridTables& grid, const Openings& openings, const Boundary
   correct_held_faces(grid, openings, boundary, faces, phi, state);
   for (int axis = 0; axis < 3; ++axis) {
     if (box.computed(axis)) {
-      fill_face_halos(state.ru[static_cast<std::size_t>(axis)], axis, boundary.ends);
+      fill_face_halos(crew, state.ru[static_cast<std::size_t>(axis)], axis, boundary.ends);
     }
   }
-  fill_halos(state.p, boundary.ends);
+  fill_halos(crew, state.p, boundary.ends);
 }
 
 }  // namespace flow

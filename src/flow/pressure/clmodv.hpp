@@ -8,6 +8,7 @@
 #include "flow/grid_tables.hpp"
 #include "flow/pressure/open_faces.hpp"
 #include "flow/state.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -21,8 +22,8 @@ namespace flow {
 ///
 /// The continuity equation counts a flux by the open fraction of its face, so the gradient is not
 /// taken by that fraction once more: it would leave a part of the divergence in partly open cells.
-void flw_clmodv(const GridTables& grid, const Openings& openings, const Boundary& boundary,
-                const BoundaryFaces& faces, const OpenFaces& open, const Field& phi, double dt,
-                State& state);
+void flw_clmodv(frame::Crew& crew, const GridTables& grid, const Openings& openings,
+                const Boundary& boundary, const BoundaryFaces& faces, const OpenFaces& open,
+                const Field& phi, double dt, State& state);
 
 }  // namespace flow

@@ -1,21 +1,26 @@
 #include "flow/pressure/closed_domain.hpp"
 
+#include <numeric>
+
+#include "flow/rim.hpp"
+#include "flow/share.hpp"
+
 namespace flow {
 
 namespace {
 
 /// Sum of `value(place)` * volume over the fluid cells.
 template <class Value>
-double volume_sum(const GridTables& grid, const Flags& fluid, Value&& value) {
-  double total = 0.0;
-  for_rows(grid.box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+double volume_sum(frame::Crew& crew, const GridTables& grid, const Flags& fluid,
+                  std::span<double> rows, Value&& value) {
+  share_rows(crew, grid.box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     double row = 0.0;
     for (std::int32_t i = 1; i <= grid.box.n[0]; ++i, ++place) {
       if (fluid[place] > 0) row += value(place) * grid.axis[0].dx(i);
     }
-    total += row * (grid.axis[1].dx(j) * grid.axis[2].dx(k));
+    rows[row_of(grid.box, {1, j, k})] = row * (grid.axis[1].dx(j) * grid.axis[2].dx(k));
   });
-  return total;
+  return std::accumulate(rows.begin(), rows.end(), 0.0);
 }
 
 /// Mass that enters through faces with a condition [kg/s].
@@ -35,23 +40,25 @@ double net_inflow(const GridTables& grid, const Openings& openings, const Bounda
 
 }  // namespace
 
-double air_mass(const GridTables& grid, const Openings& openings, const Field& r) {
-  return volume_sum(grid, openings.fluid,
+double air_mass(frame::Crew& crew, const GridTables& grid, const Openings& openings, const Field& r,
+                std::span<double> rows) {
+  return volume_sum(crew, grid, openings.fluid, rows,
                     [&](std::size_t place) { return openings.gmc[place] * r[place]; });
 }
 
-void keep_mass(const GridTables& grid, const Openings& openings, const BoundaryFaces& faces,
-               double dt, const Field* source, frame::FunctionRef<void()> set_density,
-               State& state) {
+void keep_mass(frame::Crew& crew, const GridTables& grid, const Openings& openings,
+               const BoundaryFaces& faces, double dt, const Field* source,
+               frame::FunctionRef<void()> set_density, std::span<double> rows, State& state) {
   if (!(state.reference_mass > 0.0)) {
-    state.reference_mass = air_mass(grid, openings, state.r[1]);
+    state.reference_mass = air_mass(crew, grid, openings, state.r[1], rows);
   }
   double inflow = net_inflow(grid, openings, faces, state);
   if (source != nullptr) {
-    inflow -= volume_sum(grid, openings.fluid, [&](std::size_t cell) { return (*source)[cell]; });
+    inflow -= volume_sum(crew, grid, openings.fluid, rows,
+                         [&](std::size_t cell) { return (*source)[cell]; });
   }
   state.reference_mass += dt * inflow;
-  const double ratio = state.reference_mass / air_mass(grid, openings, state.r[0]);
+  const double ratio = state.reference_mass / air_mass(crew, grid, openings, state.r[0], rows);
   if (ratio == 1.0) return;
   state.pt *= ratio;
   set_density();

@@ -30,7 +30,8 @@ struct PressureStep {
   bool closed = false;  ///< no pressure is held anywhere
   OpenFaces open;
   PressureSolver solver;
-  Field div;  ///< right side, then `phi`
+  Field div;                 ///< right side, then `phi`
+  std::vector<double> rows;  ///< a number for each row of cells, in a closed domain
 };
 
 /// Builds and factorises the matrix; to be called once, when openings and faces are known. Tells
@@ -46,7 +47,7 @@ PressureStep make_pressure_step(frame::Log& log, const Settings& settings, const
 /// and r are first brought to the mass that the domain keeps: `set_density` has to compute level 1
 /// of r from pt, t and ys, halos included, and nothing else. One line goes to the log.
 /// Errors: "### error : cg solver (flw_clslvp)", "not converged", "(flw_clslvp)".
-void flw_clprs(frame::Log& log, PressureStep& step, double dt, const Field* source,
-               frame::FunctionRef<void()> set_density, State& state);
+void flw_clprs(frame::Log& log, frame::Crew& crew, PressureStep& step, double dt,
+               const Field* source, frame::FunctionRef<void()> set_density, State& state);
 
 }  // namespace flow

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "flow/share.hpp"
+
 namespace flow {
 
 namespace {
@@ -37,15 +39,16 @@ void balance_parts(PressureSolver& solver, Field& div) {
 }
 
 /// `phi` of each fixed cell becomes 0, and the others of its part keep their difference to it.
-void shift_parts(PressureSolver& solver, Field& phi) {
+void shift_parts(frame::Crew& crew, PressureSolver& solver, Field& phi) {
   for (std::size_t part = 0; part < solver.fixed.size(); ++part) {
     solver.of_parts[part] = phi[solver.fixed[part]];
   }
-  for (const PartRun& run : solver.parts) {
+  crew.each(solver.parts.size(), kSharedCells / 16, [&](std::size_t n) {
+    const PartRun& run = solver.parts[n];
     const double level = solver.of_parts[static_cast<std::size_t>(run.part)];
     for (std::int32_t m = 0; m < run.count; ++m)
       phi[run.place + static_cast<std::size_t>(m)] -= level;
-  }
+  });
 }
 
 SolveResult solve_iccg(frame::Log& log, PressureSolver& solver, Field& div) {
@@ -56,13 +59,13 @@ SolveResult solve_iccg(frame::Log& log, PressureSolver& solver, Field& div) {
   return result;
 }
 
-SolveResult solve_amgcg(frame::Log& log, PressureSolver& solver, Field& div) {
+SolveResult solve_amgcg(frame::Log& log, frame::Crew& crew, PressureSolver& solver, Field& div) {
   AmgSystem& system = solver.amgcg;
   balance_parts(solver, div);
-  gather_rows(div, system);
-  const SolveResult result = flw_amgcg(log, solver.limits, system);
-  scatter_rows(system, div);
-  shift_parts(solver, div);
+  gather_rows(crew, div, system);
+  const SolveResult result = flw_amgcg(log, crew, solver.limits, system);
+  scatter_rows(crew, system, div);
+  shift_parts(crew, solver, div);
   return result;
 }
 
@@ -95,12 +98,12 @@ PressureSolver make_pressure_solver(frame::Log& log, PressureMethod method, Pres
   return solver;
 }
 
-void flw_clslvp(frame::Log& log, PressureSolver& solver, Field& div) {
+void flw_clslvp(frame::Log& log, frame::Crew& crew, PressureSolver& solver, Field& div) {
   const frame::Tag tag(log, "(flw_clslvp)");
   for (const std::size_t cell : solver.fixed) div[cell] = 0.0;
   const bool multigrid = solver.method == PressureMethod::amgcg;
   const SolveResult result =
-      multigrid ? solve_amgcg(log, solver, div) : solve_iccg(log, solver, div);
+      multigrid ? solve_amgcg(log, crew, solver, div) : solve_iccg(log, solver, div);
   log_solution(log, multigrid ? "amgcg" : "iccg ", result);
   if (!result.converged) log.fail("### error : cg solver (flw_clslvp)", "not converged");
 }

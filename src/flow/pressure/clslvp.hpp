@@ -13,6 +13,7 @@
 #include "flow/linear/iccg.hpp"
 #include "flow/pressure/matrix.hpp"
 #include "flow/settings.hpp"
+#include "frame/crew.hpp"
 #include "frame/log.hpp"
 
 namespace flow {
@@ -45,6 +46,6 @@ PressureSolver make_pressure_solver(frame::Log& log, PressureMethod method, Pres
 /// 0, halos are left alone. One line goes to the log: "iccg " or "amgcg", count, "L2", ratio to the
 /// first norm, final norm, flag of non-convergence. Errors: "### error : cg solver (flw_clslvp)",
 /// "not converged", "(flw_clslvp)".
-void flw_clslvp(frame::Log& log, PressureSolver& solver, Field& div);
+void flw_clslvp(frame::Log& log, frame::Crew& crew, PressureSolver& solver, Field& div);
 
 }  // namespace flow

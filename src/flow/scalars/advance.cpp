@@ -1,10 +1,12 @@
 #include "flow/scalars/advance.hpp"
 
+#include <atomic>
 #include <cmath>
 
 #include "flow/halo.hpp"
 #include "flow/row_kernel.hpp"
 #include "flow/scalars/scalar_rows.hpp"
+#include "flow/share.hpp"
 #include "flow/terms/seven_rows.hpp"
 
 namespace flow {
@@ -77,6 +79,12 @@ bool bring_forward(std::size_t count, const Row& row, bool solved, double* q) {
   return row.sink == nullptr ? advance_row(count, row, q) : advance_sinking_row(count, row, q);
 }
 
+void keep_first(std::size_t found, std::atomic<std::size_t>& first) {
+  std::size_t before = first.load();
+  while (found < before && !first.compare_exchange_weak(before, found)) {
+  }
+}
+
 const double* row_of(const Field* field, std::size_t place) {
   return field == nullptr ? nullptr : field->data() + place;
 }
@@ -96,8 +104,8 @@ std::size_t advance_scalars(frame::Log& log, const Domain& domain, const State& 
     for (const ScalarStep& step : steps) solve_scalar(log, domain, state, dt, step, implicit);
   }
   const auto n = static_cast<std::size_t>(domain.grid.box.n[0]);
-  std::size_t bad = steps.size();
-  for_rows(domain.grid.box, [&](std::size_t place, auto, auto) {
+  std::atomic<std::size_t> bad = steps.size();
+  share_rows(domain.crew, domain.grid.box, [&](std::size_t place, std::int32_t, std::int32_t) {
     for (std::size_t v = 0; v < steps.size(); ++v) {
       const ScalarStep& step = steps[v];
       const Row row{state.r[0].data() + place,
@@ -110,10 +118,10 @@ std::size_t advance_scalars(frame::Log& log, const Domain& domain, const State& 
                     step.least,
                     step.most,
                     step.holds};
-      if (bring_forward(n, row, solved, step.q->data() + place)) bad = std::min(bad, v);
+      if (bring_forward(n, row, solved, step.q->data() + place)) keep_first(v, bad);
     }
   });
-  for (const ScalarStep& step : steps) fill_halos(*step.q, domain.boundary.ends);
+  for (const ScalarStep& step : steps) fill_halos(domain.crew, *step.q, domain.boundary.ends);
   return bad;
 }
 

@@ -5,6 +5,7 @@
 #include "flow/companions.hpp"
 #include "flow/properties.hpp"
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 #include "flow/urban/set_flux.hpp"
 
 namespace flow {
@@ -37,7 +38,7 @@ void add_heat(const Domain& domain, const State& state, Scalars& work) {
   const Field& heat = work.sources.heat;
   if (heat.empty()) return;
   const auto n = static_cast<std::size_t>(domain.grid.box.n[0]);
-  for_rows(domain.grid.box, [&](std::size_t place, auto, auto) {
+  share_rows(domain.crew, domain.grid.box, [&](std::size_t place, std::int32_t, std::int32_t) {
     for (std::size_t c = place; c < place + n; ++c) {
       const double factor = work.exner.used() ? work.exner.function[c] : 1.0;
       work.dtdt[c] += heat[c] / (state.cp[c] * factor);
@@ -46,12 +47,12 @@ void add_heat(const Domain& domain, const State& state, Scalars& work) {
 }
 
 /// Adds the vapour that is brought in: it takes its part of the mixture, and thins the rest.
-void add_vapour(const State& state, Scalars& work) {
+void add_vapour(frame::Crew& crew, const State& state, Scalars& work) {
   ScalarSources& sources = work.sources;
   if (sources.vapour.empty()) return;
   const Box& box = sources.vapour.box();
   const auto n = static_cast<std::size_t>(box.n[0]);
-  for_rows(box, [&](std::size_t place, auto, auto) {
+  share_rows(crew, box, [&](std::size_t place, std::int32_t, std::int32_t) {
     for (std::size_t c = place; c < place + n; ++c) {
       sources.drain[c] = -sources.vapour[c];
       work.dydt[c] += sources.vapour[c] * (1.0 - state.ys[1][c]);
@@ -107,9 +108,10 @@ void advance_all(frame::Log& log, const Domain& domain, double dt,
                   domain.openings.fluid, steps[bad]);
   }
   if (steps.size() < 2) return;
-  for_wide_rows(state.t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
-    leave_rest(count, state.ys[1].data() + place, state.ys[0].data() + place);
-  });
+  share_wide_rows(domain.crew, state.t.box(),
+                  [&](std::size_t place, std::size_t count, auto, auto) {
+                    leave_rest(count, state.ys[1].data() + place, state.ys[0].data() + place);
+                  });
 }
 
 }  // namespace
@@ -117,7 +119,7 @@ void advance_all(frame::Log& log, const Domain& domain, double dt,
 Scalars make_scalars(frame::Log& log, const Domain& domain) {
   const Box& box = domain.grid.box;
   Scalars work{make_sources(domain), flw_init_exner(log, domain),
-               make_wet(domain),     SweepRows(box),
+               make_wet(domain),     SweepRows(box, domain.crew.hands()),
                Field(box),           {}};
   if (domain.settings.species.count() > 1) work.dydt = Field(box);
   return work;
@@ -138,7 +140,7 @@ void flw_cldtdt(frame::Log& log, const Domain& domain, double dt, Scalars& work,
   const frame::Tag tag(log, "(flw_cldtdt)");
   set_city_sources(domain.urban, state, work.sources);
   const bool damp = !work.dydt.empty();
-  if (work.exner.used()) set_potential(state.t, work.exner);
+  if (work.exner.used()) set_potential(domain.crew, state.t, work.exner);
   std::array<ScalarStep, 2> steps{heat_step(domain, work, state)};
   if (damp) steps[1] = vapour_step(domain, work, state);
   const std::size_t count = damp ? 2 : 1;
@@ -147,7 +149,7 @@ void flw_cldtdt(frame::Log& log, const Domain& domain, double dt, Scalars& work,
   add_heat(domain, state, work);
   add_wall_heat(domain, state, steps[0], work.wet);
   if (damp) {
-    add_vapour(state, work);
+    add_vapour(domain.crew, state, work);
     add_wall_vapour(domain, state, work.wet, work.dydt);
   }
   unst_set_tmprlq();

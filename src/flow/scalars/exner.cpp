@@ -5,6 +5,7 @@
 #include "flow/density.hpp"
 #include "flow/halo.hpp"
 #include "flow/properties.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -65,8 +66,8 @@ Exner flw_init_exner(frame::Log& log, const Domain& domain) {
   return exner;
 }
 
-void set_potential(const Field& t, Exner& exner) {
-  for_wide_rows(t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
+void set_potential(frame::Crew& crew, const Field& t, Exner& exner) {
+  share_wide_rows(crew, t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
     for (std::size_t c = place; c < place + count; ++c) {
       exner.theta[c] = t[c] / exner.function[c];
     }

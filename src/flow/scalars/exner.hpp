@@ -23,6 +23,6 @@ struct Exner {
 Exner flw_init_exner(frame::Log& log, const Domain& domain);
 
 /// theta of t, halos included.
-void set_potential(const Field& t, Exner& exner);
+void set_potential(frame::Crew& crew, const Field& t, Exner& exner);
 
 }  // namespace flow

@@ -125,11 +125,11 @@ void start(const Sweep& sweep, std::size_t place, std::size_t count) {
 void sweep_all(const Sweep& sweep, SweepRows& rows) {
   const Box& box = sweep.state.mut.box();
   const auto n = static_cast<std::size_t>(box.n[0]);
-  const int first = box.computed(0) ? 0 : box.computed(1) ? 1 : 2;
+  const auto begin = [&](std::size_t place, auto, auto) { start(sweep, place, n); };
   sweep_faces(
-      box, rows, [&](const FaceRow& row, const FluxRows& out) { form(sweep, row, out); },
+      sweep.domain.crew, box, rows, begin,
+      [&](const FaceRow& row, const FluxRows& out, auto) { form(sweep, row, out); },
       [&](std::size_t place, const FluxRows& fluxes) {
-        start(sweep, place, n);
         FluxRows above = fluxes;
         for (double*& row : above) ++row;
         for (std::size_t v = 0; v < sweep.all.size(); ++v) {
@@ -140,7 +140,6 @@ void sweep_all(const Sweep& sweep, SweepRows& rows) {
       },
       [&](int axis, std::int32_t index, std::size_t place, const FluxRows& fluxes,
           const FluxRows& before) {
-        if (axis == first) start(sweep, place, n);
         const auto& inv_width = sweep.domain.metrics[static_cast<std::size_t>(axis)].inv_width;
         for (std::size_t v = 0; v < sweep.all.size(); ++v) {
           take_across(n, between(fluxes, before, v), between(fluxes, before, kMass),
@@ -157,10 +156,6 @@ void sweep_all(const Sweep& sweep, SweepRows& rows) {
 void transport(frame::Log& log, const Domain& domain, const State& state,
                std::span<const Transported> all, Tendency before, SweepRows& rows) {
   const Box& box = domain.grid.box;
-  const bool moves = box.computed(0) || box.computed(1) || box.computed(2);
-  if (!moves && before == Tendency::begins) {
-    for (const Transported& one : all) std::ranges::fill(one.advected.dqdt->all(), 0.0);
-  }
   Passengers seated{};
   seat(all, seated);
   const std::span<const Passenger> used = std::span(seated).first(all.size());
@@ -172,8 +167,8 @@ void transport(frame::Log& log, const Domain& domain, const State& state,
   }
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    advect_rim(log, domain.metrics, domain.rim, state.ru, std::span(carried).first(all.size()),
-               axis);
+    advect_rim(log, domain.crew, domain.metrics, domain.rim, state.ru,
+               std::span(carried).first(all.size()), axis);
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "flow/share.hpp"
+
 namespace flow {
 
 namespace {
@@ -60,17 +62,20 @@ double vapour_exchange(const Domain& domain, const RimCell& cell, const State& s
 template <class Use>
 void for_rim(const Domain& domain, RimFactors& factors, Use&& use) {
   const Rim& rim = domain.rim;
-  for (int axis = 0; axis < 3; ++axis) {
-    const auto a = static_cast<std::size_t>(axis);
-    if (!domain.grid.box.computed(axis)) continue;
-    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
-      const BoundaryFace& at = rim.faces[a][f];
-      const RimCell cell{at, rim.groups[static_cast<std::size_t>(at.group)], axis,
-                         0.5 * domain.grid.axis[a].dx(at.index[a])};
-      use(cell, f, factors[a][f], rim.wetted[a][f],
-          AxisMetric::at(domain.metrics[a].inv_width, at.index[a]));
+  const auto rows = static_cast<std::size_t>(domain.grid.box.n[1]);
+  share_planes(domain.crew, domain.grid.box, [&](std::size_t first, std::size_t last) {
+    for (int axis = 0; axis < 3; ++axis) {
+      const auto a = static_cast<std::size_t>(axis);
+      const FaceRange range = rim.of_rows(a, first * rows, last * rows);
+      for (std::size_t f = range.first; f < range.last; ++f) {
+        const BoundaryFace& at = rim.faces[a][f];
+        const RimCell cell{at, rim.groups[static_cast<std::size_t>(at.group)], axis,
+                           0.5 * domain.grid.axis[a].dx(at.index[a])};
+        use(cell, f, factors[a][f], rim.wetted[a][f],
+            AxisMetric::at(domain.metrics[a].inv_width, at.index[a]));
+      }
     }
-  }
+  });
 }
 
 RimFactors factors_of(const Rim& rim) {

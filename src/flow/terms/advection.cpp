@@ -80,16 +80,15 @@ void advected_row(const Muscl& muscl, const Field& q, const FaceRow& row, const 
   }
 }
 
-void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
+void flw_cladv0(frame::Log& log, frame::Crew& crew, const Metrics& metrics, const Rim& rim,
                 const std::array<Field, 3>& ru, Variable variable,
-                std::span<const Advected> advected, double acrk, SweepRows& rows) {
+                std::span<const Advected> advected, double acrk, SweepRows& rows, RowStart begin) {
   const Box& box = ru[0].box();
   const Muscl muscl(acrk);
   std::array<Field*, kSweepWidth> dqdt{};
   for (std::size_t v = 0; v < advected.size(); ++v) dqdt[v] = advected[v].dqdt;
-  subtract_divergence(box, metrics, std::span(dqdt).first(advected.size()), rows,
-                      [&](const FaceRow& row, const FluxRows& out) {
-                        double* const mass = rows.scratch.data();
+  subtract_divergence(crew, box, metrics, std::span(dqdt).first(advected.size()), rows, begin,
+                      [&](const FaceRow& row, const FluxRows& out, double* mass) {
                         inner_mass_row(rim, ru, row, mass);
                         for (std::size_t v = 0; v < advected.size(); ++v) {
                           advected_row(muscl, *advected[v].q, row, mass, out[v]);
@@ -99,7 +98,7 @@ void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
   for (std::size_t v = 0; v < advected.size(); ++v) carried[v] = {advected[v], variable, muscl};
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    advect_rim(log, metrics, rim, ru, std::span(carried).first(advected.size()), axis);
+    advect_rim(log, crew, metrics, rim, ru, std::span(carried).first(advected.size()), axis);
   }
 }
 

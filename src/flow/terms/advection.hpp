@@ -54,9 +54,10 @@ void advected_row(const Muscl& muscl, const Field& q, const FaceRow& row, const 
 /// adds to dqdt the mass that comes in times its value, per volume. Inflow through the rim carries
 /// the given value, outflow that of the cell. Errors: "### program error -1- (flw_cladv0)" (-2-,
 /// -3- in y and z) for a class unknown.
-void flw_cladv0(frame::Log& log, const Metrics& metrics, const Rim& rim,
+void flw_cladv0(frame::Log& log, frame::Crew& crew, const Metrics& metrics, const Rim& rim,
                 const std::array<Field, 3>& ru, Variable variable,
-                std::span<const Advected> advected, double acrk, SweepRows& rows);
+                std::span<const Advected> advected, double acrk, SweepRows& rows,
+                RowStart begin = kGoOn);
 
 /// A variable on its way, with its scheme.
 struct Carried {
@@ -68,7 +69,7 @@ struct Carried {
 /// What the rim changes: the sweep carries nothing through its faces, and takes the values beyond
 /// them as they stand; `axis` is the normal. Momentum is carried in conservative form; all others
 /// gain what comes in less the cell's own value times its mass. Errors: those of flw_cladv0.
-void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
+void advect_rim(frame::Log& log, frame::Crew& crew, const Metrics& metrics, const Rim& rim,
                 const std::array<Field, 3>& ru, std::span<const Carried> carried, int axis);
 
 }  // namespace flow

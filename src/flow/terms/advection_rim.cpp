@@ -124,11 +124,11 @@ bool gives_value(const Group& group, Variable variable) {
   }
 }
 
-void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
-                const std::array<Field, 3>& ru, std::span<const Carried> carried, int axis) {
-  for (const Carried& one : carried) check(log, one.variable, axis);
+/// What the faces of a range change.
+static void advect_range(const Metrics& metrics, const Rim& rim, const std::array<Field, 3>& ru,
+                         std::span<const Carried> carried, int axis, const FaceRange& range) {
   const auto a = static_cast<std::size_t>(axis);
-  for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+  for (std::size_t f = range.first; f < range.last; ++f) {
     const Passage through = passage_of(rim, ru[a], metrics[a], axis, f);
     if (through.leaving == 0.0 && !(through.onward > 0.0)) continue;
     const Group& group = rim.groups[static_cast<std::size_t>(through.at.group)];
@@ -143,6 +143,27 @@ void advect_rim(frame::Log& log, const Metrics& metrics, const Rim& rim,
       if (through.onward > 0.0) mend_slope(metrics[a], axis, through, value, one);
     }
   }
+}
+
+void advect_rim(frame::Log& log, frame::Crew& crew, const Metrics& metrics, const Rim& rim,
+                const std::array<Field, 3>& ru, std::span<const Carried> carried, int axis) {
+  for (const Carried& one : carried) check(log, one.variable, axis);
+  const Box& box = ru[0].box();
+  const auto a = static_cast<std::size_t>(axis);
+  const auto rows = static_cast<std::size_t>(box.n[1]);
+  if (axis < 2) {
+    share_planes(crew, box, [&](std::size_t first, std::size_t last) {
+      advect_range(metrics, rim, ru, carried, axis, rim.of_rows(a, first * rows, last * rows));
+    });
+    return;
+  }
+  // A face passes something on to the next plane: what stands above one another stays together.
+  crew.share(rows, shared_rows(box.cells() / rows / 8), [&](frame::Crew::Stretch part) {
+    for (std::size_t row = 0; row < rows * static_cast<std::size_t>(box.n[2]); row += rows) {
+      advect_range(metrics, rim, ru, carried, axis,
+                   rim.of_rows(a, row + part.first, row + part.last));
+    }
+  });
 }
 
 }  // namespace flow

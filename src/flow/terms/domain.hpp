@@ -7,6 +7,7 @@
 #include "flow/settings.hpp"
 #include "flow/state.hpp"
 #include "flow/urban/urban.hpp"
+#include "frame/crew.hpp"
 
 namespace flow {
 
@@ -19,6 +20,7 @@ struct Domain {
   const Rim& rim;
   const Openings& openings;
   const Urban& urban;
+  frame::Crew& crew;  ///< shares the loops over the box
 };
 
 }  // namespace flow

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "flow/share.hpp"
+
 namespace flow {
 
 namespace {
@@ -71,12 +73,12 @@ void flw_clvdrg(const Domain& domain, const State& state, const Velocities& velo
                 Drag& drag) {
   const bool implicit = domain.settings.control.implicit();
   for (std::size_t a = 0; a < 3; ++a) {
-    for (std::size_t f = 0; f < drag.faces[a].size(); ++f) {
+    domain.crew.each(drag.faces[a].size(), kSharedCells / 4, [&](std::size_t f) {
       const DragFace& at = drag.faces[a][f];
       const double rate = at.drag * speed_on(at, a, velocities);
       drag.rate[a][f] = implicit ? rate : std::min(rate, 1.0 / dt);
       drag.sink[a][f] = drag.rate[a][f] * state.ru[a][at.face];
-    }
+    });
   }
 }
 

@@ -111,25 +111,27 @@ void for_free_rates(const Domain& domain, const Field& dqdt, int axis, const Sta
 }  // namespace
 
 void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt,
-                   const Velocities& velocities, double dt, std::span<double> scratch,
-                   State& state) {
+                   const Velocities& velocities, double dt, SweepRows& rows, State& state) {
   const Box& box = domain.grid.box;
   const auto n = static_cast<std::size_t>(box.n[0]);
-  const auto advance = [&](int axis, std::size_t place, std::size_t count, std::int32_t f) {
+  const auto advance = [&](int axis, std::size_t place, std::size_t count, std::int32_t f,
+                           double* rate) {
     const auto a = static_cast<std::size_t>(axis);
-    set_rates(domain, dqdt[a], axis, state, velocities.face[a], place, count, f, scratch.data());
-    add_row(count, dt, scratch.data(), state.ru[a].data() + place);
+    set_rates(domain, dqdt[a], axis, state, velocities.face[a], place, count, f, rate);
+    add_row(count, dt, rate, state.ru[a].data() + place);
   };
   // All axes row by row: they share density, pressure and volume.
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
-    if (box.computed(0)) advance(0, place - 1, n + 1, 0);
-    for (const int axis : {1, 2}) {
-      const std::int32_t f = axis == 1 ? j : k;
-      if (!box.computed(axis)) continue;
-      if (f == 1) advance(axis, place - box.stride(axis), n, 0);
-      advance(axis, place, n, f);
-    }
-  });
+  share_rows(domain.crew, box,
+             [&](std::size_t place, std::int32_t j, std::int32_t k, std::size_t hand) {
+               double* const rate = rows.of[hand].scratch.data();
+               if (box.computed(0)) advance(0, place - 1, n + 1, 0, rate);
+               for (const int axis : {1, 2}) {
+                 const std::int32_t f = axis == 1 ? j : k;
+                 if (!box.computed(axis)) continue;
+                 if (f == 1) advance(axis, place - box.stride(axis), n, 0, rate);
+                 advance(axis, place, n, f, rate);
+               }
+             });
   for (int axis = 0; axis < 3; ++axis) {
     const auto a = static_cast<std::size_t>(axis);
     for_free_rates(domain, dqdt[a], axis, state,

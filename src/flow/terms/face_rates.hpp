@@ -14,6 +14,7 @@
 #include <span>
 
 #include "flow/terms/domain.hpp"
+#include "flow/terms/face_sweep.hpp"
 #include "flow/terms/velocities.hpp"
 
 namespace flow {
@@ -21,10 +22,9 @@ namespace flow {
 /// Brings ru of the computed axes forward by dt [s] at inner and free faces. Reads p, r level 1,
 /// mu, mut, the velocities that the step began with, and the tendencies `dqdt` of the centres, with
 /// halos along a periodic axis. Second order.
-/// `scratch` holds a row of faces.
+/// `rows` has a row of scratch for each hand.
 void advance_faces(const Domain& domain, const std::array<Field, 3>& dqdt,
-                   const Velocities& velocities, double dt, std::span<double> scratch,
-                   State& state);
+                   const Velocities& velocities, double dt, SweepRows& rows, State& state);
 
 /// The rates of one axis as a field, 0 at faces that are neither inner nor free.
 void set_face_rates(const Domain& domain, const Field& dqdt, const Velocities& velocities, int axis,

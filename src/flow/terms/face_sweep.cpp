@@ -4,14 +4,16 @@
 
 namespace flow {
 
-SweepRows::SweepRows(const Box& box) {
+SweepRows::SweepRows(const Box& box, std::size_t hands) : of(hands) {
   const auto n = static_cast<std::size_t>(box.n[0]);
-  for (std::size_t v = 0; v < kSweepWidth; ++v) {
-    fresh[v].assign(n + 1, 0.0);
-    below[v].assign(n, 0.0);
-    under[v].assign(n * static_cast<std::size_t>(box.n[1]), 0.0);
+  for (TileRows& rows : of) {
+    for (std::size_t v = 0; v < kSweepWidth; ++v) {
+      rows.fresh[v].assign(n + 1, 0.0);
+      rows.below[v].assign(n, 0.0);
+      rows.under[v].assign(n * static_cast<std::size_t>(tile_rows(box)), 0.0);
+    }
+    rows.scratch.assign(n + 1, 0.0);
   }
-  scratch.assign(n + 1, 0.0);
 }
 
 FLOW_CLONES void subtract_along(std::size_t count, const double* flux, const double* inv_width,

@@ -134,9 +134,9 @@ void solve_change(frame::Log& log, const Domain& domain, const Velocities& veloc
   add_drag_diagonal(drag, static_cast<std::size_t>(axis), dt, work.rows.diagonal);
   const auto& control = domain.settings.control;
   flw_imdqdt(log, work.rows, {control.itrbcg, control.epsbcg}, work.system, dqdt);
-  fill_halos(dqdt, domain.boundary.ends);
-  fill_halos(work.rows.diagonal, domain.boundary.ends);
-  fill_face_halos(work.rate, axis, domain.boundary.ends);
+  fill_halos(domain.crew, dqdt, domain.boundary.ends);
+  fill_halos(domain.crew, work.rows.diagonal, domain.boundary.ends);
+  fill_face_halos(domain.crew, work.rate, axis, domain.boundary.ends);
   set_change({domain, work.rate, work.rows.diagonal, dqdt, axis, dt},
              work.change[static_cast<std::size_t>(axis)]);
 }

@@ -17,23 +17,34 @@ void for_components(const Domain& domain, Use&& use) {
   }
 }
 
-/// Stages 1 and 2: shear of the rim, then diffusion.
-void add_stresses(const Domain& domain, Momentum& work, const State& state) {
-  if (!domain.settings.control.ivisc) return;
-  add_wall_shear(domain.grid, domain.metrics, domain.rim, state, work.velocities, work.shear,
-                 work.dqdt);
-  flw_cldifv(domain.metrics, domain.rim, state, work.velocities, work.shear, work.rows, work.dqdt);
+void clear_row(const Domain& domain, std::size_t place, Momentum& work) {
+  for_components(domain, [&](int, std::size_t a) {
+    std::fill_n(work.dqdt[a].data() + place, domain.grid.box.n[0], 0.0);
+  });
+}
+
+/// Stages 1 and 2: shear of the rim, then diffusion; the tendencies begin.
+void begin_with_stresses(const Domain& domain, Momentum& work, const State& state) {
+  const auto begin = [&](std::size_t place, std::int32_t j, std::int32_t k) {
+    clear_row(domain, place, work);
+    add_wall_shear(domain.grid, domain.metrics, domain.rim, state, work.velocities,
+                   row_of(domain.grid.box, {1, j, k}), work.shear, work.dqdt);
+  };
+  flw_cldifv(domain.crew, domain.metrics, domain.rim, state, work.velocities, work.shear, work.rows,
+             work.dqdt, begin);
 }
 
 /// Stage 3.
 void add_advection(frame::Log& log, const Domain& domain, Momentum& work, const State& state) {
+  const auto begin = [&](std::size_t place, auto, auto) { clear_row(domain, place, work); };
+  const RowStart start = domain.settings.control.ivisc ? RowStart(kGoOn) : RowStart(begin);
   std::array<Advected, 3> components{};
   std::size_t count = 0;
   for_components(domain, [&](int, std::size_t b) {
     components[count++] = {&work.velocities.cell[b], &work.dqdt[b], b};
   });
-  flw_cladv0(log, domain.metrics, domain.rim, state.ru, Variable::momentum,
-             std::span(components).first(count), domain.settings.control.acrkv, work.rows);
+  flw_cladv0(log, domain.crew, domain.metrics, domain.rim, state.ru, Variable::momentum,
+             std::span(components).first(count), domain.settings.control.acrkv, work.rows, start);
 }
 
 /// Stage 4 and the final assembly.
@@ -41,16 +52,16 @@ void advance_fluxes(frame::Log& log, const Domain& domain, double dt, Momentum& 
                     State& state) {
   for_components(domain, [&](int, std::size_t a) {
     const bool wraps = domain.boundary.ends[a][0] == End::periodic;
-    if (wraps) fill_halos(work.dqdt[a], domain.boundary.ends);
+    if (wraps) fill_halos(domain.crew, work.dqdt[a], domain.boundary.ends);
   });
   if (!domain.settings.control.implicit()) {
-    advance_faces(domain, work.dqdt, work.velocities, dt, work.rows.scratch, state);
+    advance_faces(domain, work.dqdt, work.velocities, dt, work.rows, state);
     for_components(domain, [&](int, std::size_t a) { take_sink(work.drag, a, dt, state.ru[a]); });
     return;
   }
   for_components(domain, [&](int axis, std::size_t a) {
-    solve_change(log, domain, work.velocities, work.shear, work.drag, axis, dt, work.rows.scratch,
-                 work.implicit, state, work.dqdt[a]);
+    solve_change(log, domain, work.velocities, work.shear, work.drag, axis, dt,
+                 work.rows.of[0].scratch, work.implicit, state, work.dqdt[a]);
   });
   add_changes(work.implicit, state);
 }
@@ -62,22 +73,19 @@ Momentum make_momentum(frame::Log& log, const Domain& domain) {
   return {Velocities(box),
           make_shear(domain.rim),
           make_drag(domain),
-          SweepRows(box),
+          SweepRows(box, domain.crew.hands()),
           {Field(box), Field(box), Field(box)},
           make_implicit_momentum(log, domain)};
 }
 
 void flw_cldvdt(frame::Log& log, const Domain& domain, double dt, Momentum& work, State& state) {
   const frame::Tag tag(log, "(flw_cldvdt)");
-  set_velocities(domain.metrics, domain.boundary.ends, state, work.velocities);
-  for_components(domain, [&](int, std::size_t a) {
-    std::fill(work.dqdt[a].all().begin(), work.dqdt[a].all().end(), 0.0);
-  });
+  set_velocities(domain.crew, domain.metrics, domain.boundary.ends, state, work.velocities);
   flw_clvdrg(domain, state, work.velocities, dt, work.drag);
-  add_stresses(domain, work, state);
+  if (domain.settings.control.ivisc) begin_with_stresses(domain, work, state);
   add_advection(log, domain, work, state);
   advance_fluxes(log, domain, dt, work, state);
-  set_normal_fluxes(domain.settings, domain.grid, domain.boundary, domain.rim, state);
+  set_normal_fluxes(domain.crew, domain.settings, domain.grid, domain.boundary, domain.rim, state);
 }
 
 }  // namespace flow

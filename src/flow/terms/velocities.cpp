@@ -1,6 +1,7 @@
 #include "flow/terms/velocities.hpp"
 
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 
 namespace flow {
 
@@ -37,11 +38,11 @@ Velocities::Velocities(const Box& box) {
   for (std::size_t a = 0; a < 3; ++a) cell[a] = face[a] = Field(box);
 }
 
-void set_velocities(const Metrics& metrics, const Ends& ends, const State& state,
+void set_velocities(frame::Crew& crew, const Metrics& metrics, const Ends& ends, const State& state,
                     Velocities& velocities) {
   const Box& box = state.r[0].box();
   const auto n = static_cast<std::size_t>(box.n[0]);
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
+  share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     const double* const r = state.r[0].data() + place;
     for (int axis = 0; axis < 3; ++axis) {
       if (!box.computed(axis)) continue;
@@ -61,8 +62,8 @@ void set_velocities(const Metrics& metrics, const Ends& ends, const State& state
   });
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    fill_halos(velocities.cell[static_cast<std::size_t>(axis)], ends, axis);
-    fill_face_halos(velocities.face[static_cast<std::size_t>(axis)], axis, ends);
+    fill_halos(crew, velocities.cell[static_cast<std::size_t>(axis)], ends, axis);
+    fill_face_halos(crew, velocities.face[static_cast<std::size_t>(axis)], axis, ends);
   }
 }
 

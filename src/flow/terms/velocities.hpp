@@ -20,7 +20,7 @@ struct Velocities {
 };
 
 /// Reads r level 1 and ru, halos filled; writes all of `velocities` along the computed axes.
-void set_velocities(const Metrics& metrics, const Ends& ends, const State& state,
+void set_velocities(frame::Crew& crew, const Metrics& metrics, const Ends& ends, const State& state,
                     Velocities& velocities);
 
 }  // namespace flow

@@ -114,9 +114,9 @@ FLOW_CLONES void set_viscosity(const Source& from, const FaceRow& row) {
 
 }  // namespace
 
-void flw_cldifv(const Metrics& metrics, const Rim& rim, const State& state,
+void flw_cldifv(frame::Crew& crew, const Metrics& metrics, const Rim& rim, const State& state,
                 const Velocities& velocities, const ShearCoefficients& shear, SweepRows& rows,
-                std::array<Field, 3>& dqdt) {
+                std::array<Field, 3>& dqdt, RowStart begin) {
   const Box& box = state.mu.box();
   std::array<std::size_t, 3> component{};
   std::array<Field*, 3> tendency{};
@@ -126,9 +126,9 @@ void flw_cldifv(const Metrics& metrics, const Rim& rim, const State& state,
     component[count] = b;
     tendency[count++] = &dqdt[b];
   }
-  const Source from{metrics, rim, state, velocities, rows.scratch.data()};
-  subtract_divergence(box, metrics, std::span(tendency).first(count), rows,
-                      [&](const FaceRow& row, const FluxRows& out) {
+  subtract_divergence(crew, box, metrics, std::span(tendency).first(count), rows, begin,
+                      [&](const FaceRow& row, const FluxRows& out, double* viscosity) {
+                        const Source from{metrics, rim, state, velocities, viscosity};
                         set_viscosity(from, row);
                         for (std::size_t v = 0; v < count; ++v) {
                           if (row.axis == 0) {
@@ -138,8 +138,8 @@ void flw_cldifv(const Metrics& metrics, const Rim& rim, const State& state,
                           }
                         }
                       });
-  correct_standing_faces(metrics, rim, state, velocities, shear, dqdt);
-  add_rim_stress(metrics, rim, state, velocities, shear, dqdt);
+  correct_standing_faces(crew, metrics, rim, state, velocities, shear, dqdt);
+  add_rim_stress(crew, metrics, rim, state, velocities, shear, dqdt);
 }
 
 }  // namespace flow

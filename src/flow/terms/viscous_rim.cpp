@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <span>
 
 #include "flow/terms/viscous.hpp"
 
@@ -65,26 +66,45 @@ void add_tangential(const Fields& of, const RimCell& cell, const FreeFace& free,
       cell.wetted * (cell.at.side * cell.viscosity * gradient * inv_width(of, cell));
 }
 
-}  // namespace
+/// The free faces of an axis in the planes from `first` up to, not including, `last`.
+std::span<const FreeFace> free_in(const Rim& rim, std::size_t axis, std::size_t first,
+                                  std::size_t last) {
+  const auto plane = [&](const FreeFace& free) {
+    return static_cast<std::size_t>(rim.faces[axis][free.number].index[2] - 1);
+  };
+  const auto begin = std::ranges::lower_bound(rim.free[axis], first, {}, plane);
+  return {begin, std::ranges::lower_bound(begin, rim.free[axis].end(), last, {}, plane)};
+}
 
-void add_rim_stress(const Metrics& metrics, const Rim& rim, const State& state,
-                    const Velocities& velocities, const ShearCoefficients& shear,
-                    std::array<Field, 3>& dqdt) {
-  const Fields of{metrics, rim, state, velocities, shear};
+void add_planes(const Fields& of, std::size_t first, std::size_t last, std::array<Field, 3>& dqdt) {
+  const Rim& rim = of.rim;
+  const Box& box = of.state.mu.box();
+  const auto rows = static_cast<std::size_t>(box.n[1]);
   for (std::size_t a = 0; a < 3; ++a) {
-    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+    const FaceRange range = rim.of_rows(a, first * rows, last * rows);
+    for (std::size_t f = range.first; f < range.last; ++f) {
       const Group& group = rim.groups[static_cast<std::size_t>(rim.faces[a][f].group)];
       if (group.gives_velocity()) continue;
       add_normal(of, rim_cell(of, a, f), dqdt[a]);
     }
-    for (const FreeFace& free : rim.free[a]) {
+    for (const FreeFace& free : free_in(rim, a, first, last)) {
       const RimCell cell = rim_cell(of, a, free.number);
       for (std::size_t t = 0; t < 3; ++t) {
-        if (t == a || !state.mu.box().computed(static_cast<int>(t))) continue;
+        if (t == a || !box.computed(static_cast<int>(t))) continue;
         add_tangential(of, cell, free, t, dqdt[t]);
       }
     }
   }
+}
+
+}  // namespace
+
+void add_rim_stress(frame::Crew& crew, const Metrics& metrics, const Rim& rim, const State& state,
+                    const Velocities& velocities, const ShearCoefficients& shear,
+                    std::array<Field, 3>& dqdt) {
+  const Fields of{metrics, rim, state, velocities, shear};
+  share_planes(crew, state.mu.box(),
+               [&](std::size_t first, std::size_t last) { add_planes(of, first, last, dqdt); });
 }
 
 }  // namespace flow

@@ -22,6 +22,10 @@ struct Sweep {
   const Rim& rim;
   const State& state;
   const Velocities& velocities;
+  std::size_t first, last;  ///< planes of cells, from 0, that take something: up to, not including
+  [[nodiscard]] bool takes(std::int32_t k) const {
+    return static_cast<std::size_t>(k) > first && static_cast<std::size_t>(k) <= last;
+  }
 };
 
 Ground ground_of(const Sweep& sweep, int axis, const BoundaryFace& at, double shear) {
@@ -62,9 +66,10 @@ double viscosity_on(const Sweep& sweep, int along, std::size_t standing, std::in
           AxisMetric::at(sweep.metrics[t].upper, lower) * (state.mu[next] + state.mut[next]));
 }
 
-/// Takes a flux through the face `lower` of an axis to the cells on both sides.
-void carry(const Sweep& sweep, int along, std::size_t standing, std::int32_t lower, double flux,
-           Field& dqdt) {
+/// Takes a flux through the face `lower` of an axis to the cells on both sides; `k` is the plane of
+/// the face of the rim.
+void carry(const Sweep& sweep, int along, std::size_t standing, std::int32_t lower, std::int32_t k,
+           double flux, Field& dqdt) {
   const auto t = static_cast<std::size_t>(along);
   const Box& box = dqdt.box();
   const std::size_t round = box.stride(along) * static_cast<std::size_t>(box.n[t]);
@@ -72,8 +77,12 @@ void carry(const Sweep& sweep, int along, std::size_t standing, std::int32_t low
   const bool high_end = lower == box.n[t];
   const std::size_t next = standing + box.stride(along);
   const auto& inv_width = sweep.metrics[t].inv_width;
-  dqdt[low_end ? standing + round : standing] -= flux * AxisMetric::at(inv_width, lower);
-  dqdt[high_end ? next - round : next] += flux * AxisMetric::at(inv_width, lower + 1);
+  if (sweep.takes(along == 2 ? lower : k)) {
+    dqdt[low_end ? standing + round : standing] -= flux * AxisMetric::at(inv_width, lower);
+  }
+  if (sweep.takes(along == 2 ? lower + 1 : k)) {
+    dqdt[high_end ? next - round : next] += flux * AxisMetric::at(inv_width, lower + 1);
+  }
 }
 
 void correct_standing(const Sweep& sweep, const Ground& ground, int along, Field& dqdt) {
@@ -85,26 +94,39 @@ void correct_standing(const Sweep& sweep, const Ground& ground, int along, Field
     if (viscosity <= 0.0) continue;
     const Field& face = sweep.velocities.face[static_cast<std::size_t>(along)];
     const double change = change_of_gradient(ground, face, standing, along);
-    carry(sweep, along, standing, lower, -viscosity * ground.weight * change, dqdt);
+    carry(sweep, along, standing, lower, ground.at.index[2], -viscosity * ground.weight * change,
+          dqdt);
   }
 }
 
 }  // namespace
 
-void correct_standing_faces(const Metrics& metrics, const Rim& rim, const State& state,
-                            const Velocities& velocities, const ShearCoefficients& shear,
-                            std::array<Field, 3>& dqdt) {
-  const Sweep sweep{metrics, rim, state, velocities};
+/// What the planes of a sweep take, also of the faces one plane below and above.
+static void correct_planes(const Sweep& sweep, const ShearCoefficients& shear,
+                           std::array<Field, 3>& dqdt) {
+  const Box& box = dqdt[0].box();
+  const auto rows = static_cast<std::size_t>(box.n[1]);
+  const std::size_t from = sweep.first - std::min<std::size_t>(sweep.first, 1);
+  const std::size_t to = std::min(sweep.last + 1, static_cast<std::size_t>(box.n[2]));
   for (int axis = 0; axis < 3; ++axis) {
     const auto a = static_cast<std::size_t>(axis);
-    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
-      const Ground ground = ground_of(sweep, axis, rim.faces[a][f], shear[a][f].along);
+    const FaceRange range = sweep.rim.of_rows(a, from * rows, to * rows);
+    for (std::size_t f = range.first; f < range.last; ++f) {
+      const Ground ground = ground_of(sweep, axis, sweep.rim.faces[a][f], shear[a][f].along);
       for (int along = 0; along < 3; ++along) {
-        if (along == axis || !state.mu.box().computed(along)) continue;
+        if (along == axis || !box.computed(along)) continue;
         correct_standing(sweep, ground, along, dqdt[a]);
       }
     }
   }
+}
+
+void correct_standing_faces(frame::Crew& crew, const Metrics& metrics, const Rim& rim,
+                            const State& state, const Velocities& velocities,
+                            const ShearCoefficients& shear, std::array<Field, 3>& dqdt) {
+  share_planes(crew, state.mu.box(), [&](std::size_t first, std::size_t last) {
+    correct_planes({metrics, rim, state, velocities, first, last}, shear, dqdt);
+  });
 }
 
 }  // namespace flow

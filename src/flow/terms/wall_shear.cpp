@@ -88,11 +88,12 @@ ShearCoefficients make_shear(const Rim& rim) {
 }
 
 void add_wall_shear(const GridTables& grid, const Metrics& metrics, const Rim& rim,
-                    const State& state, const Velocities& velocities, ShearCoefficients& shear,
-                    std::array<Field, 3>& dqdt) {
+                    const State& state, const Velocities& velocities, std::size_t row,
+                    ShearCoefficients& shear, std::array<Field, 3>& dqdt) {
   for (int axis = 0; axis < 3; ++axis) {
     const auto a = static_cast<std::size_t>(axis);
-    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+    const auto [first, last] = rim.of_rows(a, row, row + 1);
+    for (std::size_t f = first; f < last; ++f) {
       const BoundaryFace& at = rim.faces[a][f];
       const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
       const double half = half_cell(grid, axis, at);

@@ -36,11 +36,12 @@ using ShearCoefficients = std::array<std::vector<ShearCoefficient>, 3>;
 /// Takes the memory of the coefficients.
 ShearCoefficients make_shear(const Rim& rim);
 
-/// Reads r, ru, mu, mut and the velocities; writes the coefficients and adds the force of the rim,
-/// per volume, to the tendencies of the computed components. The stress is first order in the half
+/// For the faces of a row of cells, numbered from 0, k outer: reads r, ru, mu, mut and the
+/// velocities; writes the coefficients and adds the force of the rim, per volume, to the tendencies
+/// of the computed components. The stress is first order in the half
 /// cell, which keeps the velocity second order.
 void add_wall_shear(const GridTables& grid, const Metrics& metrics, const Rim& rim,
-                    const State& state, const Velocities& velocities, ShearCoefficients& shear,
-                    std::array<Field, 3>& dqdt);
+                    const State& state, const Velocities& velocities, std::size_t row,
+                    ShearCoefficients& shear, std::array<Field, 3>& dqdt);
 
 }  // namespace flow

@@ -99,9 +99,8 @@ FLOW_CLONES void rate_row(std::size_t count, const QuantityRow& at, const double
 }
 
 /// Explicit steps go forward at once, implicit ones keep rate and sink.
-void take_row(const Step& step, std::size_t place, State& state) {
+void take_row(const Step& step, std::size_t place, const SourceRows& sources, State& state) {
   const Domain& domain = step.domain;
-  const SourceRows& sources = step.work.sources;
   const std::size_t n = sources.gs.size();
   for (std::size_t item = 0; item < 2; ++item) {
     double* const dqdt = step.work.dqdt[item].data() + place;
@@ -123,15 +122,16 @@ void take_row(const Step& step, std::size_t place, State& state) {
 
 void add_sources(const Step& step, State& state) {
   const Domain& domain = step.domain;
-  SourceRows& sources = step.work.sources;
   for_strain(domain, state, step.velocities, step.work.strain,
-             [&](const double* strain, std::size_t place, std::int32_t j, std::int32_t k) {
+             [&](const double* strain, std::size_t place, std::int32_t j, std::int32_t k,
+                 std::size_t hand) {
+               SourceRows& sources = step.work.sources[hand];
                const CellRow row{place, j, k};
                flw_cldspf(state, row, strain, sources);
                set_buoyancy(domain, step.work.strain, state, step.temperature, row, sources);
                set_sources(state, row, sources);
                flw_clkdrg(domain, state, step.velocities, row, kDragGain, kDragScale, sources);
-               take_row(step, place, state);
+               take_row(step, place, sources, state);
              });
 }
 
@@ -140,12 +140,13 @@ template <class Hold>
 void for_held(const Domain& domain, std::size_t item, const TurbulenceWork& work,
               const State& state, Hold&& hold) {
   const double least = lowest(domain, item);
-  for (const WallCell& at : work.wall_cells) {
-    if (item == 0 && !at.holds_k) continue;
+  domain.crew.each(work.wall_cells.size(), kSharedCells / 8, [&](std::size_t n) {
+    const WallCell& at = work.wall_cells[n];
+    if (item == 0 && !at.holds_k) return;
     const double value = item == 0 ? wall_k(at, work.strain.walls)
                                    : wall_eps(at, work.strain.walls, state.ak[0][at.cell]);
     hold(at.cell, std::max(value, least));
-  }
+  });
 }
 
 /// The implicit step of one item. A wall holds its cell by a sink beyond all others.
@@ -176,7 +177,7 @@ void flw_clkeps(frame::Log& log, const Domain& domain, double dt, const Field& t
                 Velocities& velocities, SweepRows& rows, ScalarSystem& system, TurbulenceWork& work,
                 State& state) {
   const frame::Tag tag(log, "(flw_clkeps)");
-  set_velocities(domain.metrics, domain.boundary.ends, state, velocities);
+  set_velocities(domain.crew, domain.metrics, domain.boundary.ends, state, velocities);
   add_transport(log, domain, rows, work, state);
   add_given_walls(domain, work, state);
   const Step step{domain, dt, velocities, temperature, work};
@@ -186,7 +187,7 @@ void flw_clkeps(frame::Log& log, const Domain& domain, double dt, const Field& t
     Field& q = state.ak[item];
     if (domain.settings.control.implicit()) solve(log, step, item, system, state);
     for_held(domain, item, work, state, [&q](std::size_t cell, double value) { q[cell] = value; });
-    fill_halos(q, domain.boundary.ends);
+    fill_halos(domain.crew, q, domain.boundary.ends);
   }
 }
 

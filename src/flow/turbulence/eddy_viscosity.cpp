@@ -5,6 +5,7 @@
 
 #include "flow/halo.hpp"
 #include "flow/row_kernel.hpp"
+#include "flow/share.hpp"
 #include "flow/terms/wall_shear.hpp"
 #include "flow/turbulence/wall_distance.hpp"
 
@@ -29,7 +30,7 @@ FLOW_CLONES void les_row(std::size_t count, const double* r, const double* lengt
 
 void settle(const Domain& domain, Field& mut) {
   for (const std::size_t cell : domain.rim.closed_cells) mut[cell] = 0.0;
-  fill_halos(mut, domain.boundary.ends);
+  fill_halos(domain.crew, mut, domain.boundary.ends);
 }
 
 /// The filter's width squared.
@@ -48,7 +49,7 @@ double filter_square(const Domain& domain, const Triple& index) {
 
 void set_k_epsilon_viscosity(const Domain& domain, State& state) {
   const Box& box = state.mut.box();
-  for_rows(box, [&](std::size_t place, auto, auto) {
+  share_rows(domain.crew, box, [&](std::size_t place, std::int32_t, std::int32_t) {
     k_epsilon_row(static_cast<std::size_t>(box.n[0]), state.r[0].data() + place,
                   state.ak[0].data() + place, state.ak[1].data() + place, state.mut.data() + place);
   });
@@ -70,11 +71,11 @@ Field mixing_length_squares(const Domain& domain) {
 
 void set_les_viscosity(const Domain& domain, const Field& length2, Velocities& velocities,
                        Strain& strain, State& state) {
-  set_velocities(domain.metrics, domain.boundary.ends, state, velocities);
+  set_velocities(domain.crew, domain.metrics, domain.boundary.ends, state, velocities);
   for_strain(domain, state, velocities, strain,
-             [&](const double* row, std::size_t place, auto, auto) {
-               les_row(strain.row.size(), state.r[0].data() + place, length2.data() + place, row,
-                       state.mut.data() + place);
+             [&](const double* row, std::size_t place, auto, auto, auto) {
+               les_row(strain.rows[0].size(), state.r[0].data() + place, length2.data() + place,
+                       row, state.mut.data() + place);
              });
   settle(domain, state.mut);
 }

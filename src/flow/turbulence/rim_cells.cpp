@@ -1,5 +1,7 @@
 #include "flow/turbulence/rim_cells.hpp"
 
+#include <algorithm>
+
 namespace flow {
 
 namespace {
@@ -44,6 +46,14 @@ std::vector<RimCell> list_rim_cells(const Rim& rim, const Openings& openings) {
     }
   });
   return cells;
+}
+
+std::span<const RimCell> cells_of_row(const std::vector<RimCell>& cells, std::size_t place,
+                                      const Box& box) {
+  const auto first = std::ranges::lower_bound(cells, place, {}, &RimCell::cell);
+  auto last = first;
+  while (last != cells.end() && last->cell < place + static_cast<std::size_t>(box.n[0])) ++last;
+  return {first, last};
 }
 
 std::array<CentreSlope, 3> make_centre_slopes(const GridTables& grid) {

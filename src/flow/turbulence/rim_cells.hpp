@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "flow/rim.hpp"
@@ -24,6 +25,9 @@ struct RimCell {
 };
 
 std::vector<RimCell> list_rim_cells(const Rim& rim, const Openings& openings);
+/// Those of the row whose first cell stands at `place`.
+std::span<const RimCell> cells_of_row(const std::vector<RimCell>& cells, std::size_t place,
+                                      const Box& box);
 
 /// Coefficients of the derivative at the centre of the cells of an axis: it is upper (q(i+1) -
 /// q(i))

@@ -135,10 +135,8 @@ void set_buoyancy(const Domain& domain, const Strain& strain, const State& state
                  a == 1 ? row.j : row.k, slope);
     }
   }
-  const auto before = [](const RimCell& cell, std::size_t place) { return cell.cell < place; };
-  for (auto at = std::lower_bound(strain.cells.begin(), strain.cells.end(), row.place, before);
-       at != strain.cells.end() && at->cell < row.place + n; ++at) {
-    slope[at->cell - row.place] = slope_beside(domain, *at, t);
+  for (const RimCell& cell : cells_of_row(strain.cells, row.place, t.box())) {
+    slope[cell.cell - row.place] = slope_beside(domain, cell, t);
   }
   scale_row(n, 1.0 / control.prturb, state.mut.data() + row.place, own, slope);
 }

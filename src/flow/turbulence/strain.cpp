@@ -88,7 +88,9 @@ FLOW_CLONES void shear(const Row& row, std::size_t a, std::size_t b, double* out
 Strain make_strain(const Domain& domain) {
   return {make_centre_slopes(domain.grid), list_rim_cells(domain.rim, domain.openings),
           make_wall_flows(domain.grid, domain.rim),
-          std::vector<double>(static_cast<std::size_t>(domain.grid.box.n[0]))};
+          std::vector<std::vector<double>>(
+              domain.crew.hands(),
+              std::vector<double>(static_cast<std::size_t>(domain.grid.box.n[0])))};
 }
 
 void set_strain_row(const Domain& domain, const Strain& strain, const Velocities& velocities,

@@ -9,6 +9,7 @@
 
 #include <span>
 
+#include "flow/share.hpp"
 #include "flow/terms/domain.hpp"
 #include "flow/turbulence/rim_cells.hpp"
 #include "flow/turbulence/wall_flow.hpp"
@@ -20,7 +21,7 @@ struct Strain {
   std::array<CentreSlope, 3> slopes;
   std::vector<RimCell> cells;
   WallFlows walls;
-  std::vector<double> row;  ///< 2 S:S of a row [1/s2]
+  std::vector<std::vector<double>> rows;  ///< 2 S:S of a row, for each hand [1/s2]
 };
 
 Strain make_strain(const Domain& domain);
@@ -32,24 +33,23 @@ void set_strain_row(const Domain& domain, const Strain& strain, const Velocities
 [[nodiscard]] double strain_at(const Domain& domain, const Strain& strain,
                                const Velocities& velocities, const RimCell& cell);
 
-/// Sets the walls and calls `use(row, place, j, k)` with 2 S:S of each row of cells, k outer; what
-/// it holds in cells that are not fluid has no meaning. Reads r level 1, mu and the velocities with
+/// Sets the walls and calls `use(row, place, j, k, hand)` with 2 S:S of each row of cells; what it
+/// holds in cells that are not fluid has no meaning. Reads r level 1, mu and the velocities with
 /// their halos.
 template <class Use>
 void for_strain(const Domain& domain, const State& state, const Velocities& velocities,
                 Strain& strain, Use&& use) {
-  set_wall_flows(domain.rim, state, velocities, strain.walls);
-  auto next = strain.cells.begin();
+  set_wall_flows(domain.crew, domain.rim, state, velocities, strain.walls);
   const Box& box = domain.grid.box;
-  for_rows(box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
-    double* const row = strain.row.data();
-    set_strain_row(domain, strain, velocities, place, j, k, row);
-    const std::size_t behind = place + static_cast<std::size_t>(box.n[0]);
-    for (; next != strain.cells.end() && next->cell < behind; ++next) {
-      row[next->cell - place] = strain_at(domain, strain, velocities, *next);
-    }
-    use(row, place, j, k);
-  });
+  share_rows(domain.crew, box,
+             [&](std::size_t place, std::int32_t j, std::int32_t k, std::size_t hand) {
+               double* const row = strain.rows[hand].data();
+               set_strain_row(domain, strain, velocities, place, j, k, row);
+               for (const RimCell& cell : cells_of_row(strain.cells, place, box)) {
+                 row[cell.cell - place] = strain_at(domain, strain, velocities, cell);
+               }
+               use(row, place, j, k, hand);
+             });
 }
 
 }  // namespace flow

@@ -33,7 +33,7 @@ TurbulenceWork make_turbulence(frame::Log& log, const Domain& domain) {
     }
     work.wall_cells = list_wall_cells(domain, work.strain);
     work.giving_walls = list_giving_walls(domain.rim);
-    work.sources = SourceRows(box);
+    work.sources.assign(domain.crew.hands(), SourceRows(box));
     for (Field& dqdt : work.dqdt) dqdt = Field(box);
     for (RimFactors& transfer : work.transfer) {
       for (std::size_t a = 0; a < 3; ++a) transfer[a].assign(domain.rim.faces[a].size(), 0.0);

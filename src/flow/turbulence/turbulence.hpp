@@ -28,9 +28,9 @@ struct TurbulenceWork {
   std::vector<WallCell> wall_cells;    ///< from here on: k-epsilon
   std::vector<RimPlace> giving_walls;  ///< walls with k and epsilon given (`ik` 1)
   std::array<RimFactors, 2> transfer;  ///< what diffuses from these [kg/m2 s]; 0 at other faces
-  SourceRows sources;
-  std::array<Field, 2> dqdt;  ///< tendencies of k and epsilon
-  std::array<Field, 2> sink;  ///< only with implicit steps
+  std::vector<SourceRows> sources;     ///< for each hand
+  std::array<Field, 2> dqdt;           ///< tendencies of k and epsilon
+  std::array<Field, 2> sink;           ///< only with implicit steps
 };
 
 /// Errors: memory.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "flow/share.hpp"
 #include "flow/terms/wall_shear.hpp"
 
 namespace flow {
@@ -38,17 +39,17 @@ WallFlows make_wall_flows(const GridTables& grid, const Rim& rim) {
   return walls;
 }
 
-void set_wall_flows(const Rim& rim, const State& state, const Velocities& velocities,
-                    WallFlows& walls) {
+void set_wall_flows(frame::Crew& crew, const Rim& rim, const State& state,
+                    const Velocities& velocities, WallFlows& walls) {
   for (int axis = 0; axis < 3; ++axis) {
     const auto a = static_cast<std::size_t>(axis);
-    for (std::size_t f = 0; f < rim.faces[a].size(); ++f) {
+    crew.each(rim.faces[a].size(), kSharedCells / 8, [&](std::size_t f) {
       const BoundaryFace& at = rim.faces[a][f];
       const Group& group = rim.groups[static_cast<std::size_t>(at.group)];
-      if (!is_wall(group, axis)) continue;
+      if (!is_wall(group, axis)) return;
       const double nu = std::max(state.mu[at.cell], kTiny) / state.r[0][at.cell];
       set_flow(group, speed_along(group, axis, at.cell, velocities), nu, walls[a][f]);
-    }
+    });
   }
 }
 

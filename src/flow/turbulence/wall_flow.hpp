@@ -29,7 +29,7 @@ using WallFlows = std::array<std::vector<WallFlow>, 3>;
 WallFlows make_wall_flows(const GridTables& grid, const Rim& rim);
 
 /// Reads r level 1, mu and the velocities of the cells.
-void set_wall_flows(const Rim& rim, const State& state, const Velocities& velocities,
-                    WallFlows& walls);
+void set_wall_flows(frame::Crew& crew, const Rim& rim, const State& state,
+                    const Velocities& velocities, WallFlows& walls);
 
 }  // namespace flow

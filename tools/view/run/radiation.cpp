@@ -31,34 +31,35 @@ GroupSizes sizes_of(const RunModel& run, std::size_t groups) {
   return sizes;
 }
 
-/// All that a group receives from, the greatest view factor first.
-std::vector<Partner> partners_of(const tsrf_module_raddat::Data& raddat, const GroupSizes& sizes,
-                                 std::size_t g) {
-  std::vector<Partner> partners;
-  for (const auto& entry : raddat.view_factors.of(g)) {
-    const auto source = static_cast<std::size_t>(entry.source);
-    partners.push_back({sizes.largest[source], raddat.c[g] * static_cast<double>(entry.factor) *
-                                                   sizes.area[source] / sizes.area[g]});
-  }
-  std::ranges::stable_sort(partners, std::ranges::greater{}, &Partner::view_factor);
-  return partners;
+/// Takes a partner among at most `most`, the greatest view factor first, equal ones as they come.
+void keep(const Partner& partner, std::size_t most, std::vector<Partner>& partners) {
+  const auto place = std::ranges::upper_bound(partners, partner.view_factor, std::ranges::greater{},
+                                              &Partner::view_factor);
+  if (place == partners.end() && partners.size() == most) return;
+  partners.insert(place, partner);
+  if (partners.size() > most) partners.pop_back();
 }
 
-void take_partners(const tsrf_module_raddat::Data& raddat, const Wanted& wanted, RunModel& run) {
+void take_partners(tsrf_module_raddat::Data& raddat, const Wanted& wanted, RunModel& run) {
   const auto groups = static_cast<std::size_t>(raddat.NPGID);
   const GroupSizes sizes = sizes_of(run, groups);
+  std::size_t asked = groups;  // nobody
   if (wanted.all_partners_of) {
     const std::int64_t p = run.find_patch(*wanted.all_partners_of);
     if (p < 0) return;
-    const auto g = static_cast<std::size_t>(run.patches.group[static_cast<std::size_t>(p)]);
-    run.all_partners = partners_of(raddat, sizes, g);
+    asked = static_cast<std::size_t>(run.patches.group[static_cast<std::size_t>(p)]);
   }
+  std::vector<std::vector<Partner>> kept(wanted.partners ? groups : 0);
+  raddat.view_factors.each([&](std::size_t g, std::size_t source, float factor) {
+    const Partner partner{sizes.largest[source], raddat.c[g] * static_cast<double>(factor) *
+                                                     sizes.area[source] / sizes.area[g]};
+    if (g == asked) keep(partner, SIZE_MAX, run.all_partners);
+    if (wanted.partners) keep(partner, kKept, kept[g]);
+  });
   if (!wanted.partners) return;
   run.first_partner.push_back(0);
-  for (std::size_t g = 0; g < groups; ++g) {
-    const std::vector<Partner> partners = partners_of(raddat, sizes, g);
-    const auto kept = static_cast<std::ptrdiff_t>(std::min(kKept, partners.size()));
-    run.partners.insert(run.partners.end(), partners.begin(), partners.begin() + kept);
+  for (const std::vector<Partner>& partners : kept) {
+    run.partners.insert(run.partners.end(), partners.begin(), partners.end());
     run.first_partner.push_back(static_cast<std::uint32_t>(run.partners.size()));
   }
 }
@@ -137,6 +138,7 @@ void read_sunlit(const RunFiles& files, QuietLog& quiet, const CoreInputs& core,
     tsrf_module_shade::inputdata(quiet.log, *control, false, shade);
     field.values.reserve(n * run.hours.size());
     std::vector<double> fractions(n);
+    frame::Crew crew;
     for (const Hour& hour : run.hours) {
       const std::size_t day = 24 * n;
       if (field.values.size() >= day) {  // the same day again
@@ -146,8 +148,8 @@ void read_sunlit(const RunFiles& files, QuietLog& quiet, const CoreInputs& core,
                     field.values.begin() + static_cast<std::ptrdiff_t>(at));
         continue;
       }
-      tsrf_module_shade::set_shade(quiet.log, sun.get(), hour.hour * kHour - run.step, core.patch,
-                                   calendar, shade, fractions);
+      tsrf_module_shade::set_shade(quiet.log, crew, sun.get(), hour.hour * kHour - run.step,
+                                   core.patch, calendar, shade, fractions);
       field.values.insert(field.values.end(), fractions.begin(), fractions.end());
     }
   });
