@@ -97,13 +97,16 @@ TEST(Check, DoubtsWhatNoReaderSees) {
   for (const Case& c : cases_of(kSource / "tests/checks/doubts.txt")) expect_findings(c);
 }
 
-TEST(Check, FindsNothingInExamplesAndCases) {
+TEST(Check, FindsNothingInExamplesAndNoFaultInCases) {
   for (const char* folder : {"examples", "tests/cases"}) {
     for (const auto& entry : fs::directory_iterator(kSource / folder)) {
-      if (!fs::exists(entry.path() / "file_name") || !fs::exists(entry.path() / "Sun.txt"))
-        continue;
+      // Of others some files come from elsewhere.
+      if (!fs::exists(entry.path() / "PatchIndex.txt")) continue;
       const auto [lines, status] = checked(RunCase(entry.path()));
-      EXPECT_EQ(status, 0) << entry.path() << '\n' << (lines.empty() ? "" : lines.front());
+      // Cases of references go to extremes: implicit columns, groups that see the sky alone.
+      EXPECT_LE(status, std::string_view(folder) == "examples" ? 0 : 1)
+          << entry.path() << '\n'
+          << (lines.empty() ? "" : lines.front());
     }
   }
 }

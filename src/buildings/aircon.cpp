@@ -183,6 +183,7 @@ void set_aircon(frame::Log& log, frame::TextInput& file, const tsrf_module_rmhea
     data.pair.assign(BldCD.size(), -1);
   });
   for (std::size_t b = 0; b < BldCD.size(); ++b) {
+    if (log.collects() && data.pairs.find(BldCD[b], Strct[b]) < 0) continue;  // told before
     data.pair[b] = position(log, data, BldCD[b], Strct[b]);
     const auto pair = static_cast<std::size_t>(data.pair[b]);
     if (!days[pair].whole) continue;

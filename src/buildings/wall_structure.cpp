@@ -59,6 +59,7 @@ struct Found {
 void check_buildings(frame::Log& log, const tsrf_module_bldng::Data& bldng,
                      const std::vector<Found>& found) {
   for (std::size_t b = 0; b < found.size(); ++b) {
+    if (bldng.by_bldid.find(bldng.BldID[b]) != static_cast<std::int32_t>(b)) continue;  // a repeat
     const std::string id = items("BldID in Building data =", bldng.BldID[b]);
     frame::attempt(log, [&] {
       if (!found[b].surface) log.data_error(id, "it has no Patch");

@@ -18,7 +18,7 @@ struct Missing {
   int unit;
   bool any;  ///< any lost record will do, not just one with the value
 };
-constexpr std::array<Missing, 19> kMissing{{
+constexpr std::array<Missing, 17> kMissing{{
     {"it is not defined in MatEleProp data", frame::kUnitMatEleProp, false},
     {"it is not defined in SurfProp data", frame::kUnitSurfProp, false},
     {"it is not defined in PatchIndex data", frame::kUnitPatchIndex, false},
@@ -29,8 +29,6 @@ constexpr std::array<Missing, 19> kMissing{{
     {"it is not defined in TreeData", frame::kUnitLadSimple, false},
     {"it is not defined in RmHeat", frame::kUnitRmHeat, false},
     {"it is not defined in 1st time block", frame::kUnitRmHeat, true},
-    {"### program error -2- (tsrf_module_shade)", frame::kUnitPatch, true},
-    {"### program error -2- (tsrf_module_shade)", frame::kUnitTreePatch, true},
     {"it must be = no. of PIDs in Patch data", frame::kUnitPatchIndex, true},
     {"it must be = no. of PIDs in Patch data", frame::kUnitPatch, true},
     {"it has no Patch", frame::kUnitPatch, true},
@@ -77,8 +75,35 @@ bool told_empty(const std::vector<Finding>& all, const std::string& words) {
   });
 }
 
+bool list_is_amiss(const Parts& parts, const frame::Findings& findings) {
+  const auto lost = [&](int unit) {
+    const auto name = parts.names.find(unit);
+    return name != parts.names.end() && findings.lost_any(name->second);
+  };
+  const bool counted = std::ranges::any_of(findings.all(), [](const Finding& finding) {
+    return std::ranges::any_of(finding.lines, [](const std::string& line) {
+      return line.starts_with("no. of PIDs in PatchIndex data");
+    });
+  });
+  return counted || lost(frame::kUnitPatch) || lost(frame::kUnitTreePatch);
+}
+
 bool follows(const Finding& finding, const Parts& parts, const frame::Findings& findings) {
   if (names_stand_in(finding, findings.stand_ins())) return true;
+  // A patch whose line is lost cannot be told from one that has none.
+  const auto index = parts.names.find(frame::kUnitPatchIndex);
+  const bool of_patch = std::ranges::any_of(
+      finding.lines, [](const std::string& l) { return l.starts_with("PID in Patch data ="); });
+  if (of_patch && index != parts.names.end() && findings.lost_any(index->second)) {
+    const std::string_view words = "it is not defined in PatchIndex data";
+    if (std::ranges::find(finding.lines, words) != finding.lines.end()) return true;
+  }
+  // Blocks of Sun data cannot be held against a list of patches that is not whole.
+  const bool of_blocks = std::ranges::any_of(finding.lines, [](const std::string& l) {
+    return l.starts_with("no. of lines of a date in Sun data") ||
+           l == "### program error -2- (tsrf_module_shade)";
+  });
+  if (of_blocks && list_is_amiss(parts, findings)) return true;
   for (const Missing& missing : kMissing) {
     if (std::ranges::find(finding.lines, missing.words) == finding.lines.end()) continue;
     const auto name = parts.names.find(missing.unit);

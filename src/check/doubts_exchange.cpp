@@ -18,6 +18,7 @@ using frame::items;
 
 constexpr double kMostSum = 1.0001;
 constexpr double kLeastSum = 0.9;
+constexpr double kUp = 0.99;       // upward part of the normal of what lies flat
 constexpr double kLacking = 0.05;  // of a row, that others say it should have
 constexpr double kApart =
     0.05;  // of the larger power and of the smaller area: less is noise of rays
@@ -57,6 +58,7 @@ struct Table {
   const Rows& rows;
   std::vector<double> area;  // by group
   std::vector<double> sky;   // by group: sky view factor as the file has it
+  std::vector<bool> flat;    // by group: all its patches look up, where sky is behind the rim
   bool reversed;             // the rows were given in the reverse sense
 
   /// The factor that the file has for an entry of destination g.
@@ -107,8 +109,8 @@ void look_at_rows(const Table& table, frame::Findings& findings) {
     } else if (sum[g] > kMostSum) {
       add(findings, {name_of(table, g), items("sum of view factor =", sum[g]), "it must be <= 1"},
           "more is seen than there is");
-    } else if (given && sum[g] < kLeastSum && lacks[g] > kLacking) {
-      // A row that its partners agree with looks out over the rim of the district.
+    } else if (given && sum[g] < kLeastSum && (lacks[g] > kLacking || table.flat[g])) {
+      // An upright patch whose partners agree looks out over the rim of the district.
       add(findings, {name_of(table, g), items("sum of view factor =", sum[g]), "it must be near 1"},
           "the rest of its view is scaled to close");
     }
@@ -162,7 +164,8 @@ void look_at_pairs(const Table& table, frame::Findings& findings) {
       while (at < end && factors.entries[at].source < static_cast<std::int32_t>(g)) ++at;
       const bool there = at < end && factors.entries[at].source == static_cast<std::int32_t>(g);
       if (there && s <= g) continue;  // its partner has compared it
-      compare(g, s, here,
+      const std::size_t row = table.row(g, entry);
+      compare(row, row == g ? s : g, here,
               there ? table.factor(s, factors.entries[at]) *
                           table.area[table.row(s, factors.entries[at])]
                     : 0.0);
@@ -184,16 +187,20 @@ void look_at_pairs(const Table& table, frame::Findings& findings) {
 
 void doubt_exchange(const Parts& parts, tsrf_main01::Run& run) {
   tsrf_module_raddat::Data& data = run.radiation.raddat;
-  if (!parts.exchange || (data.view_factors.narrow.empty() && data.view_factors.wide.empty()))
-    return;
+  const bool known = !data.view_factors.narrow.empty() || !data.view_factors.wide.empty();
+  if (!parts.exchange || !parts.whole_list || !known) return;
   frame::Findings& findings = run.desk.log.findings();
   Rows rows = rows_of(data);
   put_in_order(run.desk.crew, rows);
-  Table table{data,
-              rows,
-              tsrf_module_raddat::group_sums(data, run.inputs.patch.area),
-              {},
-              data.settings.LVFSWP > 0};
+  Table table{.data = data,
+              .rows = rows,
+              .area = tsrf_module_raddat::group_sums(data, run.inputs.patch.area),
+              .sky = {},
+              .flat = std::vector<bool>(data.PgID.size(), true),
+              .reversed = data.settings.LVFSWP > 0};
+  for (std::size_t p = 0; p < data.pgx.size(); ++p) {
+    if (run.inputs.patch.nz[p] < kUp) table.flat[static_cast<std::size_t>(data.pgx[p])] = false;
+  }
   table.sky.assign(data.PgID.size(), 0.0);
   if (data.settings.LVFSKY > 0) {
     for (std::size_t p = 0; p < data.pgx.size(); ++p) {

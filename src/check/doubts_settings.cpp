@@ -77,8 +77,8 @@ void look_at_members(Run& run, frame::Findings& findings) {
     const Idle* row = idle(run, setting.group, setting.member);
     if (row == nullptr) continue;
     findings.add({.fault = false,
-                  .lines = {frame::items("namelist =", frame::names::lower_case(setting.group),
-                                         ", member", setting.member),
+                  .lines = {"namelist = " + frame::names::lower_case(setting.group) + ", member " +
+                                setting.member,
                             std::string(row->why)},
                   .file = setting.file,
                   .line = setting.line});

@@ -55,7 +55,7 @@ std::vector<Hull> hulls_of(const Run& run) {
 }  // namespace
 
 void doubt_buildings(const Parts& parts, Run& run) {
-  if (!parts.rooms) return;
+  if (!parts.rooms || !parts.whole_list) return;
   const tsrf_module_bldng::Data& bldng = run.buildings.bldng;
   const std::vector<Hull> hulls = hulls_of(run);
   for (std::size_t b = 0; b < hulls.size(); ++b) {

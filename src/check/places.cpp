@@ -4,6 +4,7 @@
 #include <array>
 #include <map>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "frame/numbers.hpp"
@@ -132,8 +133,17 @@ class Search {
   std::array<std::int64_t, kColumns> values_{};
 };
 
+/// Lines of the block of a material that another repeats.
+int layers_of_first(std::span<const std::int64_t> codes, const tsrf_main01::Run& run) {
+  const auto& materials = run.inputs.matprp.materials;
+  const auto first = std::ranges::find_if(
+      materials, [&](const auto& m) { return !codes.empty() && m.surfid == codes[0]; });
+  return first == materials.end() ? 1 : first->nolyr();
+}
+
 /// The query that the words of a finding make; nothing when they point to no record.
-std::optional<std::pair<int, Query>> query_of(const Finding& finding, std::size_t n) {
+std::optional<std::pair<int, Query>> query_of(const Finding& finding, std::size_t n,
+                                              const tsrf_main01::Run& run) {
   for (const Phrase& phrase : kPhrases) {
     for (const std::string& line : finding.lines) {
       if (!line.starts_with(phrase.words)) continue;
@@ -143,6 +153,7 @@ std::optional<std::pair<int, Query>> query_of(const Finding& finding, std::size_
         query.codes[c] = codes[c];
       }
       if (has(finding, "redundantly") || has(finding, "duplicated")) query.which = 2;
+      if (has(finding, "redundantly in mat. no.")) query.which = 1 + layers_of_first(codes, run);
       if (has(finding, "two TreeID")) query.which = 2;
       if (has(finding, "it has view factor of sky")) query.columns[1] = 3;
       return std::pair(phrase.unit, query);
@@ -196,10 +207,15 @@ void place_by_words(Finding& finding, const Parts& parts, const frame::UnitTable
         has(finding, "cannot open ") && has(finding, "/" + parts.files[row] + " : ");
     if ((listed || of_month) && !parts.files[row].empty()) return of_table(row + 1);
     if (has(finding, "line " + std::to_string(row + 1) + " of file_name")) return of_table(row + 1);
-    if (finding.file.empty() && (has(finding, "in " + data) || has(finding, "lack of " + data))) {
-      const auto name = parts.names.find(file.unit);
-      if (name != parts.names.end()) finding.file = name->second;
-    }
+    // The first words that name a file's data count: the rule may name another's.
+    const auto line = std::ranges::find_if(finding.lines, [](const std::string& l) {
+      return !l.starts_with("### error : data error") && l.find(" data") != std::string::npos;
+    });
+    const bool named =
+        line != finding.lines.end() && (line->find("in " + data) != std::string::npos ||
+                                        line->find("lack of " + data) != std::string::npos);
+    const auto name = parts.names.find(file.unit);
+    if (finding.file.empty() && named && name != parts.names.end()) finding.file = name->second;
   }
   if (has(finding, "of file_name") || has(finding, "file_name :")) return of_table(0);
   if (!finding.file.empty() || parts.names.empty()) return;
@@ -235,7 +251,7 @@ void find_places(const Parts& parts, const tsrf_main01::Run& run, frame::Finding
     if (has(finding, "%%% warning") && has(finding, "dtmax =")) continue;
     if (auto tree = query_of_tree_patch(finding, n, run)) {
       queries[frame::kUnitPatch].push_back(*tree);
-    } else if (auto query = query_of(finding, n)) {
+    } else if (auto query = query_of(finding, n, run)) {
       queries[query->first].push_back(query->second);
     }
   }

@@ -83,6 +83,7 @@ void read_town(Run& run, Parts& parts) {
     parts.patches = whole(
         run, [&] { tsrf_main01::read_surfaces(run.desk, run.inputs, run.surface, run.trees); });
   });
+  parts.whole_list = parts.patches;
   parts.patches = run.inputs.patch.mpatch > 0;
   if (!parts.patches) return;
   if (run.buildings.on()) {
@@ -142,8 +143,8 @@ void read_months(Run& run, Parts& parts) {
   frame::Log& log = run.desk.log;
   const auto [first, last] = run.inputs.filnam.MONTHS;
   for (std::int32_t month = first; month <= last; ++month) {
-    const bool good = whole(run, [&] { tsrf_main01::load_month(run, month); });
-    if (run.buildings.on() && good) read_schedules(run);
+    const bool opened = frame::attempt(log, [&] { tsrf_main01::load_month(run, month); });
+    if (run.buildings.on() && opened && run.buildings.rmheat.pairs.size() > 0) read_schedules(run);
     const auto& months = run.radiation.shade.settings.MONTHS;
     if (!parts.patches || month < months[0] || month > months[1]) continue;
     frame::attempt(log, [&] {

@@ -19,6 +19,7 @@ namespace check {
 struct Parts {
   bool settings = false;  ///< the control data are there
   bool patches = false;
+  bool whole_list = false;  ///< no patch was lost or has a fault
   bool materials = false;
   bool exchange = false;  ///< groups and view factors
   bool weather = false;

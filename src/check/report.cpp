@@ -21,13 +21,15 @@ constexpr std::size_t kShown = 160;  // bytes of a line
 struct Words {
   std::string found;     ///< what stands there
   std::string expected;  ///< the rule
+  std::string context;   ///< what else the log tells of it
 };
 
 bool is_heading(const std::string& line) {
   static constexpr std::array<std::string_view, 3> kHeadings{
       "### error : data error", "%%% warning : data error", "%%% warning : invalid data"};
   return std::ranges::find(kHeadings, line) != kHeadings.end() ||
-         line.starts_with("### data error (") || (line.starts_with("(") && line.ends_with(")"));
+         line.starts_with("### error : data error in") || line.starts_with("### data error (") ||
+         (line.starts_with("(") && line.ends_with(")"));
 }
 
 bool is_rule(const std::string& line) {
@@ -58,7 +60,9 @@ Words words_of(const Finding& finding) {
   Words words;
   for (const std::string& line : finding.lines) {
     if (is_heading(line) && finding.lines.size() > 1) continue;
-    std::string& part = is_rule(line) && !words.found.empty() ? words.expected : words.found;
+    std::string& part = words.found.empty() ? words.found
+                        : is_rule(line)     ? words.expected
+                                            : words.context;
     if (!part.empty()) part += "; ";
     part += plain(line);
   }
@@ -225,6 +229,7 @@ void print_text(const frame::Findings& findings, std::ostream& out) {
     if (!finding.file.empty()) out << ' ';
     out << severity(finding) << ": " << words.found;
     if (!words.expected.empty()) out << "; " << words.expected;
+    if (!words.context.empty()) out << " (" << words.context << ')';
     if (finding.count > 1) out << " (" << finding.count << " times)";
     out << '\n';
     const std::string text = texts.of(finding);
@@ -240,8 +245,9 @@ void print_json(const frame::Findings& findings, std::ostream& out) {
     const Words words = words_of(finding);
     out << "{\"severity\":\"" << severity(finding) << "\",\"file\":" << quoted(finding.file)
         << ",\"line\":" << finding.line << ",\"found\":" << quoted(words.found)
-        << ",\"expected\":" << quoted(words.expected) << ",\"text\":" << quoted(texts.of(finding))
-        << ",\"hint\":" << quoted(hint_of(finding)) << ",\"count\":" << finding.count << "}\n";
+        << ",\"expected\":" << quoted(words.expected) << ",\"context\":" << quoted(words.context)
+        << ",\"text\":" << quoted(texts.of(finding)) << ",\"hint\":" << quoted(hint_of(finding))
+        << ",\"count\":" << finding.count << "}\n";
   }
 }
 

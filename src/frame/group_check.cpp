@@ -85,6 +85,9 @@ void Group::read_on(Log& log, TextInput& file, std::size_t place) {
   check(log);
   for (std::size_t n = 0; n < members_.size(); ++n) {
     if (!broken[n]) continue;
+    for (Setting& setting : findings.settings) {
+      if (setting.group == name_ && setting.member == members_[n].name) setting.changed = false;
+    }
     std::visit([&](auto target) { put_back(target, defaults[n]); }, members_[n].target);
   }
 }

@@ -310,6 +310,12 @@ frame::ReadStatus check_block_on(
     const ReadStatus status = read(of_record);
     if (status == ReadStatus::end) break;
     if (status == ReadStatus::error) {
+      // What was read of its date tells whose it is.
+      file.seek(place);
+      if (dated && of_record != date) break;
+      dated = dated || of_record != unset;
+      date = of_record;
+      at.amiss = true;
       log.lost_record(file, "### read error : " + std::string(words.data) + " data");
       ++count;
       continue;

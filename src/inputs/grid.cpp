@@ -68,8 +68,9 @@ void read_axis(frame::Log& log, frame::TextInput& file, std::string_view name, s
                     });
   const std::span<double> read =
       std::span(axis.coordinates).subspan(1, static_cast<std::size_t>(points));
+  const std::size_t place = file.tell();
   if (file.read(read) != ReadStatus::ok) log.read_error(file, "### read error : Grid data");
-  frame::attempt(log, &file, [&] { check_increase(log, name, read); });
+  frame::attempt_at(log, file, place, [&] { check_increase(log, name, read); });
   extend(axis);
 }
 
