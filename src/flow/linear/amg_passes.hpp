@@ -90,10 +90,12 @@ struct AmgPasses {
 
 /// Turns that a pass takes.
 inline std::size_t turns_down(const AmgLevel& level, bool alone) {
-  return static_cast<std::size_t>(level.n[2] + (alone ? 0 : level.sweeps));
+  const std::int32_t turns = level.n[2] + (alone ? 0 : level.sweeps);
+  return static_cast<std::size_t>(turns);
 }
 inline std::size_t turns_up(const AmgLevel& level) {
-  return static_cast<std::size_t>(level.n[2] + level.sweeps) + 1;
+  const std::int32_t turns = level.n[2] + level.sweeps + 1;
+  return static_cast<std::size_t>(turns);
 }
 
 AmgPasses amg_passes(InstructionSet set);
