@@ -1,6 +1,7 @@
 // Whole runs of different length take the same from the heap: a step takes nothing.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 #include <sstream>
@@ -9,7 +10,7 @@
 #include "run_case.hpp"
 
 namespace {
-std::size_t allocations = 0;
+std::atomic<std::size_t> allocations = 0;
 }
 
 // Not inline: the compiler would pair malloc and delete and complain.
@@ -17,6 +18,10 @@ std::size_t allocations = 0;
   ++allocations;
   if (void* memory = std::malloc(size)) return memory;
   throw std::bad_alloc();
+}
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  ++allocations;
+  return std::malloc(size);
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
