@@ -90,6 +90,11 @@ bool list_is_amiss(const Parts& parts, const frame::Findings& findings) {
 
 bool follows(const Finding& finding, const Parts& parts, const frame::Findings& findings) {
   if (names_stand_in(finding, findings.stand_ins())) return true;
+  // A group of number 0 is a fault of its own.
+  const bool of_group_0 = std::ranges::any_of(finding.lines, [](const std::string& l) {
+    return l == "SrcPgID of FormFactor data = 0" || l == "PgID in PatchIndex data = 0";
+  });
+  if (!finding.fault && of_group_0) return true;
   // A patch whose line is lost cannot be told from one that has none.
   const auto index = parts.names.find(frame::kUnitPatchIndex);
   const bool of_patch = std::ranges::any_of(

@@ -50,6 +50,13 @@ std::string key_of(const Finding& finding) {
   return key;
 }
 
+/// The file and the words before a value.
+std::string kind_of(const Finding& finding) {
+  std::string kind = finding.file;
+  for (const std::string& line : finding.lines) kind += '\n' + line.substr(0, line.find('='));
+  return kind;
+}
+
 template <class Take>
 void each_word(std::string_view text, Take&& take) {
   constexpr std::string_view kBetween = " \t,\r\n";
@@ -84,6 +91,10 @@ void Findings::merge() {
   if (findings_.size() == merged_) return;
   const Finding& last = findings_.back();
   if (last.fault) ++faults_[last.file];
+  if (++kinds_[kind_of(last)] > kEnough) {
+    findings_.pop_back();
+    return;
+  }
   const auto [at, is_new] = known_.try_emplace(key_of(last), merged_);
   if (is_new) {
     ++merged_;

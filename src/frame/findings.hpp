@@ -79,6 +79,7 @@ class Findings {
   std::map<std::string, std::size_t> known_;                 // words and place -> finding
   std::size_t merged_ = 0;                                   // findings that `known_` has
   std::map<std::string, std::int64_t, std::less<>> faults_;  // by file
+  std::map<std::string, std::int64_t> kinds_;                // by file and words
   std::map<std::string, std::set<std::string, std::less<>>, std::less<>> lost_;
   std::set<std::string, std::less<>> lost_files_;
   std::set<std::string, std::less<>> long_;

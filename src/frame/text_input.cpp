@@ -285,13 +285,14 @@ std::int64_t TextInput::fault_line() const {
   return line_of(place);
 }
 
-/// Line of a place; of places that come in their order each line end is counted once.
+/// Line of a place, counted on, or back, from the place that was asked for last.
 std::int64_t TextInput::line_of(const char* place) const {
-  if (counted_ == nullptr || counted_ > place) {
-    counted_ = first_;
-    line_ = 0;
+  if (counted_ == nullptr) counted_ = first_;
+  if (counted_ > place) {
+    line_ -= std::count(place, counted_, '\n');
+  } else {
+    line_ += std::count(counted_, place, '\n');
   }
-  line_ += std::count(counted_, place, '\n');
   counted_ = place;
   return 1 + line_;
 }

@@ -5,6 +5,8 @@
 #include <optional>
 #include <utility>
 
+#include "frame/findings.hpp"
+
 namespace dated_series {
 
 namespace {
@@ -307,6 +309,7 @@ frame::ReadStatus check_block_on(
   };
   IntDate of_record{};
   for (std::size_t place = first;; place = file.tell()) {
+    if (log.findings().enough_of(file.name())) file.pass(file.content().size());
     const ReadStatus status = read(of_record);
     if (status == ReadStatus::end) break;
     if (status == ReadStatus::error) {
