@@ -37,7 +37,8 @@ void check_parts(const Options& options) {
   if (!options.netcdf.empty()) throw Fault("built without NetCDF (libnetcdf was not found)");
 #endif
 #ifndef TOWNSKIN_VIEW_PAGE
-  if (options.wants_page) throw Fault("built without the page (node or its packages were not found)");
+  if (options.wants_page)
+    throw Fault("built without the page (node or its packages were not found)");
 #endif
   static_cast<void>(options);
 }
