@@ -3,34 +3,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <new>
 #include <tuple>
 #include <vector>
 
 #include "../bench/plain_canopy.hpp"
 #include "../bench/sample_canopy.hpp"
+#include "count_allocations.hpp"
 #include "trees/beam_sweep.hpp"
 #include "trees/difrad.hpp"
 #include "trees/sundir.hpp"
 #include "trees/trcanopy.hpp"
-
-namespace {
-std::size_t allocations = 0;
-}
-
-// Not inline: the compiler would pair malloc and delete and complain.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  ++allocations;
-  return std::malloc(size);
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 

@@ -1,30 +1,11 @@
 // Whole runs of different length take the same from the heap: a step takes nothing.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <sstream>
 
+#include "count_allocations.hpp"
 #include "driver/flw_main00.hpp"
 #include "run_case.hpp"
-
-namespace {
-std::atomic<std::size_t> allocations = 0;
-}
-
-// Not inline: the compiler would pair malloc and delete and complain.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  ++allocations;
-  return std::malloc(size);
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -36,6 +17,7 @@ std::size_t allocations_of(const std::string& name, int steps) {
       .directory = run.path().string(), .screen = screen, .errors = screen};
   const std::size_t before = allocations;
   EXPECT_EQ(flw_main00::run(place), 0);
+  EXPECT_GT(allocations, before);  // they are counted
   return allocations - before;
 }
 
