@@ -11,39 +11,17 @@
 
 namespace {
 
-#define PASS_SET common
-#define PASS_WIDTH 2
-#define PASS_TARGET
-#include "exponential_of.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#if defined(__x86_64__)
-#define PASS_SET avx2
-#define PASS_WIDTH 4
-#define PASS_TARGET [[gnu::target("avx2")]]
-#include "exponential_of.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#define PASS_SET avx512
-#define PASS_WIDTH 8
-#define PASS_TARGET [[gnu::target("avx512f")]]
-#include "exponential_of.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-#endif
+#define PASS_PREFIX exponential
+#define PASS_FILE "exponential_of.inc"
+#include "frame/pass_sets.inc"
 
 /// The exponentials of all values; their count is a multiple of 8.
 std::vector<double> exponentials(frame::InstructionSet set, std::vector<double> x) {
 #if defined(__x86_64__)
-  if (set == frame::InstructionSet::avx2) avx2::exponential_of(x);
-  if (set == frame::InstructionSet::avx512) avx512::exponential_of(x);
+  if (set == frame::InstructionSet::avx2) exponential_avx2::exponential_of(x);
+  if (set == frame::InstructionSet::avx512) exponential_avx512::exponential_of(x);
 #endif
-  if (set == frame::InstructionSet::common) common::exponential_of(x);
+  if (set == frame::InstructionSet::common) exponential_common::exponential_of(x);
   return x;
 }
 

@@ -57,31 +57,9 @@ struct Wet {
   Search search;
 };
 
-#define PASS_SET balance_common
-#define PASS_WIDTH 2
-#define PASS_TARGET
-#include "surface/balance_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#if defined(__x86_64__)
-#define PASS_SET balance_avx2
-#define PASS_WIDTH 4
-#define PASS_TARGET [[gnu::target("avx2")]]
-#include "surface/balance_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-
-#define PASS_SET balance_avx512
-#define PASS_WIDTH 8
-#define PASS_TARGET [[gnu::target("avx512f")]]
-#include "surface/balance_passes.inc"
-#undef PASS_SET
-#undef PASS_WIDTH
-#undef PASS_TARGET
-#endif
+#define PASS_PREFIX balance
+#define PASS_FILE "surface/balance_passes.inc"
+#include "frame/pass_sets.inc"
 
 }  // namespace
 

@@ -52,7 +52,7 @@ inline bool wrapped_row(const AmgLevel& m, std::size_t j) {
 
 #define PASS_PREFIX amg
 #define PASS_FILE "flow/linear/amg_passes.inc"
-#include "flow/linear/pass_sets.inc"
+#include "frame/pass_sets.inc"
 
 }  // namespace
 

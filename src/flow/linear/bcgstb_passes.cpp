@@ -4,7 +4,7 @@ namespace flow {
 
 #define PASS_PREFIX bcgstb
 #define PASS_FILE "flow/linear/bcgstb_passes.inc"
-#include "flow/linear/pass_sets.inc"
+#include "frame/pass_sets.inc"
 
 #define PASSES(set) \
   BcgstbPasses { set::direct, set::reduce, set::backward, set::product, set::advance }

@@ -37,7 +37,7 @@ struct WrapKeep {
 
 #define PASS_PREFIX iccg
 #define PASS_FILE "flow/linear/iccg_passes.inc"
-#include "flow/linear/pass_sets.inc"
+#include "frame/pass_sets.inc"
 
 IccgPasses iccg_passes(InstructionSet set) {
 #if defined(__x86_64__)
