@@ -36,7 +36,8 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/townskinConfigVersi
 install(FILES cmake/townskinConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/townskinConfigVersion.cmake
         DESTINATION ${package_folder} COMPONENT development)
 
-# Packages of Debian: `cpack` in a build of the preset "package".
+# Packages of Debian: `cpack` in a build of the preset "package". Who gives them to others sets
+# CPACK_PACKAGE_CONTACT to an address of their own.
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL programs development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -48,7 +49,8 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/packaging/staged.cmake)
 set(CPACK_TOWNSKIN_SOURCE ${CMAKE_SOURCE_DIR})
 set(CPACK_TOWNSKIN_MULTIARCH ${CMAKE_LIBRARY_ARCHITECTURE})
-set(CPACK_PACKAGE_CONTACT "townskin maintainers <townskin@packages.debian.org>")
+set(CPACK_PACKAGE_CONTACT
+    "townskin maintainers <maintainers@townskin.example>")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -59,18 +61,16 @@ set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS python3)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS "chromium | www-browser, paraview")
 set(CPACK_DEBIAN_PROGRAMS_DESCRIPTION
-    "heating and cooling of the surfaces of an urban district
- townskin marches one heat balance for each patch of a district (ground,
- walls, roofs, windows, water, panels, trees) through a day that repeats or
- through real dates, and gives surface temperatures, radiation, heat fluxes
- and the loads of its buildings. townskin_flow computes the air over it,
- townskin_case makes a run from the open data of a city, townskin_check
- tells the faults of one, townskin_view shows results.")
+    "townskin marches one heat balance for each patch of a district (ground,
+walls, roofs, windows, water, panels, trees) through a day that repeats or
+through real dates, and gives surface temperatures, radiation, heat fluxes
+and the loads of its buildings. townskin_flow computes the air over it,
+townskin_case makes a run from the open data of a city, townskin_check
+tells the faults of one, townskin_view shows results.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtownskin-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
-    "static library and headers of townskin
- The core of townskin, which computes how the surfaces of an urban district
- heat and cool, for use in other programs: headers, static library and the
- files by which CMake finds both.")
+    "The core of townskin, which computes how the surfaces of an urban district
+heat and cool, for use in other programs: headers, static library and the
+files by which CMake finds both.")
 include(CPack)

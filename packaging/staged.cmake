@@ -9,16 +9,23 @@ function(compress file)
 endfunction()
 
 # The files that each package has.
-function(documents folder)
+function(documents prefix package)
+  set(folder ${prefix}/share/doc/${package})
   file(COPY ${source}/packaging/copyright DESTINATION ${folder})
   configure_file(${source}/packaging/changelog ${folder}/changelog.Debian COPYONLY)
   compress(${folder}/changelog.Debian)
   file(CHMOD ${folder}/changelog.Debian.gz ${folder}/copyright
        PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+  file(MAKE_DIRECTORY ${prefix}/share/lintian/overrides)
+  file(WRITE ${prefix}/share/lintian/overrides/${package}
+       "# The package is not meant for Debian's archive: there is no bug that asks for it.\n"
+       "${package}: initial-upload-closes-no-bugs\n")
+  file(CHMOD ${prefix}/share/lintian/overrides/${package}
+       PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 endfunction()
 
 set(programs ${CPACK_TEMPORARY_DIRECTORY}/programs/usr)
-documents(${programs}/share/doc/townskin)
+documents(${programs} townskin)
 file(REMOVE ${programs}/share/doc/townskin/LICENSE)
 file(RENAME ${programs}/share/doc/townskin/CHANGELOG.md ${programs}/share/doc/townskin/changelog)
 compress(${programs}/share/doc/townskin/changelog)
@@ -29,7 +36,7 @@ foreach(page ${pages})
 endforeach()
 
 set(development ${CPACK_TEMPORARY_DIRECTORY}/development/usr)
-documents(${development}/share/doc/libtownskin-dev)
+documents(${development} libtownskin-dev)
 execute_process(COMMAND strip --strip-debug --remove-section=.comment --remove-section=.note
                         --enable-deterministic-archives
                         ${development}/lib/${CPACK_TOWNSKIN_MULTIARCH}/libtownskin_core.a
