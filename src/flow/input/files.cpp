@@ -57,9 +57,10 @@ FileNames read_file_names(frame::Log& log, frame::UnitTable& units) {
   for (const FileRow row : kRequired) {
     frame::attempt(log, [&] { need_name(log, names, row, true, "for every run"); });
   }
-  for (const auto& [row, unit] : kAtOnce) {
-    if (names[row].empty()) continue;
-    frame::attempt(log, [&] { units.open_input(log, unit, names[row]); });
+  for (const auto& file : kAtOnce) {
+    const std::string& name = names[file.first];
+    if (name.empty()) continue;
+    frame::attempt(log, [&] { units.open_input(log, file.second, name); });
   }
   frame::attempt(log, [&] { check_names(log, units, names); });
   return names;
