@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "../bench/random_exchange.hpp"
+#include "../bench/sample_street_canyon.hpp"
 
 namespace {
 
@@ -45,6 +46,27 @@ TEST(Exchange, MultipleReflectionInAStreet) {
     EXPECT_NEAR(G[0], row.road, 2e-7);
     EXPECT_NEAR(G[1], row.wall, 2e-7);
     EXPECT_NEAR(G[2], row.wall, 2e-7);
+  }
+}
+
+// Sweeps go to the direct solution, by at least the share that the surfaces keep each time; what
+// the canyon does not absorb leaves it through its top.
+TEST(Exchange, SweepsGoToTheDirectSolution) {
+  for (const double h : {0.5, 4.0}) {
+    sample::StreetCanyon canyon(h, 0.8, 10);
+    const sample::StreetCanyon::Reals E = canyon.light(100.0, 700.0, 50.0);
+    const auto truth = canyon.direct(E);
+    double before = 100.0;
+    for (int sweeps = 0; sweeps < 100; sweeps += 10) {
+      const double error = sample::worst_error(canyon.swept(E, 10), truth);
+      EXPECT_LT(error, std::max(before * std::pow(0.8, 9), 1e-5));
+      before = error;
+    }
+    // The sky's share of the light through the top, and the beam's.
+    double in = 100.0 + 700.0 * std::sin(50.0 * std::numbers::pi / 180.0);
+    for (const double absorbed : truth) in -= absorbed;
+    for (std::size_t s = 0; s < E.size(); ++s) in -= canyon.J[s] * canyon.sky[s] * canyon.area[s];
+    EXPECT_NEAR(in, 0.0, 1e-4);
   }
 }
 

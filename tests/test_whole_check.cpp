@@ -101,7 +101,9 @@ TEST(Check, FindsNothingInExamplesAndNoFaultInCases) {
   for (const char* folder : {"examples", "tests/cases"}) {
     for (const auto& entry : fs::directory_iterator(kSource / folder)) {
       // Of others some files come from elsewhere.
-      if (!fs::exists(entry.path() / "PatchIndex.txt")) continue;
+      const bool flow =
+          fs::exists(entry.path() / "flow_file_name") && !fs::exists(entry.path() / "file_name");
+      if (!fs::exists(entry.path() / "PatchIndex.txt") && !flow) continue;
       const auto [lines, status] = checked(RunCase(entry.path()));
       // Cases of references go to extremes: implicit columns, groups that see the sky alone.
       EXPECT_LE(status, std::string_view(folder) == "examples" ? 0 : 1)
@@ -119,8 +121,15 @@ TEST(Check, LeavesTheRunAsItWas) {
   EXPECT_EQ(run_case::left_by(run), before);
 }
 
+void expect_whole_report(const RunCase& run, const std::string& file) {
+  const auto [lines, status] = checked(run, true);
+  EXPECT_TRUE(status >= 0 && status <= 2) << file;
+  for (const std::string& line : lines) {
+    EXPECT_TRUE(line.starts_with("{\"severity\":\"") && line.ends_with("}")) << line;
+  }
+}
+
 TEST(Check, EndsInOrderWhateverAFileHolds) {
-  const fs::path folder = kSource / "tests/cases/flat";
   std::string noise(10'000, '\0');
   for (std::size_t i = 0; i < noise.size(); ++i) noise[i] = static_cast<char>(i * i * 31 / 7);
   const std::vector<std::string> contents{"",
@@ -129,20 +138,19 @@ TEST(Check, EndsInOrderWhateverAFileHolds) {
                                           "# title\n2000000000*1\n",
                                           "# title\n,,,\n/\n",
                                           "&\n&&TSRF_DATA DZG"};
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    if (!entry.is_regular_file()) continue;
-    const std::string file = entry.path().filename().string();
-    const std::string whole = RunCase(folder).content(file);
-    Lines texts(contents);
-    for (std::size_t cut = 1; cut < 6; ++cut)
-      texts.push_back(whole.substr(0, whole.size() * cut / 6));
-    for (const std::string& text : texts) {
-      const RunCase run(folder);
-      run.write(file, text);
-      const auto [lines, status] = checked(run, true);
-      EXPECT_TRUE(status >= 0 && status <= 2) << file;
-      for (const std::string& line : lines) {
-        EXPECT_TRUE(line.starts_with("{\"severity\":\"") && line.ends_with("}")) << line;
+  for (const char* name : {"flat", "flow_duct"}) {
+    const fs::path folder = kSource / "tests/cases" / name;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      if (!entry.is_regular_file()) continue;
+      const std::string file = entry.path().filename().string();
+      const std::string whole = RunCase(folder).content(file);
+      Lines texts(contents);
+      for (std::size_t cut = 1; cut < 6; ++cut)
+        texts.push_back(whole.substr(0, whole.size() * cut / 6));
+      for (const std::string& text : texts) {
+        const RunCase run(folder);
+        run.write(file, text);
+        expect_whole_report(run, file);
       }
     }
   }

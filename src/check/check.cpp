@@ -9,6 +9,7 @@
 
 #include "check/consequences.hpp"
 #include "check/doubts.hpp"
+#include "check/flow_reading.hpp"
 #include "check/places.hpp"
 #include "check/report.hpp"
 #include "frame/floating_point.hpp"
@@ -25,12 +26,21 @@ void check_surface(frame::Log& log, frame::UnitTable& units) {
   const auto run = std::make_unique<tsrf_main01::Run>(
       tsrf_main01::Desk{log, units, layer, crew, frame::Accounts{}});
   const Parts parts = read_run(*run);
-  for (const auto doubt : {doubt_exchange, doubt_sun, doubt_buildings, doubt_set_points,
+  for (const auto doubt : {doubt_exchange, doubt_sweeps, doubt_sun, doubt_buildings,
                            doubt_materials, doubt_settings, doubt_memory}) {
     frame::attempt(log, [&] { doubt(parts, *run); });
   }
   drop_consequences(parts, findings);
   find_places(parts, *run, findings);
+}
+
+/// The runs that a directory is for: both programs have a list of files, mostly one is there.
+void check_files(frame::Log& log, const std::string& directory) {
+  frame::UnitTable units(directory);
+  const bool flow = std::filesystem::exists(units.path_of("flow_file_name"));
+  if (!flow || std::filesystem::exists(units.path_of("file_name"))) check_surface(log, units);
+  frame::UnitTable flow_units(directory);
+  if (flow) read_flow(log, flow_units);
 }
 
 void tell_end(const frame::Findings& findings, std::ostream& out) {
@@ -53,9 +63,8 @@ int check_run(const std::string& directory, bool json, std::ostream& out) {
   frame::Findings findings;
   frame::Log log(nowhere, nowhere);
   log.collect(findings);
-  frame::UnitTable units(directory);
   try {
-    check_surface(log, units);
+    check_files(log, directory);
   } catch (const std::bad_alloc&) {
     findings.add({.lines = {"### error : allocation failed"}});
   } catch (const frame::Stop&) {

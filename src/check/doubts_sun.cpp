@@ -83,6 +83,31 @@ void look_at_hours(const std::vector<LitBlock>& blocks, Run& run) {
       "what lies between is interpolated");
 }
 
+/// The same for the days of a month, which are told together.
+void look_at_month(const SunMonth& sun, Run& run) {
+  const double start = tsrf_module_calendar::date2sec(
+      run.inputs.calendar, {0.0, static_cast<double>(sun.month), 1.0, 0.0, 0.0, 0.0});
+  std::string first, file;
+  std::int64_t amiss = 0;
+  for (std::size_t b = 0; b < sun.lit.size(); ++b) {
+    const double height = sun_at(run, start + sun.times[b]);
+    if (sun.lit[b] ? height >= kHorizon : height <= kHigh) continue;
+    if (++amiss > 1) continue;
+    const auto day = static_cast<int>(sun.times[b] / kDay);
+    file = run.radiation.shade.day_name(sun.month, day + 1);
+    first = items("the first : day", day + 1, "hour", (sun.times[b] - day * kDay) / kHour,
+                  sun.lit[b] ? "has sun" : "has none", ", sine of the sun's altitude =", height);
+  }
+  if (amiss == 0) return;
+  run.desk.log.findings().add(
+      {.fault = false,
+       .lines = {items("hours in Sun data of month", sun.month,
+                       "that the model's sun is not in =", amiss, "of", sun.lit.size()),
+                 first},
+       .file = file,
+       .hint = "DATE_AND_PLACE or the hours of the data are amiss"});
+}
+
 /// Global radiation of the weather at `time` [W/m2].
 double radiation_at(Run& run, double time, double height) {
   tsrf_module_weather::set_weather(run.desk.log, run.desk.units.input(frame::kUnitWeather), time,
@@ -134,6 +159,7 @@ void look_at_noon(Run& run) {
 void doubt_sun(const Parts& parts, Run& run) {
   if (!has_sun(run)) return;
   if (parts.sun) look_at_hours(parts.blocks, run);
+  for (const SunMonth& sun : parts.months) look_at_month(sun, run);
   if (parts.weather) frame::attempt(run.desk.log, [&] { look_at_noon(run); });
 }
 

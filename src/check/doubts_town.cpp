@@ -74,8 +74,7 @@ void doubt_buildings(const Parts& parts, Run& run) {
   }
 }
 
-void doubt_set_points(const Parts& parts, Run& run) {
-  if (!parts.rooms || run.inputs.filnam.dated) return;
+void doubt_set_points(Run& run) {
   constexpr double kColdest = 5.0, kWarmest = 40.0;  // deg C
   frame::TextInput& file = run.desk.units.input(frame::kUnitRmHeat);
   const std::size_t dates = dated_series::elements(run.buildings.rmheat.series.settings);

@@ -6,6 +6,8 @@
 
 #include "buildings/aircon.hpp"
 #include "buildings/rmheat.hpp"
+#include "check/doubts.hpp"
+#include "check/whole.hpp"
 #include "driver/start_up.hpp"
 #include "inputs/weather.hpp"
 #include "inputs/wtrtmp.hpp"
@@ -19,17 +21,6 @@ namespace {
 using tsrf_main01::Run;
 
 constexpr std::int32_t kWide = 1 << 20;  // cells along an axis where the grid's size is not known
-
-/// Does `work` with the files of the units; true when it came to its end without a fault in it.
-template <class Work>
-bool whole(Run& run, Work&& work) {
-  const auto faults = [&] {
-    const auto& all = run.desk.log.findings().all();
-    return std::ranges::count_if(all, &frame::Finding::fault);
-  };
-  const auto before = faults();
-  return frame::attempt(run.desk.log, work) && faults() == before;
-}
 
 frame::TextInput& input(Run& run, int unit) { return run.desk.units.input(unit); }
 
@@ -68,7 +59,7 @@ void read_schedules(Run& run) {
   frame::Log& log = run.desk.log;
   frame::TextInput& file = input(run, frame::kUnitRmHeat);
   const bool good =
-      whole(run, [&] { tsrf_module_rmheat::check_data(log, file, run.buildings.rmheat); });
+      whole(run.desk.log, [&] { tsrf_module_rmheat::check_data(log, file, run.buildings.rmheat); });
   if (!good || log.findings().lost_any(file.name())) return;
   frame::attempt(log, [&] {
     run.buildings.aircon.rebuild = true;
@@ -79,24 +70,26 @@ void read_schedules(Run& run) {
 
 void read_town(Run& run, Parts& parts) {
   frame::Log& log = run.desk.log;
-  parts.materials = whole(run, [&] {
-    parts.patches = whole(
-        run, [&] { tsrf_main01::read_surfaces(run.desk, run.inputs, run.surface, run.trees); });
+  parts.materials = whole(run.desk.log, [&] {
+    parts.patches = whole(run.desk.log, [&] {
+      tsrf_main01::read_surfaces(run.desk, run.inputs, run.surface, run.trees);
+    });
   });
   parts.whole_list = parts.patches;
   parts.patches = run.inputs.patch.mpatch > 0;
   if (!parts.patches) return;
   if (run.buildings.on()) {
-    parts.rooms = whole(run, [&] {
+    parts.rooms = whole(run.desk.log, [&] {
       tsrf_main01::read_buildings(run.desk, run.inputs, run.surface, run.buildings);
       if (!run.inputs.filnam.dated && run.buildings.rmheat.pairs.size() > 0) read_schedules(run);
     });
   }
   parts.materials =
-      whole(run, [&] { tsrf_main01::set_columns(run.desk, run.inputs, run.surface); }) &&
+      whole(run.desk.log, [&] { tsrf_main01::set_columns(run.desk, run.inputs, run.surface); }) &&
       parts.materials;
-  parts.exchange = whole(
-      run, [&] { tsrf_main01::read_exchange(run.desk, run.inputs, run.surface, run.radiation); });
+  parts.exchange = whole(run.desk.log, [&] {
+    tsrf_main01::read_exchange(run.desk, run.inputs, run.surface, run.radiation);
+  });
   frame::attempt(log, [&] {
     tsrf_module_fixtmp::read_fixtmp(log, run.inputs.patch, run.surface.fixtmp);
     if (parts.materials && (parts.rooms || !run.buildings.on())) {
@@ -126,7 +119,7 @@ void read_canopy(Run& run, Parts& parts) {
   if (run.inputs.size.mx == kWide || run.inputs.size.my == kWide || run.inputs.size.mz == kWide) {
     return;  // nothing can be held against a grid of unknown size
   }
-  parts.canopy = whole(run, [&] { tsrf_main01::read_canopy(run); });
+  parts.canopy = whole(run.desk.log, [&] { tsrf_main01::read_canopy(run); });
   if (run.trees.cells.CALJMK) {
     // No leaf, but what is asked of all.
     frame::attempt(log, [&] { jmk_module_htrans::htrnscoef(log, run.trees.htrans, 1.0, {}, {}); });
@@ -144,14 +137,18 @@ void read_months(Run& run, Parts& parts) {
   const auto [first, last] = run.inputs.filnam.MONTHS;
   for (std::int32_t month = first; month <= last; ++month) {
     const bool opened = frame::attempt(log, [&] { tsrf_main01::load_month(run, month); });
-    if (run.buildings.on() && opened && run.buildings.rmheat.pairs.size() > 0) read_schedules(run);
+    if (run.buildings.on() && opened && run.buildings.rmheat.pairs.size() > 0) {
+      read_schedules(run);
+      if (parts.rooms) frame::attempt(log, [&] { doubt_set_points(run); });
+    }
     const auto& months = run.radiation.shade.settings.MONTHS;
     if (!parts.patches || month < months[0] || month > months[1]) continue;
-    frame::attempt(log, [&] {
-      tsrf_module_shade::PackedMonth packed;
+    tsrf_module_shade::PackedMonth packed;
+    const bool read = whole(log, [&] {
       tsrf_module_shade::read_mltday(log, run.desk.crew, month, run.inputs.patch,
                                      run.radiation.shade, packed);
     });
+    if (read) parts.months.push_back({month, packed.times, lit_blocks(packed)});
   }
 }
 
@@ -178,13 +175,16 @@ Parts read_run(Run& run) {
   read_control(run);
   read_town(run, parts);
   if (parts.patches) read_canopy(run, parts);
-  parts.weather = whole(run, [&] {
+  parts.weather = whole(run.desk.log, [&] {
     tsrf_module_weather::check_data(log, input(run, frame::kUnitWeather), run.inputs.weather);
   });
   if (run.inputs.filnam.dated) {
     read_months(run, parts);
-  } else if (parts.patches && units.has_input(frame::kUnitSun)) {
-    parts.sun = whole(run, [&] {
+    return parts;
+  }
+  if (parts.rooms) frame::attempt(log, [&] { doubt_set_points(run); });
+  if (parts.patches && units.has_input(frame::kUnitSun)) {
+    parts.sun = whole(run.desk.log, [&] {
       parts.blocks = tsrf_module_shade::survey(log, run.desk.crew, input(run, frame::kUnitSun),
                                                run.inputs.patch, run.radiation.shade);
     });

@@ -15,6 +15,13 @@
 
 namespace check {
 
+/// The Sun data of a month of a dated run.
+struct SunMonth {
+  std::int32_t month;
+  std::vector<double> times;  ///< of its blocks, from the month's start [s]
+  std::vector<bool> lit;      ///< some patch has sun, by block
+};
+
 /// What of a run could be read well enough for a look across files.
 struct Parts {
   bool settings = false;  ///< the control data are there
@@ -27,6 +34,7 @@ struct Parts {
   bool canopy = false;
   bool sun = false;                                 ///< `blocks`
   std::vector<tsrf_module_shade::LitBlock> blocks;  ///< of the Sun data of a repeating day
+  std::vector<SunMonth> months;                     ///< of a dated run
   std::map<int, std::string> names;  ///< by unit number: the file as its readers know it
   frame::FileNames files;            ///< as file_name has them
 };

@@ -37,6 +37,7 @@ void put_back(std::span<Value> values, const Kept& from) {
 
 std::string did_you_mean(std::string_view word, const std::vector<Member>& members) {
   std::vector<std::string> names;
+  names.reserve(members.size());
   for (const Member& member : members) names.emplace_back(member.name);
   const std::string name = nearest_name(names::upper_case(word), names);
   return name.empty() ? "" : "did you mean " + name + "?";

@@ -49,7 +49,7 @@ std::int32_t count_materials(frame::Log& log, frame::TextInput& file) {
 void check_head(frame::Log& log, const frame::TextInput& file, std::size_t place,
                 const std::vector<Line>& block, std::int32_t number) {
   struct Column {
-    Head place;
+    Head item;
     std::string_view words;
   };
   constexpr std::array<Column, 4> kColumns{{{kSurfid, "i,j,surfid in MatEleProp data ="},
@@ -60,11 +60,12 @@ void check_head(frame::Log& log, const frame::TextInput& file, std::size_t place
   if (first.head[kNolyr] < 1) {
     log.data_error("j-th material has no element in MatEleProp data", items("j =", number));
   }
-  for (const auto& [item, words] : kColumns) {
+  for (const Column& column : kColumns) {
+    const Head item = column.item;
     if (block.back().head[item] == first.head[item]) continue;
     frame::attempt_at(log, file, block.back().place, [&] {
       log.fail(log.collects() ? "" : file.line_text(file.line_at(place)), "### error : data error",
-               items(words, block.size(), number, block.back().head[item]),
+               items(column.words, block.size(), number, block.back().head[item]),
                items("it must be =", first.head[item]));
     });
   }

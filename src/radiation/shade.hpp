@@ -96,6 +96,8 @@ void set_shade_oneday(frame::Log& log, frame::Crew& crew, frame::TextInput& file
 /// Reads and packs the day files of a month.
 void read_mltday(frame::Log& log, frame::Crew& crew, std::int32_t month,
                  const tsrf_module_patch::Data& patch, Data& data, PackedMonth& packed);
+/// Of each packed block of a month: whether some patch has sun in it.
+std::vector<bool> lit_blocks(const PackedMonth& packed);
 /// The form of dated runs: interpolates between the blocks of the month of `time` round it. Before
 /// the month's first and behind its last block that block holds. A date beyond MONTHS and DAYS
 /// stops the run.

@@ -206,6 +206,20 @@ PackedMonth& packed_month(frame::Log& log, frame::Crew& crew, std::int32_t month
 
 }  // namespace
 
+std::vector<bool> lit_blocks(const PackedMonth& packed) {
+  const std::size_t groups = (packed.packed + tsrf_utl::kSlots - 1) / tsrf_utl::kSlots;
+  std::vector<bool> lit(packed.packed);
+  for (std::size_t group = 0; group < groups; ++group) {
+    const std::size_t size = packed.words.size() / groups;
+    std::int32_t any = 0;
+    for (std::size_t i = 0; i < size; ++i) any |= packed.words[group * size + i];
+    for (std::size_t b = group * tsrf_utl::kSlots; b < lit.size(); ++b) {
+      if (b / tsrf_utl::kSlots == group) lit[b] = (any >> (slot_of(b) - 1) & 1) != 0;
+    }
+  }
+  return lit;
+}
+
 void read_mltday(frame::Log& log, frame::Crew& crew, std::int32_t month,
                  const tsrf_module_patch::Data& patch, Data& data, PackedMonth& packed) {
   const frame::Tag tag(log, "(tsrf_module_shade)(read_mltday)");

@@ -47,6 +47,7 @@ class Reader {
   void tell_ends();
   void read_groups();
   void read_group();
+  void check_group(const Numbers& n, const std::array<std::size_t, 5>& place, Group group);
   bool take_place(const Numbers& n, Group& group);
   void check_range(const Numbers& n);
   void check_kinds(const Numbers& n);
@@ -64,16 +65,18 @@ class Reader {
 
 void Reader::read_ends() {
   std::array<std::int32_t, 6> bc{};
-  records_.take({.items = {std::span(bc)},
-                 .echo = {{"B.C. at bound of computational domain"},
-                          {"  iminbc,imaxbc = ", {&bc[0], &bc[1]}},
-                          {"  jminbc,jmaxbc = ", {&bc[2], &bc[3]}},
-                          {"  kminbc,kmaxbc = ", {&bc[4], &bc[5]}}}});
+  const bool read = records_.take({.items = {std::span(bc)},
+                                   .echo = {{"B.C. at bound of computational domain"},
+                                            {"  iminbc,imaxbc = ", {&bc[0], &bc[1]}},
+                                            {"  jminbc,jmaxbc = ", {&bc[2], &bc[3]}},
+                                            {"  kminbc,kmaxbc = ", {&bc[4], &bc[5]}}}});
   const bool periodic = bc[2] == 1 && bc[3] == 1;
-  for (std::size_t side = 0; side < 6; ++side) {
+  for (std::size_t side = 0; side < 6 && read; ++side) {
     if (bc[side] == 0 || bc[side] == 2 || (periodic && side / 2 == 1)) continue;
-    records_.fail(std::string(1, kAxes[side / 2]) + (side % 2 == 0 ? "min" : "max") +
-                  "bc != 0 nor != 2");
+    records_.attempt([&] {
+      records_.fail(std::string(1, kAxes[side / 2]) + (side % 2 == 0 ? "min" : "max") +
+                    "bc != 0 nor != 2");
+    });
   }
   for (std::size_t side = 0; side < 6; ++side) {
     const std::size_t axis = side / 2;
@@ -101,10 +104,15 @@ void Reader::read_groups() {
   records_.take({.items = {&nbdc},
                  .echo = {{"no. of boundary condition : nbdc = ", {&nbdc}}},
                  .rules = {{"nbdc <= 0 ", [&] { return nbdc > 0; }}}});
-  for (std::int32_t n = 0; n < nbdc; ++n) read_group();
+  if (nsx != ns) return;  // told; the groups would not be read as they are meant
+  bool ended = false;
+  for (std::int32_t n = 0; n < nbdc && !ended; ++n) {
+    ended = records_.at_end();  // told by what is read there
+    read_group();
+  }
 }
 
-/// Reads the five records of a group and checks it, unless it is one to be skipped.
+/// Reads the five records of a group.
 void Reader::read_group() {
   Numbers n;
   Group group;
@@ -113,10 +121,17 @@ void Reader::read_group() {
   const std::array<Item, 5> items{std::span<std::int32_t>(n.box), std::span<std::int32_t>(n.kinds),
                                   std::span<double>(n.values), std::span<double>(group.ys),
                                   std::span<double>(n.turbulence)};
+  bool whole = true;
   for (std::size_t record = 0; record < items.size(); ++record) {
-    records_.read({&items[record], 1});
+    whole = records_.read({&items[record], 1}) && whole;
     place[record] = records_.place();
   }
+  if (!whole) return;
+  records_.attempt([&] { check_group(n, place, std::move(group)); });
+}
+
+/// Takes a group that keeps the rules; one of no direction is to be skipped.
+void Reader::check_group(const Numbers& n, const std::array<std::size_t, 5>& place, Group group) {
   records_.blame(place[0]);
   if (!take_place(n, group)) return;
   check_range(n);

@@ -27,7 +27,8 @@ class Reader {
 
   Control read() {
     read_run();
-    records_.read(std::array<Item, 4>{&dtsafe_[0], &dtmax_[0], &dtsafe_[1], &dtmax_[1]});
+    knows_steps_ =
+        records_.read(std::array<Item, 4>{&dtsafe_[0], &dtmax_[0], &dtsafe_[1], &dtmax_[1]});
     steps_place_ = records_.place();
     read_switches();
     settle_steps();
@@ -58,6 +59,7 @@ class Reader {
   Columns dtsafe_{};
   Columns dtmax_{};
   std::size_t steps_place_ = 0;
+  bool knows_steps_ = false;
 };
 
 void Reader::read_run() {
@@ -142,14 +144,16 @@ void Reader::settle_columns() {
   records_.tell(
       std::array<Echo, 2>{{{"safety factor of delta-t : dtsafe = ", {&dtsafe_[0], &dtsafe_[1]}},
                            {"maximal delta-t : dtmax = ", {&dtmax_[0], &dtmax_[1]}}}});
+  if (!knows_steps_) return;
   records_.blame(steps_place_);
-  for (std::size_t column = 0; column < 2; ++column) {
+  const std::size_t columns = c_.implicit() ? 2 : 1;  // else both are the first
+  for (std::size_t column = 0; column < columns; ++column) {
     records_.check(std::array<Rule, 3>{
         {{"dtsafe > 1", [&] { return c_.implicit() || dtsafe_[column] <= 1.0; }},
          {"dtsafe <= 0", [&] { return dtsafe_[column] > 0.0; }},
          {"dtmax <= 0", [&] { return dtmax_[column] > 0.0; }}}});
   }
-  unst_chk_deltt(log_, file_, dtmax_[0], dtmax_[1]);
+  records_.attempt([&] { unst_chk_deltt(log_, file_, dtmax_[0], dtmax_[1]); });
   c_.momentum = {dtsafe_[0], dtmax_[0]};
   c_.scalar = {dtsafe_[1], dtmax_[1]};
   c_.smaller = {std::min(dtsafe_[0], dtsafe_[1]), std::min(dtmax_[0], dtmax_[1])};
@@ -184,8 +188,7 @@ void Reader::read_solvers() {
 }
 
 void Reader::take(const Record& record, bool told) {
-  records_.read(record.items);
-  if (!told) return;
+  if (!records_.read(record.items) || !told) return;
   records_.tell(record.echo);
   records_.check(record.rules);
 }
@@ -199,7 +202,10 @@ void Reader::take_fractions(std::string_view name, std::vector<double>& ys, bool
         .rules = {{words, [&] { return nsx == ns_; }}}},
        told);
   // What is not checked is read all the same, so its number must have sense.
-  if (nsx < 1 || nsx > frame::kMostSpecies) records_.fail(words);
+  if (nsx < 1 || nsx > frame::kMostSpecies) {
+    if (!log_.collects()) records_.fail(words);
+    nsx = ns_;
+  }
   ys.resize(static_cast<std::size_t>(nsx));
   const std::string label = "  mass fraciton ; " + std::string(name);
   const std::string values(name);

@@ -1,5 +1,6 @@
 #include "flow/input/files.hpp"
 
+#include <utility>
 #include <vector>
 
 #include "frame/file_names.hpp"
@@ -16,6 +17,11 @@ constexpr std::array<std::string_view, kFiles> kLabels{
     "initial data (in)        :", "Porous data (in)         :", "SurfTemp data (in)       :",
     "BldLoad data (in)        :", "LAD data (in)            :"};
 constexpr std::array<FileRow, 3> kRequired{kControl, kGrid, kBoundary};
+/// Files that are opened as soon as their names are known.
+constexpr std::array<std::pair<FileRow, int>, 4> kAtOnce{{{kControl, frame::kUnitControl},
+                                                          {kGrid, frame::kUnitGrid},
+                                                          {kBoundary, frame::kUnitBoundary},
+                                                          {kDomain, frame::kUnitDomain}}};
 
 FileNames read_names(frame::TextInput& file) {
   FileNames names;
@@ -48,12 +54,15 @@ FileNames read_file_names(frame::Log& log, frame::UnitTable& units) {
   FileNames names = read_names(units.open_input(log, frame::kUnitFileName, kTable));
   units.close(frame::kUnitFileName);
   for (std::size_t row = 0; row < kFiles; ++row) log.line(kLabels[row], names[row]);
-  for (const FileRow row : kRequired) need_name(log, names, row, true, "for every run");
-  units.open_input(log, frame::kUnitControl, names[kControl]);
-  units.open_input(log, frame::kUnitGrid, names[kGrid]);
-  units.open_input(log, frame::kUnitBoundary, names[kBoundary]);
-  if (!names[kDomain].empty()) units.open_input(log, frame::kUnitDomain, names[kDomain]);
-  check_names(log, units, names);
+  for (const FileRow row : kRequired) {
+    frame::attempt(log, [&] { need_name(log, names, row, true, "for every run"); });
+  }
+  for (const auto& file : kAtOnce) {
+    const std::string& name = names[file.first];
+    if (name.empty()) continue;
+    frame::attempt(log, [&] { units.open_input(log, file.second, name); });
+  }
+  frame::attempt(log, [&] { check_names(log, units, names); });
   return names;
 }
 

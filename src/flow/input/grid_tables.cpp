@@ -41,8 +41,7 @@ std::vector<double> read_nodes(frame::Log& log, frame::TextInput& file, RecordRe
   std::vector<double> nodes;
   frame::allocating(log, "nodes", frame::bytes_of<double>(static_cast<std::size_t>(wanted)),
                     [&] { nodes.resize(static_cast<std::size_t>(wanted)); });
-  records.read_list(nodes);
-  check_increase(records, axis, nodes);
+  if (records.read_list(nodes)) records.attempt([&] { check_increase(records, axis, nodes); });
   return nodes;
 }
 

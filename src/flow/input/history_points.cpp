@@ -33,11 +33,13 @@ HistoryPoints flw_read_hstpnt(frame::Log& log, frame::TextInput& file, const Tri
   history.points.resize(static_cast<std::size_t>(std::min(nhpnt, kMostPoints)));
   std::vector<Item> items;
   for (Triple& point : history.points) items.emplace_back(std::span<std::int32_t>(point));
-  records.take({.items = items,
-                .echo = {{"no. of output history points : nhpnt = ", {&nhpnt}}},
-                .rules = {{frame::items("nhpnt > mhpnt(=", kMostPoints, ")"),
-                           [&] { return nhpnt <= kMostPoints; }}}});
-  for (const Triple& point : history.points) check_point(records, point, cells);
+  const bool read = records.take({.items = items,
+                                  .echo = {{"no. of output history points : nhpnt = ", {&nhpnt}}},
+                                  .rules = {{frame::items("nhpnt > mhpnt(=", kMostPoints, ")"),
+                                             [&] { return nhpnt <= kMostPoints; }}}});
+  for (const Triple& point : history.points) {
+    if (read) records.attempt([&] { check_point(records, point, cells); });
+  }
   return history;
 }
 

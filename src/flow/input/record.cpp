@@ -32,20 +32,22 @@ void append_values(std::string& line, const Item& item) {
 
 }  // namespace
 
-void RecordReader::take(const Record& record) {
-  read(record.items);
+bool RecordReader::take(const Record& record) {
+  if (!read(record.items)) return false;
   tell(record.echo);
   check(record.rules);
+  return true;
 }
 
-void RecordReader::read(std::span<const Item> items) {
-  take_items(items);
-  if (!runs_on()) return;
+bool RecordReader::read(std::span<const Item> items) {
+  if (!take_items(items)) return false;
+  if (!runs_on()) return true;
   const std::size_t behind = file_.tell();
   mark_record();
   log_.line("%%% warning : a record runs on to the next line : file", file_.name() + ",", "line",
             file_.fault_line());
   file_.seek(behind);
+  return true;
 }
 
 void RecordReader::tell(std::span<const Echo> echo) {
@@ -62,21 +64,22 @@ void RecordReader::tell(std::span<const Echo> echo) {
 
 void RecordReader::check(std::span<const Rule> rules) {
   for (const Rule& rule : rules) {
-    if (!rule.holds()) fail(rule.words);
+    attempt([&] {
+      if (!rule.holds()) fail(rule.words);
+    });
   }
 }
 
-void RecordReader::read_list(std::span<double> values) {
+bool RecordReader::read_list(std::span<double> values) {
   const Item item = values;
-  take_items({&item, 1});
+  return take_items({&item, 1});
 }
 
 bool RecordReader::read_if_there(std::span<const Item> items) {
   go_to_record();
   const std::string_view rest = file_.content().substr(place_);
   if (rest.empty() || rest.front() == '&') return false;
-  take_items(items);
-  if (runs_on()) {
+  if (take_items(items) && runs_on()) {
     mark_record();
     fail_read();
   }
@@ -85,12 +88,14 @@ bool RecordReader::read_if_there(std::span<const Item> items) {
 
 void RecordReader::fail_read() { log_.read_error(file_, "### read error : " + title_); }
 
-void RecordReader::take_items(std::span<const Item> items) {
+bool RecordReader::take_items(std::span<const Item> items) {
   go_to_record();
   const frame::ReadStatus status = file_.read_with([&](frame::RecordScanner& scan) {
     return std::ranges::all_of(items, [&](const Item& item) { return take_item(scan, item); });
   });
-  if (status != frame::ReadStatus::ok) fail_read();
+  if (status == frame::ReadStatus::ok) return true;
+  log_.lost_record(file_, "### read error : " + title_);
+  return false;
 }
 
 /// Passes over blank lines, so that `place_` is in the line where the record begins.

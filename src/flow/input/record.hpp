@@ -57,15 +57,17 @@ class RecordReader {
       : log_(log), file_(file), routine_(routine), title_(title) {}
 
   /// Reads, tells and checks one record. One that runs on to a further line is taken with a
-  /// warning: as a short record swallows the next one, that is mostly a value left out.
-  void take(const Record& record);
-  /// The parts of `take`.
-  void read(std::span<const Item> items);
+  /// warning: as a short record swallows the next one, that is mostly a value left out. False when
+  /// it cannot be read, which only a log that collects faults passes over: the items are then as
+  /// they were or in part those of the record.
+  bool take(const Record& record);
+  /// The parts of `take`. All broken rules are told to a log that collects.
+  bool read(std::span<const Item> items);
   void tell(std::span<const Echo> echo);
   void check(std::span<const Rule> rules);
 
   /// A list of values over as many lines as it takes, without a warning.
-  void read_list(std::span<double> values);
+  bool read_list(std::span<double> values);
   /// A record that stands on one line, or is not there: false at the end of the file and in front
   /// of a namelist group.
   bool read_if_there(std::span<const Item> items);
@@ -76,14 +78,27 @@ class RecordReader {
     mark_record();
     log_.read_error(file_, "### data error " + routine_, lines...);
   }
+  /// Does the checks of `work`, which may fail; a log that collects then goes on behind what was
+  /// read. True when there was no fault.
+  template <class Work>
+  bool attempt(Work&& work) {
+    const std::size_t behind = file_.tell();
+    const bool good = frame::attempt(log_, work);
+    if (!good) file_.seek(behind);
+    return good;
+  }
   /// Where the last record stands; `blame` makes it that of the checks that follow.
   [[nodiscard]] std::size_t place() const { return place_; }
   void blame(std::size_t place) { place_ = place; }
+  /// Whether nothing is left in the file.
+  [[nodiscard]] bool at_end() const {
+    return file_.content().find_first_not_of(" \t\r\n", file_.tell()) == std::string_view::npos;
+  }
   /// Ends the run because the next record is not there or cannot be read.
   [[noreturn]] void fail_read();
 
  private:
-  void take_items(std::span<const Item> items);
+  bool take_items(std::span<const Item> items);
   void go_to_record();
   [[nodiscard]] bool runs_on() const;
   void mark_record();
