@@ -5,12 +5,12 @@
 execute_process(COMMAND git -C ${SOURCE} rev-parse --show-prefix
                 OUTPUT_VARIABLE below OUTPUT_STRIP_TRAILING_WHITESPACE
                 RESULT_VARIABLE failed ERROR_QUIET)
-set(COMMIT)
-if(NOT failed AND below STREQUAL "")
+set(COMMIT "")
+if(NOT failed AND "${below}" STREQUAL "")
   execute_process(COMMAND git -C ${SOURCE} describe --always --dirty --exclude=*
                   OUTPUT_VARIABLE COMMIT OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
 endif()
-if(COMMIT STREQUAL "")
+if("${COMMIT}" STREQUAL "")
   set(COMMIT unknown)
 endif()
 configure_file(${TEMPLATE} ${TARGET} @ONLY)
