@@ -67,16 +67,20 @@ void prepare_account(Run& run) {
 void note_account(Run& run, double time) {
   account::Data& data = run.account;
   if (!data.on()) return;
+  run.desk.accounts.start(run.desk.log, kName);
   account::note_patches(run.desk.crew, run.surface.data, data);
   account::note_exchange(run.radiation.raddat, data);
   account::note_rooms(run.buildings.bldng, data);
   if (!data.open) data.from = time;
   data.open = true;
+  run.desk.accounts.end(run.desk.log, kName);
 }
 
-void add_to_account(Run& run, double time, double dt, bool run_ends) {
+namespace {
+
+/// Adds a step to the day.
+void add_step(Run& run, double time, double dt) {
   account::Data& data = run.account;
-  if (!data.on()) return;
   const tsrf_module_patch::Data& patch = run.inputs.patch;
   const tsrf_module_data::Data& state = run.surface.data;
   const Incident& step = run.radiation.incident;
@@ -92,12 +96,26 @@ void add_to_account(Run& run, double time, double dt, bool run_ends) {
     account::add_leaves(crew, patch, run.trees, run.radiation.raddat, radiation, dt, data);
   }
   data.seconds += dt;
-  if (!run_ends && days_behind(time + dt) == days_behind(time)) return;
-  account::add_stored(crew, patch, state, data);
+}
+
+/// Writes the day, and begins another with the next step.
+void close_day(Run& run) {
+  account::Data& data = run.account;
+  account::add_stored(run.desk.crew, run.inputs.patch, run.surface.data, data);
   data.leaf_area = account::leaf_area(run.trees.canopy);
   account::write_day(run.desk.log, run.desk.units.output(frame::kUnitAccount),
                      date_of(run.desk, run.inputs, data.from), data);
   account::clear(data);
+}
+
+}  // namespace
+
+void add_to_account(Run& run, double time, double dt, bool run_ends) {
+  if (!run.account.on()) return;
+  run.desk.accounts.start(run.desk.log, kName);
+  add_step(run, time, dt);
+  if (run_ends || days_behind(time + dt) > days_behind(time)) close_day(run);
+  run.desk.accounts.end(run.desk.log, kName);
 }
 
 }  // namespace tsrf_main01
