@@ -37,9 +37,9 @@ double total(const Data& data, Kind kind, Flow flow) {
 
 void list_arrays(const Data& data, frame::ArrayList& list) {
   if (!data.on()) return;
-  list.add("account", data.lots, data.blocks, data.group_sky, data.group_sent, data.backed,
-           data.panes, data.leaf_patches, data.T0, data.T1, data.JRl, data.JRs, data.houses,
-           data.start, data.exchange, data.leaf_blocks);
+  list.add("account", data.order, data.lots, data.blocks, data.group_sky, data.group_sent,
+           data.backed, data.panes, data.leaf_patches, data.T0, data.T1, data.JRl, data.JRs,
+           data.houses, data.start, data.exchange, data.leaf_blocks);
 }
 
 }  // namespace tsrf_module_account

@@ -93,9 +93,9 @@ enum Flow : std::size_t {
 };
 using Flows = std::array<double, kFlows>;
 
-/// Patches in a row of one kind and role, and of one way of their columns to go forward.
+/// Patches of a block that are of one kind and role, and whose columns go forward in one way.
 struct Lot {
-  std::uint32_t first, last;
+  std::uint32_t first, last;  ///< positions in `order`
   Kind kind;
   Role role;
   bool implicit;
@@ -194,7 +194,8 @@ struct Data {
   std::string settings_place;  ///< where the group stands, for the log
 
   // What does not change in a run.
-  std::vector<Lot> lots;                ///< by patches
+  std::vector<std::uint32_t> order;     ///< patches by lots
+  std::vector<Lot> lots;                ///< by blocks
   std::vector<Block> blocks;            ///< of lots, with the sums of the day
   std::array<double, kKinds> area{};    ///< [m2]
   std::array<double, kKinds> sky{};     ///< area times sky view factor [m2]

@@ -7,16 +7,23 @@ void add_columns(const tsrf_module_patch::Data& patch, const tsrf_module_srfprp:
                  const tsrf_module_data::Data& state, const Radiation& radiation, double dt,
                  Data& data) {
   for (House& house : data.houses) house.walls = house.sun = house.P = house.T = 0.0;
-  for (const Backed& backed : data.backed) {
-    const double T = state.tlyr(backed.patch, backed.last);
-    // The node behind the last cell keeps the room's temperature of the step's start.
-    const double room = state.tlyr(backed.patch, backed.last + 1);
-    const double held = backed.implicit ? T : backed.before;
-    data.flows[backed.kind][kBehind] += backed.conductance * (room - held) * dt;
-    data.flows[backed.kind][kBehindShift] += backed.conductance * (T - held) * dt;
-    if (backed.building < 0) continue;
-    House& house = data.houses[static_cast<std::size_t>(backed.building)];
-    house.walls += backed.conductance * (T - room);
+  for (auto from = data.backed.begin(); from != data.backed.end();) {
+    const Kind kind = from->kind;
+    double behind = 0.0;
+    double shift = 0.0;
+    for (; from != data.backed.end() && from->kind == kind; ++from) {
+      const double T = state.tlyr(from->patch, from->last);
+      // The node behind the last cell keeps the room's temperature of the step's start.
+      const double room = state.tlyr(from->patch, from->last + 1);
+      const double held = from->implicit ? T : from->before;
+      behind += from->conductance * (room - held);
+      shift += from->conductance * (T - held);
+      if (from->building < 0) continue;
+      House& house = data.houses[static_cast<std::size_t>(from->building)];
+      house.walls += from->conductance * (T - room);
+    }
+    data.flows[kind][kBehind] += behind * dt;
+    data.flows[kind][kBehindShift] += shift * dt;
   }
   for (const Pane& pane : data.panes) {
     const std::size_t p = pane.patch;
@@ -39,7 +46,8 @@ void add_stored(frame::Crew& crew, const tsrf_module_patch::Data& patch,
       for (std::int32_t k = 1; k <= state.mzg; ++k) {
         const auto now = state.tlyr.row(k);
         const auto before = data.start.row(k);
-        for (std::size_t p = lot.first; p < lot.last; ++p) {
+        for (std::size_t i = lot.first; i < lot.last; ++i) {
+          const std::size_t p = data.order[i];
           if (k > state.nlyr[p]) continue;
           stored +=
               patch.area[p] * state.dzl(p, k - 1) * state.capa(p, k - 1) * (now[p] - before[p]);

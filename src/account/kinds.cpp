@@ -1,6 +1,8 @@
 // The patches of the account by kind and role, and what of them does not change in a run.
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <tuple>
 
 #include "account/patches.hpp"
 #include "surface/conduction.hpp"
@@ -48,43 +50,57 @@ bool is_implicit(const tsrf_module_data::Data& state, std::size_t p, double dt) 
   return largest * dt > solid1d::kExplicitLimit;
 }
 
+/// Adds a patch to what is known of its kind, and to those with something behind them.
+void enter(const Town& town, std::size_t p, const Lot& lot, Data& data) {
+  const double area = town.patch.area[p];
+  data.area[lot.kind] += area;
+  data.sky[lot.kind] += area * town.state.skyvf0[p];
+  if (lot.kind == kGround || lot.kind == kRoof || lot.kind == kWater) {
+    data.plan += area * std::max(0.0, town.patch.nz[p]);
+  }
+  if (lot.role == Role::leaves) data.leaf_patches.push_back(static_cast<std::uint32_t>(p));
+  if (lot.role != Role::balanced) return;
+  data.balanced[lot.kind] = true;
+  const std::int32_t last = town.state.nlyr[p];
+  if (!(town.state.gcond(p, last) > 0.0)) return;
+  data.backed.push_back({.patch = static_cast<std::uint32_t>(p),
+                         .last = last,
+                         .building = town.lyrstrct.building[p],
+                         .kind = lot.kind,
+                         .implicit = lot.implicit,
+                         .conductance = area * town.state.gcond(p, last),
+                         .before = 0.0});
+}
+
 void sort_into_lots(const Town& town, double dt, Data& data) {
   const std::size_t patches = town.state.lcal.size();
+  const auto key = [](const Lot& lot) { return std::tuple(lot.kind, lot.role, lot.implicit); };
+  std::vector<Lot> of(patches);
   for (std::size_t p = 0; p < patches; ++p) {
     const Kind kind = kind_of(town, p);
     const Role role = role_of(town, p, kind);
-    const bool implicit = role == Role::balanced && is_implicit(town.state, p, dt);
-    if (p % kBlock == 0) {
-      data.blocks.push_back({.first_lot = data.lots.size(), .last_lot = data.lots.size()});
-    }
-    Block& block = data.blocks.back();
-    const bool goes_on = block.last_lot > block.first_lot && data.lots.back().kind == kind &&
-                         data.lots.back().role == role && data.lots.back().implicit == implicit;
-    if (!goes_on) {
-      const auto first = static_cast<std::uint32_t>(p);
-      data.lots.push_back({first, first, kind, role, implicit});
-      block.last_lot = data.lots.size();
-    }
-    data.lots.back().last = static_cast<std::uint32_t>(p + 1);
-
-    data.area[kind] += town.patch.area[p];
-    data.sky[kind] += town.patch.area[p] * town.state.skyvf0[p];
-    data.balanced[kind] = data.balanced[kind] || role == Role::balanced;
-    if (kind == kGround || kind == kRoof || kind == kWater) {
-      data.plan += town.patch.area[p] * std::max(0.0, town.patch.nz[p]);
-    }
-    if (role == Role::leaves) data.leaf_patches.push_back(static_cast<std::uint32_t>(p));
-    const std::int32_t last = town.state.nlyr[p];
-    if (role == Role::balanced && town.state.gcond(p, last) > 0.0) {
-      data.backed.push_back({.patch = static_cast<std::uint32_t>(p),
-                             .last = last,
-                             .building = town.lyrstrct.building[p],
-                             .kind = kind,
-                             .implicit = implicit,
-                             .conductance = town.patch.area[p] * town.state.gcond(p, last),
-                             .before = 0.0});
-    }
+    of[p] = {0, 0, kind, role, role == Role::balanced && is_implicit(town.state, p, dt)};
+    enter(town, p, of[p], data);
   }
+  data.order.resize(patches);
+  std::iota(data.order.begin(), data.order.end(), 0U);
+  for (std::size_t first = 0; first < patches; first += kBlock) {
+    const std::size_t last = std::min(first + kBlock, patches);
+    const auto begin = data.order.begin();
+    std::stable_sort(begin + static_cast<std::ptrdiff_t>(first),
+                     begin + static_cast<std::ptrdiff_t>(last),
+                     [&](std::uint32_t a, std::uint32_t b) { return key(of[a]) < key(of[b]); });
+    data.blocks.push_back({.first_lot = data.lots.size()});
+    for (std::size_t n = first; n < last; ++n) {
+      const Lot& lot = of[data.order[n]];
+      if (n == first || key(lot) != key(data.lots.back())) {
+        data.lots.push_back({static_cast<std::uint32_t>(n), 0, lot.kind, lot.role, lot.implicit});
+      }
+      data.lots.back().last = static_cast<std::uint32_t>(n + 1);
+    }
+    data.blocks.back().last_lot = data.lots.size();
+  }
+  std::ranges::stable_sort(data.backed, {}, &Backed::kind);
 }
 
 void list_panes(const Town& town, Data& data) {

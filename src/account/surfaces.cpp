@@ -42,7 +42,8 @@ Flows add_balanced(const Fields& f, const Lot& lot) {
   double beam = 0.0, light = 0.0, longwave = 0.0, absorbed_light = 0.0, absorbed_long = 0.0;
   double emission = 0.0, source = 0.0, convection = 0.0, latent = 0.0, conduction = 0.0;
   double implicit = 0.0;
-  for (std::size_t p = lot.first; p < lot.last; ++p) {
+  for (std::size_t n = lot.first; n < lot.last; ++n) {
+    const std::size_t p = f.data.order[n];
     const auto row = static_cast<std::size_t>(f.row[p]);
     const double A = f.area[p];
     const double T = T0[p];
@@ -79,7 +80,8 @@ Flows add_balanced(const Fields& f, const Lot& lot) {
 /// Patches without a balance; those of leaves give the exchange what the canopy left.
 Flows add_held(const Fields& f, const Lot& lot) {
   Flows flows{};
-  for (std::size_t p = lot.first; p < lot.last; ++p) {
+  for (std::size_t n = lot.first; n < lot.last; ++n) {
+    const std::size_t p = f.data.order[n];
     const auto row = static_cast<std::size_t>(f.row[p]);
     const double A = f.area[p];
     const double ems = A * f.properties.ems[row];
