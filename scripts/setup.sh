@@ -13,7 +13,9 @@ command -v node >/dev/null && command -v npm >/dev/null || page_packages+=(nodej
 view_test_packages=(python3-xarray python3-netcdf4 python3-vtk9 chromium)
 test_packages=("${build_packages[@]}" "${case_packages[@]}" "${view_packages[@]}"
                "${page_packages[@]}" "${view_test_packages[@]}" libgtest-dev libbenchmark-dev gzip)
-check_packages=(clang-format clang-tidy git)
+check_packages=(clang-format clang-tidy git mandoc mkdocs mkdocs-material)
+# For the packages of Debian and the fresh system that tries them (scripts/try_package).
+package_packages=(dpkg-dev lintian debootstrap)
 # The fuzz and benchmark targets are optional; only a full check builds the benchmarks.
 
 # Installs with apt those of the given packages that are not there. On a system without apt it

@@ -51,7 +51,7 @@ TEST(CaseCourtyard, GroundInItIsCoolerAtNoonThanOpenGround) {
                "most_days = 3\n[rays]\nrays = 256\n[grid]\nmargin = 30\n");
   const std::string site = folder.path("site.toml"), output = folder.path("run");
   const std::vector<const char*> words{"townskin_case", site.c_str(), "-o", output.c_str()};
-  const Options options = read_options(static_cast<int>(words.size()), words.data());
+  const Options options = read_options(static_cast<int>(words.size()), words.data(), "");
   Report report;
   std::ostringstream screen;
   make_case(options, cut_city, report, {screen});

@@ -230,7 +230,7 @@ Options command(const std::string& line) {
   std::vector<std::string> words = run_case::fields_of(line);
   std::vector<const char*> arguments{"townskin_case"};
   for (const std::string& word : words) arguments.push_back(word.c_str());
-  return read_options(static_cast<int>(arguments.size()), arguments.data());
+  return read_options(static_cast<int>(arguments.size()), arguments.data(), "");
 }
 
 TEST(CaseOptions, WinOverTheSiteFile) {

@@ -7,6 +7,7 @@
 
 #include "make_case.hpp"
 #include "scene/cut.hpp"
+#include "townskin_version.hpp"
 
 namespace {
 
@@ -22,7 +23,7 @@ void tell(const townskin_case::Report& report) {
 int main(int argc, char** argv) {
   using namespace townskin_case;
   try {
-    const Options options = read_options(argc, argv);
+    const Options options = read_options(argc, argv, townskin_version::line("townskin_case"));
     if (!options.to_print.empty()) {
       std::cout << options.to_print;
       return 0;

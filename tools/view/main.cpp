@@ -4,13 +4,13 @@
 #include <filesystem>
 #include <iostream>
 
-#include "commit.hpp"
 #include "csv/write_csv.hpp"
 #include "fault.hpp"
 #include "flow/flow_run.hpp"
 #include "options.hpp"
 #include "run/run_model.hpp"
 #include "stage.hpp"
+#include "townskin_version.hpp"
 #include "vtk/write_vtk.hpp"
 #include "why/why.hpp"
 #ifdef TOWNSKIN_VIEW_NETCDF
@@ -24,12 +24,6 @@ namespace {
 
 using namespace townskin_view;
 constexpr int kFault = 2;
-
-/// Version and, where it is known, the commit.
-std::string version() {
-  const std::string commit = TOWNSKIN_COMMIT;
-  return TOWNSKIN_VERSION + (commit.empty() ? "" : " (commit " + commit + ")");
-}
 
 /// Parts that this program may be built without.
 void check_parts(const Options& options) {
@@ -68,7 +62,9 @@ void write_surfaces(const Options& options, Stage& stage) {
   if (!options.why.empty()) answer = in_words(run, explain(run, read_question(options.why)));
 #ifdef TOWNSKIN_VIEW_NETCDF
   if (!options.netcdf.empty()) {
-    write_netcdf(run, {TOWNSKIN_VERSION, TOWNSKIN_COMMIT, options.command},
+    write_netcdf(run,
+                 {std::string(townskin_version::kVersion), std::string(townskin_version::kCommit),
+                  options.command},
                  stage.file(options.netcdf, kMark, is_own_netcdf(options.netcdf)));
   }
 #endif
@@ -104,7 +100,7 @@ std::string write_flow(const Options& options, bool beside_surfaces, Stage& stag
 
 int main(int argc, char** argv) {
   try {
-    const Options options = read_options(argc, argv, version());
+    const Options options = read_options(argc, argv, townskin_version::line("townskin_view"));
     if (!options.to_print.empty()) {
       std::cout << options.to_print;
       return 0;

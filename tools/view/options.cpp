@@ -33,7 +33,7 @@ Options read_options(int argc, const char* const* argv, const std::string& versi
   app.add_option("--why", options.why, "why a patch is so hot then")->type_name("PID@HOUR");
   app.add_flag("--force", options.force, "replace files that are not of townskin_view");
   app.add_flag("--quantities", show_quantities, "print the table of quantities");
-  app.add_flag("--version", show_version, "print the version");
+  app.add_flag("--version", show_version, "print version, commit and compiler");
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -42,7 +42,7 @@ Options read_options(int argc, const char* const* argv, const std::string& versi
   } catch (const CLI::ParseError& fault) {
     throw Fault(std::string(fault.what()) + " (--help tells the flags)");
   }
-  if (show_version) options.to_print = "townskin_view " + version + "\n";
+  if (show_version) options.to_print = version + "\n";
   if (show_quantities) options.to_print = quantities_table();
   if (!options.to_print.empty()) return options;
   if (options.run.empty()) throw Fault("a run directory is wanted (--help tells the flags)");

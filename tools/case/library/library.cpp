@@ -177,8 +177,9 @@ std::string shipped_library(const std::string& name) {
   namespace fs = std::filesystem;
   std::error_code none;
   const fs::path program = fs::read_symlink("/proc/self/exe", none);
-  for (const fs::path& folder : {program.parent_path().parent_path() / "share/townskin/library",
-                                 fs::path(TOWNSKIN_LIBRARY)}) {
+  for (const fs::path& folder :
+       {program.parent_path().parent_path() / "share/townskin/library", fs::path(TOWNSKIN_LIBRARY),
+        fs::path(TOWNSKIN_INSTALLED_LIBRARY)}) {
     if (fs::exists(folder / name, none)) return (folder / name).string();
   }
   return name;  // reading it tells that it is not there

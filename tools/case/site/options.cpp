@@ -16,7 +16,7 @@ struct Flags {
   std::optional<std::int64_t> rays, seed, threads;
 };
 
-void declare(CLI::App& app, Flags& flags, Options& options) {
+void declare(CLI::App& app, Flags& flags, Options& options, const std::string& version) {
   const CLI::Range angle(-90.0, 90.0);
   app.add_option("site", flags.site_file, "Site file (TOML); flags win over it");
   app.add_option("--buildings", flags.buildings,
@@ -55,7 +55,7 @@ void declare(CLI::App& app, Flags& flags, Options& options) {
       ->check(CLI::Range(0, 4096));
   app.add_flag("--strict", options.strict, "What cannot be repaired ends the work");
   app.add_flag("--force", options.force, "Replace an older run");
-  app.set_version_flag("--version", TOWNSKIN_VERSION);
+  app.set_version_flag("--version", version, "Print version, commit and compiler");
 }
 
 template <class Value, class Given>
@@ -97,18 +97,18 @@ void apply(const Flags& flags, Site& site) {
 
 }  // namespace
 
-Options read_options(int argc, const char* const* argv) {
+Options read_options(int argc, const char* const* argv, const std::string& version) {
   Options options;
   Flags flags;
   CLI::App app("townskin_case: from the data of a city to a run of townskin", "townskin_case");
-  declare(app, flags, options);
+  declare(app, flags, options, version);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
     options.to_print = app.help();
     return options;
-  } catch (const CLI::CallForVersion& version) {
-    options.to_print = version.what() + std::string("\n");
+  } catch (const CLI::CallForVersion&) {
+    options.to_print = version + "\n";
     return options;
   } catch (const CLI::ParseError& error) {
     throw Fault(error.what());

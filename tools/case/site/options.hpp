@@ -16,7 +16,8 @@ struct Options {
   std::string to_print;  ///< help or version: nothing is to be done but to print it
 };
 
-/// Reads the arguments and the site file. Faults of either are Fault.
-Options read_options(int argc, const char* const* argv);
+/// Reads the arguments and the site file; `version` is what --version prints. Faults of either are
+/// Fault.
+Options read_options(int argc, const char* const* argv, const std::string& version);
 
 }  // namespace townskin_case

@@ -1,0 +1,11 @@
+complete -c townskin_view -f
+complete -c townskin_view -s h -l help -d 'Print a short help'
+complete -c townskin_view -l version -d 'Print version, commit and compiler'
+complete -c townskin_view -a '(__fish_complete_directories)'
+complete -c townskin_view -s o -l page -r -d 'Page to write'
+complete -c townskin_view -l netcdf -r -d 'NetCDF file to write'
+complete -c townskin_view -l vtk -r -d 'Folder for ParaView'
+complete -c townskin_view -l csv -r -d 'Folder for tables'
+complete -c townskin_view -l why -x -d 'Why a patch is so hot, PID@HOUR'
+complete -c townskin_view -l force -d 'Replace other files'
+complete -c townskin_view -l quantities -d 'Print the table of quantities'
