@@ -15,7 +15,6 @@ using moist_air::kAirHeat;
 using moist_air::kLatentHeat;
 using tsrf_module_bldng::Budget;
 
-constexpr double kGasConstant = 287.0459881231874;  // of dry air [J/kg K]
 constexpr double kSecondsPerHour = 3600.0;
 
 std::int32_t group_of_pos(std::int32_t pos) { return pos == 1 ? 1 : 2; }
@@ -177,19 +176,14 @@ double air_capacity(const Room& room, double P) {
   return room.floor * room.area * room.HEIGHT * (P * kAirHeat / (kGasConstant * room.Tr));
 }
 
-/// The period of operation that holds clock time `h` [h].
-enum class Operation { free, pull_down, steady };
-Operation operation_at(double h, const tsrf_module_aircon::Period& period) {
-  constexpr double kSlack = 1e-5;  // [h]
-  if (period.startup + kSlack < h && period.end + kSlack > h) return Operation::steady;
-  if (period.start + kSlack < h && period.startup + kSlack > h) return Operation::pull_down;
-  return Operation::free;
-}
-
 /// Hour of the day, 0 up to 24.
 double hour_of_day(double time) {
   const double h = std::fmod(time / kSecondsPerHour, 24.0);
   return h < 0.0 ? h + 24.0 : h;
+}
+
+const tsrf_module_aircon::Period& period_at(double h, const tsrf_module_aircon::RunTable& runs) {
+  return runs.at(static_cast<std::size_t>(h));
 }
 
 }  // namespace
@@ -199,9 +193,17 @@ std::int32_t release_group(std::int32_t BldCD) {
   return kGroups.at(static_cast<std::size_t>(BldCD - 1));
 }
 
+Operation operation_at(double time, const tsrf_module_aircon::RunTable& runs) {
+  constexpr double kSlack = 1e-5;  // [h]
+  const double h = hour_of_day(time);
+  const tsrf_module_aircon::Period& period = period_at(h, runs);
+  if (period.startup + kSlack < h && period.end + kSlack > h) return Operation::steady;
+  if (period.start + kSlack < h && period.startup + kSlack > h) return Operation::pull_down;
+  return Operation::free;
+}
+
 void cal_rmtmp(double time, double dt, const tsrf_module_aircon::RunTable& runs, const Sums& sums,
                Room& room) {
-  constexpr double kSolarToAir = 0.3;  // the rest warms the slab
   const double T = sums.T / sums.A;
   const double Qs = room.area * room.HTRNS *
                     ((room.Tr - room.Tm) * room.acflr + (1.0 - room.acflr) * (T - room.Tm));
@@ -209,14 +211,13 @@ void cal_rmtmp(double time, double dt, const tsrf_module_aircon::RunTable& runs,
   room.L -= room.floor * Qs;
 
   const double capacity = air_capacity(room, sums.P / sums.A);
-  const double h = hour_of_day(time + dt);
-  const tsrf_module_aircon::Period& period = runs.at(static_cast<std::size_t>(h));
-  const Operation operation = operation_at(h, period);
+  const Operation operation = operation_at(time + dt, runs);
   room.f = operation != Operation::free;
   if (operation == Operation::steady) {
     room.Tr = room.rmtmp;
   } else if (operation == Operation::pull_down) {
-    const double hours_left = std::max(period.startup - h, 0.0);
+    const double h = hour_of_day(time + dt);
+    const double hours_left = std::max(period_at(h, runs).startup - h, 0.0);
     const double step = dt / kSecondsPerHour;
     const double weight = step / (hours_left + step);
     const double next = weight * room.rmtmp + (1.0 - weight) * room.Tr;

@@ -91,6 +91,17 @@ struct Room {
   bool f;     ///< out: the plant runs
 };
 
+inline constexpr double kSolarToAir = 0.3;  ///< of the sun in a room; the rest warms the slab
+inline constexpr double kGasConstant = 287.0459881231874;  ///< of dry air [J/kg K]
+
+/// What a plant does in the step that ends at `time` [s]: by clock and run table alone.
+enum class Operation : std::uint8_t {
+  free,       ///< nothing
+  pull_down,  ///< brings the room to its set point
+  steady      ///< holds it there
+};
+[[nodiscard]] Operation operation_at(double time, const tsrf_module_aircon::RunTable& runs);
+
 /// Advances room and slab by `dt` [s] from `time` [s]. Clock and run table alone decide whether the
 /// room is held at its set point, pulled down to it, or runs free. Right sides take Tr and Tm from
 /// before the step.

@@ -19,8 +19,9 @@ std::int64_t estimate(const tsrf_main01::Run& run) {
   const std::int64_t state = (4 + 6 + 3 + 8 + 2) * 8 + 2 * 4;     // per patch, whatever its column
   const std::int64_t columns = 7 * (cells + 1) * 8;               // tlyr, tprev, gcond, ...
   const std::int64_t radiation = (5 + 5 + 4) * 8 + 2 * 4;         // fluxes, work, two Sun blocks
+  const std::int64_t account = run.account.on() ? (cells + 3) * 8 : 0;
   const std::int64_t exchange = groups * 12 * 8 + table * 5 / 4;  // while it is gathered
-  return patches * (list + state + columns + radiation) + exchange;
+  return patches * (list + state + columns + radiation + account) + exchange;
 }
 
 }  // namespace

@@ -135,6 +135,7 @@ void read_file_table(Log& log, UnitTable& units, ubx_module_filnam::Data& filnam
   const Tag tag(log, "(read_file_table)");
   TextInput& file = units.input(kUnitFileName);
   const FileNames names = read_names(log, file);
+  filnam.names.assign(names.begin(), names.end());
   check_names(log, names);
   for (const int unit : kOpenedAtStart) open_row(log, units, unit, names);
   ubx_module_filnam::inputdata(log, file, units.input(kUnitControl), filnam);

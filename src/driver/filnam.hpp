@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "frame/log.hpp"
 #include "frame/unit_table.hpp"
@@ -45,6 +46,7 @@ struct Data {
   std::array<std::int32_t, 6> DATE0{1, 1, 1, 0, 0, 0};  ///< date of model time 0
   std::int32_t loaded_month = 0;                        ///< 0: none yet
   std::array<Row, kRows> rows;
+  std::vector<std::string> names;  ///< those of all files, in the order of `file_name`
 };
 
 /// Reads both groups; without DIR_NAME only `dated` is settled.

@@ -48,6 +48,7 @@ void report_memory(const Run& run) {
   tsrf_module_bldng::list_arrays(run.buildings.bldng, list);
   tsrf_building::list_arrays(run.buildings.rooms, list);
   list_results(run.results, list);
+  tsrf_module_account::list_arrays(run.account, list);
   frame::report_memory(run.desk.log, list);
 }
 

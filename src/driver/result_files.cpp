@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 #include <vector>
 
 #include "frame/file_names.hpp"
@@ -26,7 +27,8 @@ struct File {
 /// Gathers the files of a run.
 class Files {
  public:
-  Files(const UnitTable& units, const FileNames& names, const ubx_module_filnam::Data& filnam)
+  Files(const UnitTable& units, std::span<const std::string> names,
+        const ubx_module_filnam::Data& filnam)
       : units_(units), names_(names), filnam_(filnam) {
     add_month(filnam.MONTHS[0], true);
     add("log", "log0000", "log0000", true);
@@ -73,7 +75,7 @@ class Files {
   }
 
   const UnitTable& units_;
-  const FileNames& names_;
+  std::span<const std::string> names_;
   const ubx_module_filnam::Data& filnam_;
   std::vector<File> files_;
 };
@@ -103,6 +105,19 @@ void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
   }
 }
 
+void check_account_name(Log& log, const UnitTable& units, const ubx_module_filnam::Data& filnam,
+                        const std::string& place) {
+  const std::string own = identity(units.path_of("account"));
+  const Files files(units, filnam.names, filnam);
+  for (const File& file : files.all()) {
+    if (own.empty() || identity(file.path) != own) continue;
+    attempt(log, [&] {
+      log.fail(place, "### error : data error", "account (out) = account",
+               "it must not be the name of another file : " + file.kind);
+    });
+  }
+}
+
 void report_results(Log& log, const UnitTable& units) {
   const std::vector<UnitTable::Written> written = units.written();
   for (const FileRow& row : kFileTable) {
@@ -120,6 +135,9 @@ void report_results(Log& log, const UnitTable& units) {
       }
     }
     if (none) log.line("%%%", title(row), ": no rows");
+  }
+  for (const UnitTable::Written& file : written) {
+    if (file.unit == kUnitAccount) log.line("%%% account =", file.name, ":", file.rows, "rows");
   }
 }
 

@@ -21,6 +21,12 @@ namespace frame {
 void check_outputs(Log& log, const UnitTable& units, const FileNames& names,
                    const ubx_module_filnam::Data& filnam);
 
+/// The unit of the energy account, which is no line of `file_name`.
+inline constexpr int kUnitAccount = 41;
+/// The same for the energy account, whose group stands at `place` and whose name is fixed.
+void check_account_name(Log& log, const UnitTable& units, const ubx_module_filnam::Data& filnam,
+                        const std::string& place);
+
 /// Tells the log each result file and the rows that the run wrote into it, or that it wrote none.
 void report_results(Log& log, const UnitTable& units);
 

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "account/account.hpp"
 #include "buildings/aircon.hpp"
 #include "buildings/bldcmm.hpp"
 #include "buildings/bldng.hpp"
@@ -112,6 +113,7 @@ struct Radiation {
   tsrf_module_phydat::Data phydat;
   tsrf_module_raddat::Data raddat;
   tsrf_module_shade::Data shade;
+  tsrf_module_phydat::SkyFluxes sky;  ///< of the step
   Incident incident;
   rad_admin::Work work;
 };
@@ -148,6 +150,7 @@ struct Run {
   jmk::Trees trees;
   Buildings buildings;
   Results results;
+  tsrf_module_account::Data account;
   progress::Data progress;
 };
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "driver/account_step.hpp"
 #include "driver/daily_residual.hpp"
 #include "driver/rad_admin.hpp"
 #include "driver/step_results.hpp"
@@ -196,6 +197,8 @@ bool tsrf_admin(Run& run, std::int64_t iter, double time, double dtmax) {
   if (buildings) set_room_schedules(run.desk, run.inputs, run.buildings, step);
   set_shade_and_water(run.desk, run.inputs, run.surface, run.radiation, step);
   const Sky sky = set_sky(run.desk, run.inputs, run.radiation, step);
+  run.radiation.sky = sky.fluxes;
+  note_account(run, time);
   report_sky(run.desk, run.inputs, run.results, iter, step, sky);
 
   timed(run.desk, "rad_admin", [&] {

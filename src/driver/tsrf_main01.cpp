@@ -6,6 +6,7 @@
 #include <cmath>
 #include <string>
 
+#include "driver/account_step.hpp"
 #include "driver/start_up.hpp"
 #include "driver/step_results.hpp"
 #include "driver/terminal_line.hpp"
@@ -57,6 +58,7 @@ void march(Run& run, const Start& start) {
     tsrf_prep_monthly(run, time);
     const bool kconv = tsrf_admin(run, iter, time, dt);
     const bool lend = exists(stop_file) || kconv || iter == run.inputs.control.itere;
+    add_to_account(run, time, dt, lend);
     time += dt;
     write_closed_month(run, iter, time, lend);
     if (at_day_end(time) || lend) {
@@ -147,6 +149,7 @@ void tsrf_main01(Run& run) {
   tsrf_prep_monthly(run, kBeforeTheRun);
   tsrf_dummyb(run.desk.log, run.desk.units.input(frame::kUnitPorous),
               {run.inputs.size.mx, run.inputs.size.my, run.inputs.size.mz}, run.inputs.porous);
+  prepare_account(run);
   run.desk.accounts.start(run.desk.log, "total");
   if (start.iteration <= run.inputs.control.itere) march(run, start);
   run.desk.accounts.end(run.desk.log, "total");

@@ -1,6 +1,7 @@
 // tsrf_prep_init: brings up every module. The order is a requirement: later steps use what earlier
 // ones read, and it settles which of several faults a user sees first.
 #include "buildings/wall_structure.hpp"
+#include "driver/account_step.hpp"
 #include "driver/start_up.hpp"
 #include "inputs/lyrstrct.hpp"
 #include "results/restart.hpp"
@@ -26,6 +27,8 @@ void read_settings(Run& run) {
   tsrf_module_wtrtmp::inputdata(log, control, run.inputs.wtrtmp);
   tsrf_module_jumoku::inputdata(log, control, run.trees.canopy.settings);
   tsrf_module_io::inputdata(log, control, run.results.io);
+  tsrf_module_account::inputdata(log, control, run.account);
+  check_account_name(run);
 }
 
 void read_surfaces(Desk& desk, Inputs& inputs, Surface& surface, const jmk::Trees& trees) {

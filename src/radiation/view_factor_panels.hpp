@@ -60,6 +60,13 @@ struct ViewFactors {
     for (auto& panel : wide) each_of(panel, take);
   }
 
+  /// The same of a table that is only looked at.
+  template <class Take>
+  void each(Take&& take) const {
+    for (const auto& panel : narrow) each_of(panel, take);
+    for (const auto& panel : wide) each_of(panel, take);
+  }
+
   /// Bytes of the table.
   [[nodiscard]] std::size_t bytes() const {
     std::size_t sum = 0;
@@ -69,12 +76,12 @@ struct ViewFactors {
   }
 
  private:
-  template <class Index, class Take>
-  static void each_of(Panel<Index>& panel, Take& take) {
+  template <class OnePanel, class Take>
+  static void each_of(OnePanel& panel, Take& take) {
     for (std::size_t s = 0; s < panel.slices(); ++s) {
       const auto destinations = panel.destinations(s);
       for (std::size_t k = panel.first[s]; k < panel.first[s + 1]; ++k) {
-        Octet<Index>& octet = panel.octets[k];
+        auto& octet = panel.octets[k];
         for (std::size_t lane = 0; lane < kAbreast; ++lane) {
           if (octet.factor[lane] == 0.0F) continue;
           take(std::size_t{destinations[lane]}, panel.first_source + octet.source[lane],
