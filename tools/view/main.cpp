@@ -89,9 +89,8 @@ std::string write_flow(const Options& options, bool beside_surfaces, Stage& stag
   }
   const FlowSets sets = write_vtk_flow(run, options.vtk, stage);
   if (sets.count > 0) return sets.note.empty() && !run.notes.empty() ? run.notes[0] : sets.note;
-  std::string none =
-      "there are no fields of the flow: " +
-      (sets.note.empty() ? "its restart file is not there or empty" : sets.note);
+  std::string none = "there are no fields of the flow: " +
+                     (sets.note.empty() ? "its restart file is not there or empty" : sets.note);
   if (!beside_surfaces) throw Fault(options.run + ": " + none);
   return none;
 }
