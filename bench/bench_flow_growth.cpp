@@ -101,12 +101,22 @@ void by_two_hands(benchmark::State& state) {
   state.counters["two"] = each * together;
   state.counters["ratio"] = alone / together;
 }
+/// Small boxes take more steps.
 void hands(benchmark::internal::Benchmark* of) {
-  of->ArgName("cells")->Arg(32)->Arg(64)->Arg(128);
-  of->Iterations(6)->Unit(benchmark::kMillisecond);
+  of->ArgName("cells")->Unit(benchmark::kMillisecond);
 }
-BENCHMARK_TEMPLATE(by_two_hands, Swirls)->Apply(hands);
-BENCHMARK_TEMPLATE(by_two_hands, sample::City)->Apply(hands);
+BENCHMARK_TEMPLATE(by_two_hands, Swirls)->Apply(hands)->DenseRange(8, 32, 8)->Iterations(100);
+BENCHMARK_TEMPLATE(by_two_hands, Swirls)->Apply(hands)->Arg(48)->Arg(64)->Arg(128)->Iterations(12);
+BENCHMARK_TEMPLATE(by_two_hands, sample::City)
+    ->Apply(hands)
+    ->DenseRange(16, 32, 16)
+    ->Iterations(50);
+BENCHMARK_TEMPLATE(by_two_hands, sample::City)
+    ->Apply(hands)
+    ->Arg(48)
+    ->Arg(64)
+    ->Arg(128)
+    ->Iterations(12);
 
 /// Three vectors of 64 MB: `read` takes them, `triad` writes the first from the others; `sums` is
 /// what stays in the nearest cache, multiplied and added. GB/s (a triad counts what is read before

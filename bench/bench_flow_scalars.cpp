@@ -81,7 +81,7 @@ BENCHMARK(properties)->Unit(benchmark::kMillisecond);
 void density(benchmark::State& state) {
   WarmSwirls& x = swirls();
   for ([[maybe_unused]] auto turn : state)
-    flow::flw_clrho(x.run.crew, x.run.settings, x.run.grid, false, x.run.state);
+    flow::set_density(x.run.crew, x.run.settings, x.run.grid, x.run.state);
 }
 BENCHMARK(density)->Unit(benchmark::kMillisecond);
 

@@ -39,7 +39,7 @@ Swirls& swirls() {
 /// Everything that a step does but the pressure solve.
 void step(Swirls& x) {
   flow::Run& run = x.run;
-  flow::flw_clrho(run.crew, run.settings, run.grid, true, run.state);
+  flow::flw_clrho(run.crew, run.settings, run.grid, run.state);
   flow::flw_clprop(run.crew, run.settings.species, run.state);
   run.state.dt = flow::flw_cldelt(run.crew, run.settings.control, run.work.metrics, run.openings,
                                   run.state, run.work.scratch);
@@ -125,7 +125,7 @@ void density_and_limit(benchmark::State& state) {
   Swirls& x = swirls();
   flow::Run& run = x.run;
   for ([[maybe_unused]] auto turn : state) {
-    flow::flw_clrho(run.crew, run.settings, run.grid, true, run.state);
+    flow::flw_clrho(run.crew, run.settings, run.grid, run.state);
     flow::flw_clprop(run.crew, run.settings.species, run.state);
     benchmark::DoNotOptimize(flow::flw_cldelt(run.crew, run.settings.control, run.work.metrics,
                                               run.openings, run.state, run.work.scratch));

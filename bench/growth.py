@@ -72,27 +72,28 @@ COLOURS = {"start [ns a view factor]": "#1b6ca8", "step [ns a patch]": "#b3541e"
            "sweep [ns a view factor]": "#3a7d44"}
 
 
-def plot(rows):
-    """Each cost over the sizes, against that of the smallest: level lines mean linear growth."""
+def plot(rows, colours, note, ticks, value_of):
+    """Values over the sizes, which are the first of a row; `ticks` are those of the level lines."""
     import math
     width, height, left, base = 640, 300, 60, 250
-    low, high = math.log(rows[0]["patches"]), math.log(rows[-1]["patches"])
+    size = next(iter(rows[0]))
+    low, high = math.log(rows[0][size]), math.log(rows[-1][size])
     x_of = lambda n: left + (math.log(n) - low) / max(high - low, 1e-9) * 380
-    y_of = lambda ratio: base - ratio * 90
+    y_of = lambda value: base - value * 180 / ticks[-1]
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" '
              'font-family="sans-serif" font-size="12">',
              f'<rect width="{width}" height="{height}" fill="white"/>']
-    for ratio in (0, 1, 2):
-        y = y_of(ratio)
+    for tick in ticks:
+        y = y_of(tick)
         parts.append(f'<path d="M{left} {y:.0f}H440" stroke="#ccc"/>'
-                     f'<text x="{left - 8}" y="{y + 4:.0f}" text-anchor="end">{ratio}</text>')
+                     f'<text x="{left - 8}" y="{y + 4:.0f}" text-anchor="end">{tick}</text>')
     for row in rows:
-        parts.append(f'<text x="{x_of(row["patches"]):.0f}" y="{base + 18}" text-anchor="middle">'
-                     f'{row["patches"]:,}</text>')
-    parts.append(f'<text x="250" y="{base + 38}" text-anchor="middle">patches</text>'
-                 f'<text x="{left - 40}" y="24">cost by the piece, the smallest district as 1</text>')
-    for n, (name, colour) in enumerate(COLOURS.items()):
-        points = [(x_of(row["patches"]), y_of(row[name] / rows[0][name])) for row in rows]
+        parts.append(f'<text x="{x_of(row[size]):.0f}" y="{base + 18}" text-anchor="middle">'
+                     f'{row[size]:,}</text>')
+    parts.append(f'<text x="250" y="{base + 38}" text-anchor="middle">{size}</text>'
+                 f'<text x="{left - 40}" y="24">{note}</text>')
+    for n, (name, colour) in enumerate(colours.items()):
+        points = [(x_of(row[size]), y_of(value_of(row, name))) for row in rows]
         line = " ".join(f"{x:.1f},{y:.1f}" for x, y in points)
         parts.append(f'<polyline points="{line}" fill="none" stroke="{colour}" stroke-width="2"/>')
         parts += [f'<circle cx="{x:.1f}" cy="{y:.1f}" r="3" fill="{colour}"/>' for x, y in points]
@@ -111,7 +112,9 @@ def main():
     rows = [measure(townskin, made(given.directory, streets)) for streets in given.streets]
     print(table(rows))
     if given.plot:
-        given.plot.write_text(plot(rows))
+        # Level lines mean linear growth.
+        given.plot.write_text(plot(rows, COLOURS, "cost by the piece, the smallest district as 1",
+                                   (0, 1, 2), lambda row, name: row[name] / rows[0][name]))
 
 
 if __name__ == "__main__":

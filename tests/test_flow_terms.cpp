@@ -34,8 +34,14 @@ struct RandomBox {
     for (auto* set : {&velocities.cell, &velocities.face, &state.ru, &rim.inner}) {
       for (Field& field : *set) field = filled(-1.0, 1.0);
     }
-    for (Field& inner : rim.inner) {
+    for (std::size_t a = 0; a < 3; ++a) {
+      Field& inner = rim.inner[a];
       for (double& value : inner.all()) value = draw.chance(0.2) ? 0.0 : draw(0.1, 1.0);
+      const std::size_t row = grid.box.extent(0);
+      for (std::size_t place = row; place < inner.all().size(); place += row) {
+        if (draw.chance(0.5)) std::copy_n(inner.data(), row, inner.data() + place);
+      }
+      rim.inner_rows[a] = flow::EqualRows(inner);
     }
     state.mu = filled(0.1, 1.0);
     state.mut = filled(0.0, 3.0);
@@ -221,6 +227,7 @@ TEST(FlowTerms, StepAndMonitorsOfAKnownFlow) {
   EXPECT_EQ(found.velocity.cell, (Triple{4, 1, 1}));
   EXPECT_EQ(found.mut.cell, (Triple{2, 69, 1}));
   x.run.openings.fluid(2, 69, 1) = 0;
+  x.run.openings.note_equal_rows();
   EXPECT_NEAR(dt(), 0.5 / rate, 1e-12);
   x.run.state.p(3, 33, 1) = NAN;
   EXPECT_FALSE(flow::take_monitors(x.run.crew, run.openings.fluid, run.state, false).finite);

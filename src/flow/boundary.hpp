@@ -89,8 +89,9 @@ void settle_mixture(Group& group, const Species& species);
 
 /// Spreads the groups over the faces: of two groups on a face the later holds; a block holds every
 /// face between a fluid and another cell, and both sides of a closed face between two fluid cells,
-/// within it or on its surface, never an end of the domain. Faces of an axis with one cell take no
-/// part. Reads the fluid flags and the fractions of the faces.
+/// within it or on its surface; of the ends of the domain only a periodic one, where the cells of
+/// the other end stand beyond. Faces of an axis with one cell take no part. Reads the fluid flags
+/// and the fractions of the faces.
 BoundaryFaces list_faces(const Boundary& boundary, const Openings& openings);
 
 /// A face that its fraction closes lets nothing through: where its group would, a slip wall takes
@@ -98,8 +99,9 @@ BoundaryFaces list_faces(const Boundary& boundary, const Openings& openings);
 void close_faces(const Openings& openings, Boundary& boundary, BoundaryFaces& faces);
 
 /// Each face of a fluid cell towards a cell that is not, an open end or a closed face (a plate
-/// among them) has a condition, and none stands on a symmetric or periodic end. The first offence,
-/// in cell order (k outer; faces -x +x -y +y -z +z), ends the run.
+/// among them) has a condition, also across a periodic end, and no other face of a symmetric or
+/// periodic end has one. The first offence, in cell order (k outer; faces -x +x -y +y -z +z), ends
+/// the run.
 void flw_prep_ckbnd1(frame::Log& log, const Boundary& boundary, const Openings& openings,
                      const BoundaryFaces& faces);
 

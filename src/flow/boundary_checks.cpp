@@ -52,15 +52,18 @@ void check_face(frame::Log& log, const Boundary& boundary, const Openings& openi
   const std::int32_t n = fluid.box().n[axis];
   const bool at_end = side == 0 ? cell[axis] == 1 : cell[axis] == n;
   const Held::Answer found = held.at(axis, cell, side);
-  if (at_end && boundary.ends[axis][side] != End::open) {
+  const End end = at_end ? boundary.ends[axis][side] : End::open;
+  Triple beyond = cell;
+  beyond[axis] += side == 0 ? -1 : 1;
+  const Triple face = side == 0 ? beyond : cell;
+  if (end == End::periodic) beyond[axis] = side == 0 ? n : 1;
+  const bool shut = fluid(beyond[0], beyond[1], beyond[2]) <= 0 ||
+                    openings.gm[axis](face[0], face[1], face[2]) < kClosedFace;
+  if (end == End::symmetric || (end == End::periodic && !shut)) {
     if (found.own) refuse(log, "no boundary condition can be specified at", axis, side, cell);
     return;
   }
-  Triple beyond = cell;
-  beyond[axis] += side == 0 ? -1 : 1;
-  const Triple& face = side == 0 ? beyond : cell;
-  const bool closed = at_end || fluid(beyond[0], beyond[1], beyond[2]) <= 0 ||
-                      openings.gm[axis](face[0], face[1], face[2]) < kClosedFace || found.any;
+  const bool closed = at_end || shut || found.any;
   if (closed && !found.own) refuse(log, "no boundary condition specified at", axis, side, cell);
 }
 

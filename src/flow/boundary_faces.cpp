@@ -33,10 +33,11 @@ void for_cells(const Triple& first, const Triple& last, Use&& use) {
 /// and above it; 0: none. A face is named by the cell below.
 class Holders {
  public:
-  Holders(const Openings& openings, int axis)
+  Holders(const Openings& openings, int axis, bool wraps)
       : fluid_(openings.fluid),
         open_(openings.gm[static_cast<std::size_t>(axis)]),
         axis_(axis),
+        wraps_(wraps),
         below_(fluid_.box(), 0),
         above_(fluid_.box(), 0) {}
 
@@ -85,18 +86,24 @@ class Holders {
   void enter_block(const Group& group, std::int32_t number) {
     const auto [first, last] = cells_below(group);
     for_cells(first, last, [&](const Triple& face) {
-      if (along(face) == 0 || along(face) == end()) return;
-      const bool below = fluid_at(face);
-      const bool above = fluid_at(moved(face, axis_, 1));
+      const bool first_end = along(face) == 0;
+      const bool last_end = along(face) == end();
+      if ((first_end || last_end) && !wraps_) return;
+      // Beyond a periodic end stand the cells of the other one.
+      const Triple lower = first_end ? moved(face, axis_, end()) : face;
+      const Triple under = last_end ? moved(face, axis_, -end()) : face;
+      const bool below = fluid_at(lower);
+      const bool above = fluid_at(moved(under, axis_, 1));
       if (below && above && open_(face[0], face[1], face[2]) >= kClosedFace) return;
-      if (below) below_(face[0], face[1], face[2]) = number;
-      if (above) above_(face[0], face[1], face[2]) = number;
+      if (below) below_(lower[0], lower[1], lower[2]) = number;
+      if (above) above_(under[0], under[1], under[2]) = number;
     });
   }
 
   const Flags& fluid_;
   const Field& open_;  // fractions of the faces
   int axis_;
+  bool wraps_;  // the axis is periodic
   Flags below_, above_;
 };
 
@@ -128,7 +135,7 @@ BoundaryFaces list_faces(const Boundary& boundary, const Openings& openings) {
   BoundaryFaces faces;
   for (int axis = 0; axis < 3; ++axis) {
     if (!fluid.box().computed(axis)) continue;
-    Holders holders(openings, axis);
+    Holders holders(openings, axis, axis == 1 && boundary.periodic_y());
     for (std::size_t g = 0; g < boundary.groups.size(); ++g) {
       holders.enter(boundary.groups[g], static_cast<std::int32_t>(g) + 1);
     }

@@ -54,9 +54,8 @@ void set_density(frame::Crew& crew, const Settings& settings, const GridTables& 
       });
 }
 
-void flw_clrho(frame::Crew& crew, const Settings& settings, const GridTables& grid, bool opens_step,
-               State& state) {
-  if (opens_step) std::swap(state.r[1], state.r[0]);
+void flw_clrho(frame::Crew& crew, const Settings& settings, const GridTables& grid, State& state) {
+  std::swap(state.r[1], state.r[0]);
   set_density(crew, settings, grid, state);
 }
 

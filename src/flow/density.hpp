@@ -31,10 +31,8 @@ AirColumn state_column(const Settings& settings, const GridTables& grid);
 /// level 1, halos of the computed axes included.
 void set_density(frame::Crew& crew, const Settings& settings, const GridTables& grid, State& state);
 
-/// flw_clrho: with `opens_step`, the first call of a step, level 2 first takes what level 1 was;
-/// then set_density. Reads t, ys, pt; writes r.
-void flw_clrho(frame::Crew& crew, const Settings& settings, const GridTables& grid, bool opens_step,
-               State& state);
+/// flw_clrho: level 2 takes what level 1 was, then set_density. Reads t, ys, pt; writes r.
+void flw_clrho(frame::Crew& crew, const Settings& settings, const GridTables& grid, State& state);
 
 /// Density of the air that enters with the values of a group at the place `x` of its face.
 double density_of(const Group& group, const AirColumn& column, const Vector& x, double pt);

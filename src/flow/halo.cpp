@@ -9,20 +9,6 @@ namespace flow {
 
 namespace {
 
-/// A layer across an axis takes `sign` times the values of another one.
-struct LayerCopy {
-  std::int32_t to, from;
-  double sign;
-};
-
-/// The copies of an axis, one behind the other.
-struct LayerCopies {
-  std::array<LayerCopy, 8> list{};
-  std::size_t count = 0;
-
-  void add(const LayerCopy& copy) { list[count++] = copy; }
-};
-
 /// Layers along `axis`, over the whole extent of the other two, halos included. A line of cells
 /// along the axis takes part in no other.
 void copy_layers(frame::Crew& crew, Field& field, int axis, const LayerCopies& copies) {
@@ -34,7 +20,7 @@ void copy_layers(frame::Crew& crew, Field& field, int axis, const LayerCopies& c
   const auto start = [&](std::int32_t layer) {
     return static_cast<std::size_t>(layer + kHalo - 1) * box.stride(axis);
   };
-  const auto used = std::span(copies.list).first(copies.count);
+  const auto used = copies.used();
   crew.each(box.extent(outer), shared_rows(count), [&](std::size_t o) {
     double* const row = field.data() + o * box.stride(outer);
     if (axis == 0) {  // all layers of a line are near
@@ -84,10 +70,30 @@ LayerCopies face_layers(std::int32_t n, const std::array<End, 2>& ends) {
   return copies;
 }
 
+/// The copies of the face field of `axis` across another one or itself.
+LayerCopies layers_of_faces(const Box& box, const Ends& ends, int axis, int across) {
+  const auto a = static_cast<std::size_t>(across);
+  return across == axis ? face_layers(box.n[a], ends[a]) : cell_layers(box.n[a], ends[a], false);
+}
+
 }  // namespace
 
-void fill_halos(frame::Crew& crew, Field& field, const Ends& ends, int odd_axis) {
-  for (int axis = 0; axis < 3; ++axis) {
+LayerCopies row_ends(const Box& box, const Ends& ends, bool odd) {
+  return box.computed(0) ? cell_layers(box.n[0], ends[0], odd) : LayerCopies{};
+}
+
+LayerCopies face_row_ends(const Box& box, const Ends& ends, int axis) {
+  return box.computed(0) ? layers_of_faces(box, ends, axis, 0) : LayerCopies{};
+}
+
+void fill_row_ends(const LayerCopies& copies, double* row) {
+  for (const auto& [to, from, sign] : copies.used()) {
+    row[std::ptrdiff_t{to} - 1] = sign * row[std::ptrdiff_t{from} - 1];
+  }
+}
+
+void fill_halos(frame::Crew& crew, Field& field, const Ends& ends, int odd_axis, int first) {
+  for (int axis = first; axis < 3; ++axis) {
     const Box& box = field.box();
     if (!box.computed(axis)) continue;
     const auto a = static_cast<std::size_t>(axis);
@@ -95,14 +101,11 @@ void fill_halos(frame::Crew& crew, Field& field, const Ends& ends, int odd_axis)
   }
 }
 
-void fill_face_halos(frame::Crew& crew, Field& field, int axis, const Ends& ends) {
-  for (int across = 0; across < 3; ++across) {
+void fill_face_halos(frame::Crew& crew, Field& field, int axis, const Ends& ends, int first) {
+  for (int across = first; across < 3; ++across) {
     const Box& box = field.box();
     if (!box.computed(across)) continue;
-    const auto a = static_cast<std::size_t>(across);
-    copy_layers(
-        crew, field, across,
-        across == axis ? face_layers(box.n[a], ends[a]) : cell_layers(box.n[a], ends[a], false));
+    copy_layers(crew, field, across, layers_of_faces(box, ends, axis, across));
   }
 }
 

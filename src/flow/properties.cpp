@@ -47,6 +47,14 @@ void set_transport(const Species& species, std::size_t place, std::size_t count,
                   state.ys[1].data() + place, moles, state.dif.data() + place);
 }
 
+/// One gas whose specific heat does not change with its temperature, and has been set before.
+bool heat_stands(const Species& species, const State& state) {
+  if (state.ys.size() != 1) return false;
+  const auto& a = species.acpk[0];
+  return std::all_of(a.begin() + 1, a.end(), [](double factor) { return factor == 0.0; }) &&
+         state.cp(1, 1, 1) == state.ys[0](1, 1, 1) * a[0];
+}
+
 }  // namespace
 
 double viscosity(const Species& species, double T) {
@@ -66,6 +74,8 @@ double diffusivity(const Species& species, std::size_t s, double y, double moles
 void flw_clprop(frame::Crew& crew, const Species& species, State& state) {
   // A constant stands from the first call on.
   const bool stands = !species.sutherland && state.mu(1, 1, 1) == species.mu;
+  const bool sets_heat = !state.cp.empty() && !heat_stands(species, state);
+  if (stands && !sets_heat) return;
   share_wide_rows(crew, state.t.box(), [&](std::size_t place, std::size_t count, auto, auto) {
     if (!species.sutherland && !stands) {
       std::fill_n(state.mu.data() + place, count, species.mu);
@@ -75,7 +85,7 @@ void flw_clprop(frame::Crew& crew, const Species& species, State& state) {
         state.mu[c] = viscosity(species, state.t[c]);
       }
     }
-    if (state.cp.empty()) return;
+    if (!sets_heat) return;
     for (std::size_t i = 0; i < count; i += kBlock) {
       set_transport(species, place + i, std::min(kBlock, count - i), state);
     }

@@ -129,6 +129,7 @@ Rim make_rim(const Boundary& boundary, const BoundaryFaces& faces, const Opening
                                         [](double open) { return open > 0.0 && open < 1.0; });
     for (const auto& face : faces.of[a]) rim.inner[a][face.face] = 0.0;
     if (boundary.ends[a][0] == End::periodic) fill_face_halos(rim.inner[a], axis, boundary.ends);
+    rim.inner_rows[a] = EqualRows(rim.inner[a]);
     for (const std::int32_t side : {-1, 1}) {
       if (boundary.ends[a][side < 0 ? 0 : 1] != End::symmetric) continue;
       list_symmetric_end(openings, axis, side, rim);

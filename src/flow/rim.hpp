@@ -38,8 +38,9 @@ struct FaceRange {
 struct Rim {
   /// Open fraction of a face between two cells of fluid, else 0; beyond a periodic end as within.
   std::array<Field, 3> inner;
-  std::array<bool, 3> partly{};  ///< some face of the axis is open in part
-  std::vector<Group> groups;     ///< those of the boundary, and a slip wall behind them
+  std::array<EqualRows, 3> inner_rows;  ///< by which kernels read it
+  std::array<bool, 3> partly{};         ///< some face of the axis is open in part
+  std::vector<Group> groups;            ///< those of the boundary, and a slip wall behind them
   /// By axis, in the order of their cells; `group` points into `groups`.
   std::array<std::vector<BoundaryFace>, 3> faces;
   std::array<std::vector<std::size_t>, 3> row_start;  ///< first face of each row of cells, and all
@@ -51,6 +52,10 @@ struct Rim {
   std::vector<std::size_t> closed_cells;                 ///< not fluid
   std::array<std::vector<std::size_t>, 3> closed_faces;  ///< neither inner nor with a condition
 
+  /// `inner` from a place on to the end of its row, for kernels.
+  [[nodiscard]] const double* inner_from(std::size_t axis, std::size_t place) const {
+    return inner_rows[axis].from(inner[axis], place);
+  }
   /// The faces of the cells of some rows, numbered from 0, k outer.
   [[nodiscard]] FaceRange of_rows(std::size_t axis, std::size_t first, std::size_t last) const {
     const auto& start = row_start[axis];

@@ -13,8 +13,9 @@
 
 namespace flow {
 
-/// Cells of a stretch: some ten microseconds of work, which is what waking a hand takes.
-inline constexpr std::size_t kSharedCells = 4096;
+/// Cells of a stretch: some microseconds of work, about what waking a hand takes. Measured with
+/// bench_flow_growth: longer ones cost boxes of 24 to 48 cells a side what sharing gains.
+inline constexpr std::size_t kSharedCells = 2048;
 
 /// Rows of `length` cells that make a stretch.
 inline std::size_t shared_rows(std::size_t length) {

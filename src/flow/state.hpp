@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "flow/box.hpp"
+#include "flow/equal_rows.hpp"
 
 namespace flow {
 
@@ -21,10 +22,29 @@ struct Openings {
   Flags fluid;              ///< iobs: > 0: a cell of fluid
   Field gmc;                ///< volume; 1 in cells that are not fluid, so that it divides anywhere
   std::array<Field, 3> gm;  ///< faces x, y, z (gmx, gmy, gmz); below 1e-20 a face is closed
+  EqualRows fluid_rows, gmc_rows;  ///< by which kernels read these; see note_equal_rows
+  std::array<EqualRows, 3> gm_rows;
 
   Openings() = default;
   explicit Openings(const Box& box)
       : fluid(box, 1), gmc(box, 1.0), gm{Field(box, 1.0), Field(box, 1.0), Field(box, 1.0)} {}
+
+  /// To be called when all fractions are final.
+  void note_equal_rows() {
+    fluid_rows = EqualRows(fluid);
+    gmc_rows = EqualRows(gmc);
+    for (std::size_t a = 0; a < 3; ++a) gm_rows[a] = EqualRows(gm[a]);
+  }
+  /// The rest of a row, for kernels.
+  [[nodiscard]] const std::int32_t* fluid_from(std::size_t place) const {
+    return fluid_rows.from(fluid, place);
+  }
+  [[nodiscard]] const double* gmc_from(std::size_t place) const {
+    return gmc_rows.from(gmc, place);
+  }
+  [[nodiscard]] const double* gm_from(std::size_t axis, std::size_t place) const {
+    return gm_rows[axis].from(gm[axis], place);
+  }
 };
 
 struct State {

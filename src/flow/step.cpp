@@ -45,8 +45,8 @@ double momentum_step(const Run& run) {
   return control.implicit() ? control.momentum.dtmax : run.state.dt;
 }
 
-/// Temperature and species, and the density that they leave: level 2 stays that of the step before,
-/// so that the continuity equation sees what warming does to the air.
+/// Temperature and species, and the density that they leave: level 2 becomes that of the step
+/// before, so that the continuity equation sees what warming does to the air.
 void temperature_and_species(frame::Log& log, frame::Accounts& accounts, Run& run) {
   const auto& control = run.settings.control;
   State& state = run.state;
@@ -56,7 +56,7 @@ void temperature_and_species(frame::Log& log, frame::Accounts& accounts, Run& ru
   sld_cltsld();
   const double dt = control.implicit() ? control.scalar.dtmax : state.dt;
   flw_cldtdt(log, domain_of(run), dt, run.work.scalars, run.work.system, state);
-  flw_clrho(run.crew, run.settings, run.grid, false, state);
+  flw_clrho(run.crew, run.settings, run.grid, state);
   accounts.end(log, "temperature");
 }
 
@@ -106,6 +106,7 @@ void prepare(frame::Log& log, Run& run) {
       if (run.settings.species.count() > 1) run.state.dif = Field(box);
     }
     work.metrics = make_metrics(run.grid);
+    run.openings.note_equal_rows();
     work.rim = make_rim(run.boundary, run.faces, run.openings);
     work.momentum = make_momentum(log, domain_of(run));
     work.turbulence = make_turbulence(log, domain_of(run));
@@ -129,7 +130,8 @@ void put_normal_fluxes(Run& run) {
 void advance(frame::Log& log, frame::Accounts& accounts, Run& run) {
   const auto& control = run.settings.control;
   State& state = run.state;
-  flw_clrho(run.crew, run.settings, run.grid, true, state);
+  // The density that temperatures left stands until they change.
+  if (!control.itemp) flw_clrho(run.crew, run.settings, run.grid, state);
   flw_clprop(run.crew, run.settings.species, state);
   eddy_viscosity(log, accounts, run);
   state.dt = flw_cldelt(run.crew, control, run.work.metrics, run.openings, state, run.work.scratch);

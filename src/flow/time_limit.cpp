@@ -14,6 +14,7 @@ namespace {
 struct Faces {
   const double* ru;
   const double* open;
+  const double* open_below;
   std::size_t s;
 };
 
@@ -24,9 +25,9 @@ template <class Row>
 FLOW_INLINE void add_rate(std::size_t count, const Faces& at, const double* diffusion,
                           Row inv_width, Row narrow, double* __restrict rate) {
   for (std::size_t i = 0; i < count; ++i) {
-    const double below = std::fabs(at.ru[i - at.s] * at.open[i - at.s]);
+    const double below = std::fabs(at.ru[i - at.s] * at.open_below[i]);
     const double above = std::fabs(at.ru[i] * at.open[i]);
-    const double open = larger(at.open[i - at.s], at.open[i]);
+    const double open = larger(at.open_below[i], at.open[i]);
     rate[i] +=
         larger(below, above) * inv_width[i] + diffusion[i] * (open / (narrow[i] * narrow[i]));
   }
@@ -79,15 +80,16 @@ double flw_cldelt(frame::Crew& crew, const Control& control, const Metrics& metr
     for (int axis = 0; axis < 3; ++axis) {
       if (!box.computed(axis)) continue;
       const auto a = static_cast<std::size_t>(axis);
-      const Faces at{state.ru[a].data() + place, openings.gm[a].data() + place, box.stride(axis)};
+      const std::size_t s = box.stride(axis);
+      const Faces at{state.ru[a].data() + place, openings.gm_from(a, place),
+                     openings.gm_from(a, place - s), s};
       if (axis == 0) {
         add_along(n, at, diffusion, metrics[0], rate);
       } else {
         add_across(n, at, diffusion, metrics[a], axis == 1 ? j : k, rate);
       }
     }
-    keep_largest(n, openings.fluid.data() + place, rate, state.r[0].data() + place,
-                 row_of(hand, 2));
+    keep_largest(n, openings.fluid_from(place), rate, state.r[0].data() + place, row_of(hand, 2));
   });
   double largest = 0.0;
   for (std::size_t hand = 0; hand < crew.hands(); ++hand) {

@@ -23,6 +23,14 @@ void bundle_rows(const AmgMerge& merge, AmgLevel& level) {
 
 }  // namespace
 
+void note_equal_rows(AmgLevel& level, std::vector<Bytes> others) {
+  for (const Floats* vector :
+       {&level.c[0], &level.c[1], &level.c[2], &level.beyond, &level.inverse}) {
+    others.push_back(std::as_bytes(std::span(*vector)));
+  }
+  level.ways = ways_to_equal_rows(others, level.size() / level.stride, level.stride);
+}
+
 AmgLevel sized_level(const Triple& cells) {
   AmgLevel level;
   level.n = cells;

@@ -22,6 +22,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "flow/equal_rows.hpp"
 #include "flow/linear/amg_grid.hpp"
 #include "flow/linear/values.hpp"
 
@@ -45,6 +46,9 @@ struct AmgLevel {
   Floats beyond;            ///< what the diagonal has beyond the couplings
   Floats inverse;           ///< 1/diagonal; 0 outside the system
   Floats z, r;              ///< correction and right side
+  /// For each row of cells, how many slots before it the row begins that stands for it where the
+  /// passes read the matrix: the first with the same numbers (equal_rows.hpp).
+  std::vector<std::ptrdiff_t> ways;
   Floats between;  ///< natural rows: right side from the finer level, then the correction for it
 
   std::array<AmgMerge, 3> merge;                    ///< to the next coarser level
@@ -76,6 +80,9 @@ void each_cell_slot(const AmgLevel& level, Work&& work) {
     }
   }
 }
+
+/// Sets `ways`: rows with the same matrix, and the same in `others`, which have its slots.
+void note_equal_rows(AmgLevel& level, std::vector<Bytes> others = {});
 
 /// The sizes of a level, without its arrays.
 AmgLevel sized_level(const Triple& cells);

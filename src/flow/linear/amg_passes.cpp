@@ -11,13 +11,16 @@ struct HalfRow {
   std::size_t here = 0;
   std::size_t back = 0, ahead = 0;  ///< along x
   std::size_t south = 0, north = 0, below = 0, above = 0;
+  /// The same for what the matrix has there, in the rows that stand for these.
+  std::size_t of_here = 0, of_ahead = 0, of_north = 0, of_above = 0;
 };
 
 /// `part` 0: even i.
 inline HalfRow half_row(const AmgLevel& m, std::size_t j, std::size_t k, std::size_t part) {
   const auto ny = static_cast<std::size_t>(m.n[1]);
   const auto nz = static_cast<std::size_t>(m.n[2]);
-  const std::size_t row = m.stride * (j + ny * k);
+  const std::size_t number = j + ny * k;
+  const std::size_t row = m.stride * number;
   const std::size_t layer = m.stride * ny;
   const std::size_t odd = m.odd();
   HalfRow h;
@@ -28,6 +31,11 @@ inline HalfRow half_row(const AmgLevel& m, std::size_t j, std::size_t k, std::si
   h.north = j + 1 < ny ? h.here + m.stride : h.here + m.stride - layer;
   h.below = k > 0 ? h.here - layer : h.here + layer * (nz - 1);
   h.above = k + 1 < nz ? h.here + layer : h.here - layer * (nz - 1);
+  const auto way = [&](std::size_t of) { return static_cast<std::size_t>(m.ways[of]); };
+  h.of_here = h.here - way(number);
+  h.of_ahead = h.ahead - way(number);
+  h.of_north = h.north - way(j + 1 < ny ? number + 1 : number + 1 - ny);
+  h.of_above = h.above - way(k + 1 < nz ? number + ny : number - ny * (nz - 1));
   return h;
 }
 

@@ -49,11 +49,14 @@ void collect(const AmgSystem& system, std::array<float, kAmgLanes> AmgRowSums::*
   }
 }
 
-/// Bundles of rows of a level that make a stretch.
-std::size_t stretch_of(const AmgLevel& level) {
+/// Bundles of rows of a level that make a stretch. The hands meet at every layer: what they take
+/// has to be worth it, and small layers stay with the caller.
+std::size_t stretch_of(const frame::Crew& crew, const AmgLevel& level) {
   constexpr std::size_t kCells = 2048;  // of one layer; a turn goes through several
+  const std::size_t bundles = level.bundles.size() - 1;
   const std::size_t cells = static_cast<std::size_t>(level.n[0]) * level.rows.size();
-  return std::max<std::size_t>(kCells * (level.bundles.size() - 1) / cells, 1);
+  if (cells <= 2 * kCells) return bundles;
+  return std::max<std::size_t>({kCells * bundles / cells, bundles / (2 * crew.hands()), 1});
 }
 
 /// The way down of one level; `sums` are those of the finest.
@@ -62,7 +65,7 @@ void go_down(frame::Crew& crew, AmgSystem& system, std::size_t l, const AmgStep&
   const auto layers = static_cast<std::size_t>(level.n[2]);
   const std::size_t turns = turns_down(level, step.alone);
   for (std::size_t turn = 0; turn < turns; ++turn) {
-    crew.share(level.bundles.size() - 1, stretch_of(level), [&](frame::Crew::Stretch part) {
+    crew.share(level.bundles.size() - 1, stretch_of(crew, level), [&](frame::Crew::Stretch part) {
       system.passes.down(level, system.coarser(l), step,
                          {turn, part.first, part.last, system.row_sums.data()});
     });
@@ -76,7 +79,7 @@ void go_up(frame::Crew& crew, AmgSystem& system, std::size_t l, float* w) {
   AmgLevel& level = system.levels[l];
   const auto before = static_cast<std::size_t>(level.sweeps) + 1;
   for (std::size_t turn = 0; turn < turns_up(level); ++turn) {
-    crew.share(level.bundles.size() - 1, stretch_of(level), [&](frame::Crew::Stretch part) {
+    crew.share(level.bundles.size() - 1, stretch_of(crew, level), [&](frame::Crew::Stretch part) {
       system.passes.up(level, system.coarser(l), w,
                        {turn, part.first, part.last, system.row_sums.data()});
     });

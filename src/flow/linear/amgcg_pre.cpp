@@ -58,6 +58,7 @@ void make_levels(AmgGrid grid, AmgSystem& system) {
     grid = coarsen(grid, limit, merges.emplace_back());
     if (grid.size() <= kFewCells) break;
     system.levels.push_back(make_amg_level(grid));
+    note_equal_rows(system.levels.back());
   }
   system.last = sized_level(grid.n);
   system.direct = AmgDirect(grid);
@@ -82,6 +83,15 @@ void make_exact(const AmgGrid& grid, AmgSystem& system) {
   });
 }
 
+void note_finest_rows(AmgSystem& system) {
+  const AmgExact& exact = system.exact;
+  std::vector<Bytes> others{std::as_bytes(std::span(exact.weight))};
+  for (const Values* vector : {&exact.c[0], &exact.c[1], &exact.c[2], &exact.d}) {
+    others.push_back(std::as_bytes(std::span(*vector)));
+  }
+  note_equal_rows(system.finest(), std::move(others));
+}
+
 }  // namespace
 
 void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid,
@@ -95,6 +105,7 @@ void flw_amgcg_pre(frame::Log& log, const FiveBlocks& blocks, const Flags& fluid
       const auto [i, j, k] = index_of(fluid.box(), place);
       system.exact.weight[system.finest().slot(i, j, k)] = 0.0F;
     }
+    note_finest_rows(system);
     make_levels(std::move(grid), system);
     for (Floats* vector : {&system.x, &system.p, &system.s, &system.w}) {
       vector->assign(system.finest().size(), 0.0F);

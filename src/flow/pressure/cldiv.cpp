@@ -11,10 +11,11 @@ namespace {
 struct Faces {
   const double* ru;
   const double* open;
+  const double* open_below;
   std::size_t s;
 
   [[nodiscard]] FLOW_INLINE double balance(std::size_t i) const {
-    return open[i] * ru[i] - open[i - s] * ru[i - s];
+    return open[i] * ru[i] - open_below[i] * ru[i - s];
   }
 };
 
@@ -48,16 +49,18 @@ void flw_cldiv(frame::Crew& crew, const GridTables& grid, const Openings& openin
   share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     Row row{};
     for (std::size_t a = 0; a < 3; ++a) {
-      row.faces[a] = {&state.ru[a][place], &openings.gm[a][place], box.stride(static_cast<int>(a))};
+      const std::size_t s = box.stride(static_cast<int>(a));
+      row.faces[a] = {&state.ru[a][place], openings.gm_from(a, place),
+                      openings.gm_from(a, place - s), s};
     }
     row.dx = dx;
     row.dy = grid.axis[1].dx(j);
     row.dz = grid.axis[2].dx(k);
     row.rate = 1.0 / dt;
-    row.gmc = &openings.gmc[place];
+    row.gmc = openings.gmc_from(place);
     row.r1 = &state.r[0][place];
     row.r2 = &state.r[1][place];
-    row.fluid = &openings.fluid[place];
+    row.fluid = openings.fluid_from(place);
     set_row(n, row, &div[place]);
     if (source == nullptr) return;
     for (std::size_t i = 0; i < n; ++i) {

@@ -104,12 +104,13 @@ std::size_t advance_scalars(frame::Log& log, const Domain& domain, const State& 
     for (const ScalarStep& step : steps) solve_scalar(log, domain, state, dt, step, implicit);
   }
   const auto n = static_cast<std::size_t>(domain.grid.box.n[0]);
+  const LayerCopies ends = row_ends(domain.grid.box, domain.boundary.ends, false);
   std::atomic<std::size_t> bad = steps.size();
   share_rows(domain.crew, domain.grid.box, [&](std::size_t place, std::int32_t, std::int32_t) {
     for (std::size_t v = 0; v < steps.size(); ++v) {
       const ScalarStep& step = steps[v];
       const Row row{state.r[0].data() + place,
-                    domain.openings.gmc.data() + place,
+                    domain.openings.gmc_from(place),
                     step.by.advected.dqdt->data() + place,
                     row_of(step.sink, place),
                     row_of(step.factor, place),
@@ -118,10 +119,14 @@ std::size_t advance_scalars(frame::Log& log, const Domain& domain, const State& 
                     step.least,
                     step.most,
                     step.holds};
-      if (bring_forward(n, row, solved, step.q->data() + place)) keep_first(v, bad);
+      double* const q = step.q->data() + place;
+      if (bring_forward(n, row, solved, q)) keep_first(v, bad);
+      fill_row_ends(ends, q);
     }
   });
-  for (const ScalarStep& step : steps) fill_halos(domain.crew, *step.q, domain.boundary.ends);
+  for (const ScalarStep& step : steps) {
+    fill_halos(domain.crew, *step.q, domain.boundary.ends, -1, 1);
+  }
   return bad;
 }
 

@@ -147,6 +147,7 @@ void flw_cldtdt(frame::Log& log, const Domain& domain, double dt, Scalars& work,
   const std::array<Transported, 2> all{steps[0].by, steps[1].by};
   transport(log, domain, state, std::span(all).first(count), Tendency::begins, work.rows);
   add_heat(domain, state, work);
+  set_frictions(domain, state, work.wet);
   add_wall_heat(domain, state, steps[0], work.wet);
   if (damp) {
     add_vapour(domain.crew, state, work);

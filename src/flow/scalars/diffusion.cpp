@@ -71,7 +71,7 @@ void flw_cldif0(const Metrics& metrics, const Rim& rim, const Field& mut, const 
                 by.molecular->data() + row.place,
                 mut.data() + row.place,
                 by.capacity == nullptr ? nullptr : by.capacity->data() + row.place,
-                rim.inner[a].data() + row.place,
+                rim.inner_from(a, row.place),
                 q.box().stride(row.axis),
                 by.part,
                 by.turbulent};

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "flow/terms/wall_shear.hpp"
+#include "flow/terms/wall_friction.hpp"
 
 namespace flow {
 
@@ -28,8 +28,11 @@ double WallLaw::at(double y_plus) const {
 }
 
 double WallLaw::exchange(double speed, double y, double r, double mu) const {
+  return exchange_by(friction_velocity(speed, y, std::max(mu, 1e-20) / r), y, r, mu);
+}
+
+double WallLaw::exchange_by(double friction, double y, double r, double mu) const {
   const double nu = std::max(mu, 1e-20) / r;
-  const double friction = friction_velocity(speed, y, nu);
   const double y_plus = y * friction / nu;
   if (y_plus <= crossing_) return mu / (molecular_ * y);
   return r * friction / at(y_plus);

@@ -16,6 +16,8 @@ class WallLaw {
   /// Exchange of a wall with air at the distance y, by the difference of their values [kg/m2 s];
   /// `speed` is that of the air along the wall, r its density and mu its viscosity.
   [[nodiscard]] double exchange(double speed, double y, double r, double mu) const;
+  /// The same for a friction velocity that is known.
+  [[nodiscard]] double exchange_by(double friction, double y, double r, double mu) const;
   /// The profile at y+.
   [[nodiscard]] double at(double y_plus) const;
 

@@ -1,8 +1,10 @@
 #include "flow/scalars/wet.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "flow/share.hpp"
+#include "flow/terms/wall_friction.hpp"
 
 namespace flow {
 
@@ -15,6 +17,19 @@ struct RimCell {
   int axis;
   double half;  ///< half the width of the cell [m]
 };
+
+RimCell rim_cell(const Domain& domain, int axis, std::size_t number) {
+  const auto a = static_cast<std::size_t>(axis);
+  const BoundaryFace& at = domain.rim.faces[a][number];
+  return {at, domain.rim.groups[static_cast<std::size_t>(at.group)], axis,
+          0.5 * domain.grid.axis[a].dx(at.index[a])};
+}
+
+/// True where a law of the wall is asked for, `damp` also for vapour.
+bool follows_law(const Group& group, bool damp) {
+  return group.it == TemperatureAt::log_wall ||
+         (damp && group.iy == SpeciesAt::given && group.iv == VelocityAt::log_wall);
+}
 
 /// True where something diffuses through a face: air neither leaves through it nor is free.
 bool exchanges(const RimCell& cell, const State& state) {
@@ -37,24 +52,24 @@ double speed_along(const RimCell& cell, const State& state) {
   return std::sqrt(square);
 }
 
-double by_law(const WallLaw& law, const RimCell& cell, const State& state) {
+double by_law(const WallLaw& law, const RimCell& cell, const State& state, double friction) {
   const std::size_t c = cell.at.cell;
-  return law.exchange(speed_along(cell, state), cell.half, state.r[0][c], state.mu[c]);
+  return law.exchange_by(friction, cell.half, state.r[0][c], state.mu[c]);
 }
 
-double heat_exchange(const Domain& domain, const RimCell& cell, const State& state,
-                     const WallLaw& law) {
+double heat_exchange(const Domain& domain, const RimCell& cell, const State& state, const Wet& wet,
+                     double friction) {
   if (!domain.settings.control.idift || !exchanges(cell, state)) return 0.0;
-  if (cell.group.it == TemperatureAt::log_wall) return by_law(law, cell, state);
+  if (cell.group.it == TemperatureAt::log_wall) return by_law(wet.heat, cell, state, friction);
   if (cell.group.it != TemperatureAt::given) return 0.0;
   return state.mu[cell.at.cell] / domain.settings.species.prlmnr / cell.half;
 }
 
 double vapour_exchange(const Domain& domain, const RimCell& cell, const State& state,
-                       const WallLaw& law) {
+                       const Wet& wet, double friction) {
   if (!domain.settings.control.idift || !exchanges(cell, state)) return 0.0;
   if (cell.group.iy != SpeciesAt::given) return 0.0;
-  if (cell.group.iv == VelocityAt::log_wall) return by_law(law, cell, state);
+  if (cell.group.iv == VelocityAt::log_wall) return by_law(wet.vapour, cell, state, friction);
   return state.dif[cell.at.cell] / cell.half;
 }
 
@@ -68,11 +83,9 @@ void for_rim(const Domain& domain, RimFactors& factors, Use&& use) {
       const auto a = static_cast<std::size_t>(axis);
       const FaceRange range = rim.of_rows(a, first * rows, last * rows);
       for (std::size_t f = range.first; f < range.last; ++f) {
-        const BoundaryFace& at = rim.faces[a][f];
-        const RimCell cell{at, rim.groups[static_cast<std::size_t>(at.group)], axis,
-                           0.5 * domain.grid.axis[a].dx(at.index[a])};
+        const RimCell cell = rim_cell(domain, axis, f);
         use(cell, f, factors[a][f], rim.wetted[a][f],
-            AxisMetric::at(domain.metrics[a].inv_width, at.index[a]));
+            AxisMetric::at(domain.metrics[a].inv_width, cell.at.index[a]));
       }
     }
   });
@@ -90,7 +103,28 @@ Wet make_wet(const Domain& domain) {
   const Control& control = domain.settings.control;
   const Species& species = domain.settings.species;
   return {factors_of(domain.rim), factors_of(domain.rim), WallLaw(species.prlmnr, control.prturb),
-          WallLaw(species.sclmnr, control.scturb)};
+          WallLaw(species.sclmnr, control.scturb), factors_of(domain.rim)};
+}
+
+void set_frictions(const Domain& domain, const State& state, Wet& wet) {
+  if (!domain.settings.control.idift) return;
+  const bool damp = domain.settings.species.count() > 1;
+  for (int axis = 0; axis < 3; ++axis) {
+    const auto a = static_cast<std::size_t>(axis);
+    std::vector<double>& frictions = wet.friction[a];
+    domain.crew.share(frictions.size(), kSharedCells / 8, [&](frame::Crew::Stretch part) {
+      WallQueue walls(
+          [&](std::size_t f, const WallLayer&, double friction) { frictions[f] = friction; });
+      for (std::size_t f = part.first; f < part.last; ++f) {
+        const RimCell cell = rim_cell(domain, axis, f);
+        if (!follows_law(cell.group, damp) || !exchanges(cell, state)) continue;
+        const std::size_t c = cell.at.cell;
+        walls.add(
+            f, {speed_along(cell, state), cell.half, std::max(state.mu[c], 1e-20) / state.r[0][c]});
+      }
+      walls.finish();
+    });
+  }
 }
 
 void add_wall_heat(const Domain& domain, const State& state, const ScalarStep& heat, Wet& wet) {
@@ -105,9 +139,9 @@ void add_wall_heat(const Domain& domain, const State& state, const ScalarStep& h
               dqdt[c] += part * cell.group.t / (state.cp[c] * factor) * inv_width;
               return;
             }
-            fwtt = part * heat_exchange(domain, cell, state, wet.heat);
-            if (fwtt == 0.0) return;
             const auto a = static_cast<std::size_t>(cell.axis);
+            fwtt = part * heat_exchange(domain, cell, state, wet, wet.friction[a][f]);
+            if (fwtt == 0.0) return;
             const double wall = cell.group.t * (given == nullptr ? 1.0 : (*given)[a][f]);
             dqdt[c] += fwtt * (wall - q[c]) * inv_width;
           });
@@ -115,9 +149,10 @@ void add_wall_heat(const Domain& domain, const State& state, const ScalarStep& h
 
 void add_wall_vapour(const Domain& domain, const State& state, Wet& wet, Field& dqdt) {
   for_rim(domain, wet.fwty,
-          [&](const RimCell& cell, std::size_t, double& fwty, double part, double inv_width) {
+          [&](const RimCell& cell, std::size_t f, double& fwty, double part, double inv_width) {
             const std::size_t c = cell.at.cell;
-            fwty = part * vapour_exchange(domain, cell, state, wet.vapour);
+            const double friction = wet.friction[static_cast<std::size_t>(cell.axis)][f];
+            fwty = part * vapour_exchange(domain, cell, state, wet, friction);
             if (fwty == 0.0) return;
             dqdt[c] += fwty * (cell.group.ys[1] - state.ys[1][c]) * inv_width;
           });

@@ -17,12 +17,16 @@ struct Wet {
   RimFactors fwtt;  ///< heat, over the specific heat
   RimFactors fwty;  ///< of the second species
   WallLaw heat, vapour;
+  RimFactors friction;  ///< friction velocities where a law of the wall is taken [m/s]
 };
 Wet make_wet(const Domain& domain);
 
-/// Writes `fwtt` and adds what walls give to the rate of `heat`'s step [kg K/m3 s]. Without
-/// diffusion (`idift`) only fluxes count. Reads ru, r level 1, mu, cp. First order in the half
-/// cell, which leaves the temperature of second order.
+/// Solves the law of the wall, for both of the following. Reads ru, r level 1, mu.
+void set_frictions(const Domain& domain, const State& state, Wet& wet);
+
+/// Behind set_frictions: writes `fwtt` and adds what walls give to the rate of `heat`'s step [kg
+/// K/m3 s]. Without diffusion (`idift`) only fluxes count. Reads ru, r level 1, mu, cp. First order
+/// in the half cell, which leaves the temperature of second order.
 void add_wall_heat(const Domain& domain, const State& state, const ScalarStep& heat, Wet& wet);
 
 /// The same for the second species [kg/m3 s]; reads ru, r level 1, mu, dif, ys.

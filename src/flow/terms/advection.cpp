@@ -66,7 +66,7 @@ double limited_slope(const Muscl& muscl, double ahead, double behind) {
 void inner_mass_row(const Rim& rim, const std::array<Field, 3>& ru, const FaceRow& row,
                     double* mass) {
   const auto a = static_cast<std::size_t>(row.axis);
-  mass_row(row.count, rim.inner[a].data() + row.place, ru[a].data() + row.place, mass);
+  mass_row(row.count, rim.inner_from(a, row.place), ru[a].data() + row.place, mass);
 }
 
 void advected_row(const Muscl& muscl, const Field& q, const FaceRow& row, const double* mass,

@@ -13,6 +13,7 @@ namespace {
 struct Rows {
   const double* q;
   const double* volume;  ///< open fraction
+  const double* next_volume;
   const double* p;
   const double* r;
   const double* inner;
@@ -26,7 +27,7 @@ FLOW_INLINE void rate_row(std::size_t count, const Rows& at, Weight gap, Weight 
   const std::size_t s = at.s;
   for (std::size_t i = 0; i < count; ++i) {
     const double mean =
-        lower[i] * (at.q[i] / at.volume[i]) + upper[i] * (at.q[i + s] / at.volume[i + s]);
+        lower[i] * (at.q[i] / at.volume[i]) + upper[i] * (at.q[i + s] / at.next_volume[i]);
     const double gradient = (at.p[i + s] - at.p[i]) * gap[i];
     const double density = lower[i] * at.r[i] + upper[i] * at.r[i + s];
     const double rate = mean - gradient + (density - at.ramb) * at.gravity;
@@ -54,12 +55,14 @@ void set_rates(const Domain& domain, const Field& dqdt, int axis, const State& s
                const Field& velocity, std::size_t place, std::size_t count, std::int32_t f,
                double* out) {
   const auto a = static_cast<std::size_t>(axis);
+  const std::size_t s = dqdt.box().stride(axis);
   const Rows at{dqdt.data() + place,
-                domain.openings.gmc.data() + place,
+                domain.openings.gmc_from(place),
+                domain.openings.gmc_from(place + s),
                 state.p.data() + place,
                 state.r[0].data() + place,
-                domain.rim.inner[a].data() + place,
-                dqdt.box().stride(axis),
+                domain.rim.inner_from(a, place),
+                s,
                 domain.settings.control.gravity[a],
                 domain.settings.ambient.ramb};
   if (axis == 0) {

@@ -14,7 +14,8 @@ constexpr double kAdvectivePart = 0.125;
 /// A row of faces; cells and faces further along the axis are `s` away.
 template <class Weight>
 struct Rows {
-  const double *face, *open, *inner;
+  const double *face, *open;
+  const double *inner_before, *inner, *inner_next;
   const double *r, *mu, *mut, *volume;  ///< at the cells below
   std::size_t s;
   double viscous;
@@ -65,8 +66,8 @@ FLOW_INLINE void damp_row(std::size_t count, const Rows<Weight>& at, double* __r
     const double above =
         at.exchange(i + s, at.width[1][i], std::fabs(at.face[i]) + std::fabs(at.face[i + s])) *
         alternation(own, behind);
-    const double in = at.inner[i - s] > 0.0 ? below : 0.0;
-    const double out = at.inner[i + s] > 0.0 ? above : 0.0;
+    const double in = at.inner_before[i] > 0.0 ? below : 0.0;
+    const double out = at.inner_next[i] > 0.0 ? above : 0.0;
     double change = (out - in) * at.gap[i];
     if constexpr (partly) {
       change /= at.volume[i] < at.volume[i + s] ? at.volume[i + s] : at.volume[i];
@@ -81,16 +82,19 @@ auto rows_of(const Domain& domain, const State& state, const Field& velocity, co
              Value&& value) {
   const auto a = static_cast<std::size_t>(row.axis);
   const AxisMetric& metric = domain.metrics[a];
+  const std::size_t s = velocity.box().stride(row.axis);
   const auto of = [&row](const Field& field) { return field.data() + row.place; };
   using Weight = decltype(value(metric.lower, 0));
   return Rows<Weight>{of(velocity),
                       of(domain.openings.gm[a]),
-                      of(domain.rim.inner[a]),
+                      domain.rim.inner_from(a, row.place - s),
+                      domain.rim.inner_from(a, row.place),
+                      domain.rim.inner_from(a, row.place + s),
                       of(state.r[0]),
                       of(state.mu),
                       of(state.mut),
                       of(domain.openings.gmc),
-                      velocity.box().stride(row.axis),
+                      s,
                       domain.settings.control.ivisc ? kViscousPart : 0.0,
                       {value(metric.lower, -1), value(metric.lower, 0), value(metric.lower, 1)},
                       {value(metric.upper, -1), value(metric.upper, 0), value(metric.upper, 1)},

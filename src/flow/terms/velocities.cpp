@@ -42,6 +42,12 @@ void set_velocities(frame::Crew& crew, const Metrics& metrics, const Ends& ends,
                     Velocities& velocities) {
   const Box& box = state.r[0].box();
   const auto n = static_cast<std::size_t>(box.n[0]);
+  std::array<LayerCopies, 3> of_cells;
+  std::array<LayerCopies, 3> of_faces;
+  for (int axis = 0; axis < 3; ++axis) {
+    of_cells[static_cast<std::size_t>(axis)] = row_ends(box, ends, axis == 0);
+    of_faces[static_cast<std::size_t>(axis)] = face_row_ends(box, ends, axis);
+  }
   share_rows(crew, box, [&](std::size_t place, std::int32_t j, std::int32_t k) {
     const double* const r = state.r[0].data() + place;
     for (int axis = 0; axis < 3; ++axis) {
@@ -55,15 +61,20 @@ void set_velocities(frame::Crew& crew, const Metrics& metrics, const Ends& ends,
         faces_along(n + 1, ru - 1, r - 1, metrics[0], face - 1);
       } else {
         faces_across(n, ru, r, s, metrics[a], index, face);
-        if (index == 1) faces_across(n, ru - s, r - s, s, metrics[a], 0, face - s);
+        if (index == 1) {
+          faces_across(n, ru - s, r - s, s, metrics[a], 0, face - s);
+          fill_row_ends(of_faces[a], face - s);
+        }
       }
+      fill_row_ends(of_faces[a], face);
       cell_row(n, ru - s, ru, r, velocities.cell[a].data() + place);
+      fill_row_ends(of_cells[a], velocities.cell[a].data() + place);
     }
   });
   for (int axis = 0; axis < 3; ++axis) {
     if (!box.computed(axis)) continue;
-    fill_halos(crew, velocities.cell[static_cast<std::size_t>(axis)], ends, axis);
-    fill_face_halos(crew, velocities.face[static_cast<std::size_t>(axis)], axis, ends);
+    fill_halos(crew, velocities.cell[static_cast<std::size_t>(axis)], ends, axis, 1);
+    fill_face_halos(crew, velocities.face[static_cast<std::size_t>(axis)], axis, ends, 1);
   }
 }
 

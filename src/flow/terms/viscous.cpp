@@ -101,7 +101,7 @@ FLOW_CLONES void set_viscosity(const Source& from, const FaceRow& row) {
   const std::int32_t f = row.index[a];
   const double* const mu = from.state.mu.data() + row.place;
   const double* const mut = from.state.mut.data() + row.place;
-  const double* const inner = from.rim.inner[a].data() + row.place;
+  const double* const inner = from.rim.inner_from(a, row.place);
   if (row.axis == 0) {
     viscosity_row(row.count, mu, mut, 1, AxisMetric::from(metric.lower, 0),
                   AxisMetric::from(metric.upper, 0), inner, from.viscosity);

@@ -10,21 +10,12 @@
 #include "flow/rim.hpp"
 #include "flow/state.hpp"
 #include "flow/terms/velocities.hpp"
+#include "flow/terms/wall_friction.hpp"
 
 namespace flow {
 
-inline constexpr double kKarman = 0.42;
-inline constexpr double kLogLaw = 5.5;  ///< additive constant
-
-/// Friction velocity [m/s] of a flow with `speed` along a wall at the distance y:
-/// speed/u = ln(y u/nu)/0.42 + 5.5 (von Karman 1930), and speed/u = y u/nu below their crossing.
-double friction_velocity(double speed, double y, double nu);
-
 /// Speed [m/s] of the air in a cell along a wall normal to `axis`, seen from the wall.
 double speed_along(const Group& group, int axis, std::size_t cell, const Velocities& velocities);
-
-/// y u/nu where the logarithm and the linear profile meet.
-double wall_law_crossing();
 
 /// Coefficients of a face of the rim, stress over difference of velocities [Pa s/m].
 struct ShearCoefficient {

@@ -105,9 +105,9 @@ void take_row(const Step& step, std::size_t place, const SourceRows& sources, St
   for (std::size_t item = 0; item < 2; ++item) {
     double* const dqdt = step.work.dqdt[item].data() + place;
     double* const q = state.ak[item].data() + place;
-    const QuantityRow at{domain.openings.fluid.data() + place,
+    const QuantityRow at{domain.openings.fluid_from(place),
                          state.r[0].data() + place,
-                         domain.openings.gmc.data() + place,
+                         domain.openings.gmc_from(place),
                          held_fraction(domain),
                          dqdt,
                          sources.gain[item].data(),
