@@ -15,10 +15,10 @@ std::int64_t estimate(const tsrf_main01::Run& run) {
   const std::int64_t cells = run.surface.data.mzg;
   const auto groups = static_cast<std::int64_t>(run.radiation.raddat.NPGID);
   const auto table = static_cast<std::int64_t>(run.radiation.raddat.view_factors.bytes());
-  const std::int64_t list = 11 * 4 + 4 * 8;                       // the list of patches
-  const std::int64_t state = (4 + 6 + 3 + 8 + 2) * 8 + 2 * 4;     // per patch, whatever its column
-  const std::int64_t columns = 7 * (cells + 1) * 8;               // tlyr, tprev, gcond, ...
-  const std::int64_t radiation = (5 + 5 + 4) * 8 + 2 * 4;         // fluxes, work, two Sun blocks
+  const std::int64_t list = 11 * 4 + 4 * 8;                    // the list of patches
+  const std::int64_t state = (4 + 6 + 3 + 8 + 2) * 8 + 2 * 4;  // per patch, whatever its column
+  const std::int64_t columns = 7 * (cells + 1) * 8;            // tlyr, tprev, gcond, ...
+  const std::int64_t radiation = (5 + 5 + 4) * 8 + 2 * 4;      // fluxes, work, two Sun blocks
   const std::int64_t account = run.account.on() ? (cells + 3) * 8 : 0;
   const std::int64_t exchange = groups * 12 * 8 + table * 5 / 4;  // while it is gathered
   return patches * (list + state + columns + radiation + account) + exchange;
