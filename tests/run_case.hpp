@@ -234,6 +234,11 @@ inline void set_steps(const RunCase& run, int first, int last) {
   if (!run.set_line("control.txt", 3, steps)) throw std::runtime_error("no steps in control.txt");
 }
 
+/// Has a run write its energy account too.
+inline void ask_for_account(const RunCase& run) {
+  run.write("control.txt", run.content("control.txt") + "&ACCOUNT LACCOUNT = 1 /\n");
+}
+
 /// What a run left, by name: the bytes of each file but the log and the wall-clock record.
 inline std::map<std::string, std::string> left_by(const RunCase& run) {
   std::map<std::string, std::string> files;

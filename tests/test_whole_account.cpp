@@ -29,7 +29,7 @@ constexpr double kClosed = 1e-9;
 struct Asking : RunCase {
   Asking(const std::string& name, int steps) : RunCase(run_case::inputs_of(name)) {
     run_case::set_steps(*this, -1, steps);
-    write("control.txt", content("control.txt") + "&ACCOUNT LACCOUNT = 1 /\n");
+    run_case::ask_for_account(*this);
   }
 };
 
@@ -201,6 +201,48 @@ TEST(Account, OfAllCasesCloses) {
         EXPECT_NEAR(balance.sum(), balance.remainder, 1e-9 * balance.largest())
             << one.name << ' ' << name;
       }
+    }
+  }
+}
+
+// ---- its place in a run
+
+void run_in(const RunCase& run) {
+  std::ostringstream screen;
+  ASSERT_EQ(flw_main00::run({.directory = run.path().string(), .screen = screen, .errors = screen}),
+            0);
+}
+
+TEST(Account, TakesPartInNothing) {
+  const RunCase without(run_case::inputs_of("mixed"));
+  run_case::set_steps(without, -1, 450);
+  const Asking with("mixed", 450);
+  run_in(without);
+  run_in(with);
+  auto files = run_case::left_by(with);
+  EXPECT_EQ(files.erase("account"), 1U);
+  EXPECT_EQ(files, run_case::left_by(without));
+}
+
+TEST(Account, OfPartsOfADayAddsUpToTheDay) {
+  const Asking whole("mixed", 864);
+  run_in(whole);
+  const Asking parts("mixed", 500);
+  run_in(parts);
+  const auto first = read_account::days_of(parts.path("account"));
+  run_case::set_steps(parts, 500, 864);
+  run_in(parts);
+  const auto second = read_account::days_of(parts.path("account"));
+  EXPECT_EQ(first.size() + second.size(), 3U);
+  EXPECT_EQ(first.at(2).seconds + second.at(2).seconds, 86400.0);
+  EXPECT_NE(parts.content("account").find("no whole day"), std::string::npos);
+  const Day day = read_account::days_of(whole.path("account")).at(2);
+  EXPECT_EQ(day.seconds, 86400.0);
+  for (const auto& [name, balance] : day.balances) {
+    for (const auto& [term, value] : balance.terms) {
+      EXPECT_NEAR(first.at(2).of(name, term) + second.at(2).of(name, term), value,
+                  1e-9 * balance.largest())
+          << name << ' ' << term;
     }
   }
 }

@@ -12,6 +12,7 @@ namespace {
 std::size_t allocations_of(const std::string& name, int steps) {
   const run_case::RunCase run(run_case::inputs_of(name));
   run_case::set_steps(run, -1, steps);
+  run_case::ask_for_account(run);
   std::ostringstream screen;
   const flw_main00::Place place{
       .directory = run.path().string(), .screen = screen, .errors = screen};

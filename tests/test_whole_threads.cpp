@@ -15,6 +15,7 @@ using run_case::RunCase;
 std::map<std::string, std::string> left_by_hands(const std::string& name, int hands) {
   const RunCase run(run_case::inputs_of(name));
   run_case::set_steps(run, -1, 30);
+  run_case::ask_for_account(run);
   // Loops are cut so finely that the hands share these small districts too.
   ::setenv("TOWNSKIN_FINER", "128", 1);
   ::setenv("TOWNSKIN_THREADS", std::to_string(hands).c_str(), 1);
