@@ -19,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <string>
 #include <vector>
 
 namespace {
@@ -32,10 +33,8 @@ double elapsed(Clock::time_point start) {
 }
 
 /// Keeps a value in a register, as if someone looked at it.
-template <class T>
-void keep(T& value) {
-  asm volatile("" : "+x"(value));
-}
+void keep(double& value) { asm volatile("" : "+x"(value)); }
+[[gnu::target("avx2")]] void keep(Four& value) { asm volatile("" : "+x"(value)); }
 
 /// Additions in registers: each waits for the last one.
 double wait_in_registers() {
@@ -132,7 +131,7 @@ double rate_of(const Work& work, int first, int last) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int rounds = argc > 1 ? std::atoi(argv[1]) : 7;
+  const int rounds = argc > 1 ? std::stoi(argv[1]) : 7;
   std::puts("| work | one, G/s | the other | both | both beside one, median | least | most |");
   std::puts("|---|---|---|---|---|---|---|");
   for (const Work& work : kWorks) {

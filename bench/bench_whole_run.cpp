@@ -7,7 +7,6 @@
 // in this process and count processor time. At the end all temperatures must be the same bits and
 // the result files the same bytes.
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <filesystem>
@@ -43,7 +42,7 @@ constexpr std::array kResults{"SurfTemp.txt", "PatchSurfTemp.txt", "ProgressLog.
 
 /// A directory of links to the inputs.
 fs::path second_directory(const fs::path& first) {
-  const fs::path second = first.string() + ".plain";
+  fs::path second = first.string() + ".plain";
   fs::remove_all(second);
   fs::create_directory(second);
   for (const auto& entry : fs::directory_iterator(first)) {
@@ -166,7 +165,7 @@ int run_both(const fs::path& directory, int steps) {
 int main(int argc, char** argv) {
   try {
     if (argc < 2) throw std::runtime_error("bench_whole_run DIRECTORY [STEPS]");
-    return run_both(argv[1], argc > 2 ? std::atoi(argv[2]) : 24);
+    return run_both(argv[1], argc > 2 ? std::stoi(argv[2]) : 24);
   } catch (const std::exception& fault) {
     std::cerr << fault.what() << '\n';
     return 1;
