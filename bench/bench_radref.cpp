@@ -40,15 +40,15 @@ void exchange(benchmark::State& state, FileOrder order) {
 BENCHMARK_CAPTURE(exchange, by_source, FileOrder::by_source)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(3);
+    ->Iterations(7);
 BENCHMARK_CAPTURE(exchange, by_destination, FileOrder::by_destination)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(3);
+    ->Iterations(7);
 BENCHMARK_CAPTURE(exchange, shuffled, FileOrder::shuffled)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(3);
+    ->Iterations(7);
 
 /// A district whose table stays in the core's cache.
 void exchange_in_cache(benchmark::State& state) {

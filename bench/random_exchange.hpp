@@ -1,5 +1,5 @@
-// A random exchange of radiation, and the plain form of its solution that the fast one must equal
-// to the last bit: entries in the order of the file, one band after the other.
+// A random exchange of radiation, solved by the fast form and by the plain one, which must agree to
+// the last bit.
 #pragma once
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "plain_exchange.hpp"
 #include "radiation/radref.hpp"
 #include "radiation/view_factor_table.hpp"
 
@@ -16,10 +17,7 @@
 enum class FileOrder { by_source, by_destination, shuffled };
 
 struct RandomExchange {
-  struct Triple {
-    std::int32_t source, destination;
-    float factor;
-  };
+  using Triple = plain::Triple;
   tsrf_module_raddat::Data raddat;
   std::vector<Triple> triples;  // the table in the order of the file
   std::vector<double> area;
@@ -95,41 +93,9 @@ struct ExchangeState {
   }
 
   void solve_plain(const RandomExchange& x) {
-    for (std::size_t b = 0; b < 2; ++b) solve_plain(x, b);
-  }
-
- private:
-  void solve_plain(const RandomExchange& x, std::size_t b) {
-    const auto n = static_cast<std::size_t>(x.raddat.NPGID);
-    std::vector<double> A(n), a(n), S(n), E(n), G(n), P(n);
-    for (std::size_t i = 0; i < x.area.size(); ++i) {
-      const auto g = static_cast<std::size_t>(x.raddat.pgx[i]);
-      const double w = x.area[i];
-      A[g] += w;
-      a[g] += x.absorptivity[b][static_cast<std::size_t>(x.row[i])] * w;
-      S[g] += x.source[b][i] * w;
-      E[g] += incident[b][i] * w;
-      P[g] += J[b][i] * w;
-    }
-    for (std::size_t g = 0; g < n; ++g) a[g] = a[g] / A[g];
-    for (int sweep = 0; sweep < x.raddat.settings.LOPREF; ++sweep) {
-      G.assign(n, 0.0);
-      for (const auto& t : x.triples) {
-        G[static_cast<std::size_t>(t.destination)] +=
-            static_cast<double>(t.factor) * P[static_cast<std::size_t>(t.source)];
-      }
-      for (std::size_t g = 0; g < n; ++g) {
-        G[g] = x.raddat.c[g] * G[g] + E[g];
-        P[g] = (1.0 - a[g]) * G[g] + S[g];
-      }
-      for (const auto& [p, q] : x.raddat.prd) {
-        std::swap(P[static_cast<std::size_t>(p)], P[static_cast<std::size_t>(q)]);
-      }
-    }
-    for (std::size_t i = 0; i < x.area.size(); ++i) {
-      const auto g = static_cast<std::size_t>(x.raddat.pgx[i]);
-      incident[b][i] = G[g] / A[g];
-      J[b][i] = P[g] / A[g];
+    for (std::size_t b = 0; b < 2; ++b) {
+      plain::exchange(x.raddat, x.triples, x.row, x.area,
+                      {x.absorptivity[b], x.source[b], J[b], incident[b]});
     }
   }
 };

@@ -1,5 +1,9 @@
 #include "radiation/radref.hpp"
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 #include <algorithm>
 #include <bit>
 #include <numeric>
@@ -11,6 +15,7 @@ namespace {
 
 using tsrf_module_raddat::Octet;
 using tsrf_module_raddat::Panel;
+using tsrf_module_raddat::place_of;
 
 template <std::size_t Bands>
 using Powers = std::array<double, Bands>;
@@ -67,7 +72,7 @@ void merge(const Work& work, std::span<const std::int32_t> surface_row,
   group.absorptivity[g] = absorptivity;
   group.source[g] = source;
   group.incident[g] = incident;
-  group.J[g] = J;
+  group.J[place_of(g)] = J;
 }
 
 /// Sums of eight destinations, and what a slice of a panel adds to them.
@@ -85,6 +90,54 @@ void add(std::span<const Octet<Index>> octets, const Powers<Bands>* J, Sums<Band
   result = sums;
 }
 
+template <std::size_t Bands, class Index>
+using Add = void (*)(std::span<const Octet<Index>>, const Powers<Bands>*, Sums<Bands>&);
+
+#if defined(__x86_64__)
+/// The same for two bands with two destinations in a register: 0 and 2, 1 and 3, 4 and 6, 5 and 7,
+/// as factors that are doubled where they stand come to lie so.
+template <class Index>
+[[gnu::target("avx2")]] void add_avx2(std::span<const Octet<Index>> octets, const Powers<2>* J,
+                                      Sums<2>& result) {
+  using Two = Lane<2>;
+  using Four [[gnu::vector_size(4 * sizeof(double))]] = double;
+  constexpr std::size_t kHalf = tsrf_module_raddat::kAbreast / 2;
+  std::array<Four, kHalf> sums;
+  for (std::size_t k = 0; k < kHalf; ++k) {
+    const std::size_t n = k / 2 * kHalf + k % 2;
+    sums[k] = __builtin_shufflevector(result[n], result[n + 2], 0, 1, 2, 3);
+  }
+  for (const Octet<Index>& octet : octets) {
+    __builtin_prefetch(&octet + kAhead);
+    for (std::size_t n = 0; n < tsrf_module_raddat::kAbreast; n += kHalf) {
+      const Four factors = _mm256_cvtps_pd(_mm_loadu_ps(octet.factor.data() + n));
+      const Two* const lanes = reinterpret_cast<const Two*>(J);
+      const auto& source = octet.source;
+      sums[n / 2] += __builtin_shufflevector(factors, factors, 0, 0, 2, 2) *
+                     __builtin_shufflevector(lanes[source[n]], lanes[source[n + 2]], 0, 1, 2, 3);
+      sums[n / 2 + 1] +=
+          __builtin_shufflevector(factors, factors, 1, 1, 3, 3) *
+          __builtin_shufflevector(lanes[source[n + 1]], lanes[source[n + 3]], 0, 1, 2, 3);
+    }
+  }
+  for (std::size_t k = 0; k < kHalf; ++k) {
+    const std::size_t n = k / 2 * kHalf + k % 2;
+    result[n] = __builtin_shufflevector(sums[k], sums[k], 0, 1);
+    result[n + 2] = __builtin_shufflevector(sums[k], sums[k], 2, 3);
+  }
+}
+#endif
+
+template <std::size_t Bands, class Index>
+Add<Bands, Index> add_for([[maybe_unused]] frame::InstructionSet set) {
+#if defined(__x86_64__)
+  if constexpr (Bands == 2) {
+    if (set != frame::InstructionSet::common) return add_avx2<Index>;
+  }
+#endif
+  return add<Bands, Index>;
+}
+
 /// The end of the Jacobi step of destination g.
 template <std::size_t Bands>
 void update(double c, std::size_t g, Lane<Bands> sum, Work::OfBands<Bands>& group) {
@@ -92,7 +145,7 @@ void update(double c, std::size_t g, Lane<Bands> sum, Work::OfBands<Bands>& grou
   const Lane<Bands> J =
       (1.0 - lane<Bands>(group.absorptivity[g])) * G + lane<Bands>(group.source[g]);
   group.gathered[g] = std::bit_cast<Powers<Bands>>(G);
-  group.J_next[g] = std::bit_cast<Powers<Bands>>(J);
+  group.J_next[place_of(g)] = std::bit_cast<Powers<Bands>>(J);
 }
 
 /// Which of a table's panels one is.
@@ -103,8 +156,8 @@ struct Turn {
 
 /// What a slice brings its destinations. Sums are kept in `gathered` from panel to panel.
 template <std::size_t Bands, class Index>
-void gather(const Panel<Index>& panel, std::size_t slice, Turn turn, std::span<const double> c,
-            Work::OfBands<Bands>& group) {
+void gather(const Panel<Index>& panel, std::size_t slice, Turn turn, Add<Bands, Index> add,
+            std::span<const double> c, Work::OfBands<Bands>& group) {
   const auto octets = panel.of(slice);
   if (octets.empty() && !turn.first && !turn.last) return;
   const auto destinations = panel.destinations(slice);
@@ -113,7 +166,7 @@ void gather(const Panel<Index>& panel, std::size_t slice, Turn turn, std::span<c
     for (std::size_t n = 0; n < sums.size(); ++n)
       sums[n] = lane<Bands>(group.gathered[destinations[n]]);
   }
-  add<Bands, Index>(octets, group.J.data() + panel.first_source, sums);
+  add(octets, group.J.data() + panel.first_place, sums);
   for (std::size_t n = 0; n < sums.size(); ++n) {
     const std::size_t g = destinations[n];
     if (!turn.last) {
@@ -127,11 +180,12 @@ void gather(const Panel<Index>& panel, std::size_t slice, Turn turn, std::span<c
 template <std::size_t Bands, class Index>
 void gather(frame::Crew& crew, const std::vector<Panel<Index>>& panels, const Work& work,
             std::span<const double> c, Work::OfBands<Bands>& group) {
+  const auto add = add_for<Bands, Index>(work.set);
   for (std::size_t p = 0; p < panels.size(); ++p) {
     const std::vector<std::uint32_t>& cuts = work.cuts[p];
     crew.share(cuts.size() - 1, 1, [&](frame::Crew::Stretch part) {
       for (std::size_t s = cuts[part.first]; s < cuts[part.last]; ++s)
-        gather<Bands, Index>(panels[p], s, {p == 0, p + 1 == panels.size()}, c, group);
+        gather<Bands, Index>(panels[p], s, {p == 0, p + 1 == panels.size()}, add, c, group);
     });
   }
 }
@@ -144,7 +198,8 @@ void sweep(frame::Crew& crew, const tsrf_module_raddat::Data& raddat, const Work
   std::swap(group.J, group.J_next);
   // What leaves through one side of a periodic area enters through the other in the next sweep.
   for (const auto& [p, q] : raddat.prd) {
-    std::swap(group.J[static_cast<std::size_t>(p)], group.J[static_cast<std::size_t>(q)]);
+    std::swap(group.J[place_of(static_cast<std::size_t>(p))],
+              group.J[place_of(static_cast<std::size_t>(q))]);
   }
 }
 
@@ -154,7 +209,7 @@ void split(const Work& work, std::span<const Band> bands, std::size_t g,
            const Work::OfBands<Bands>& group) {
   for (std::size_t b = 0; b < Bands; ++b) {
     const double incident = group.gathered[g][b] / work.area[g];
-    const double radiosity = group.J[g][b] / work.area[g];
+    const double radiosity = group.J[place_of(g)][b] / work.area[g];
     for (std::uint32_t n = work.first_member[g]; n < work.first_member[g + 1]; ++n) {
       bands[b].incident[work.members[n]] = incident;
       bands[b].radiosity[work.members[n]] = radiosity;
@@ -177,9 +232,11 @@ void solve(frame::Crew& crew, const tsrf_module_raddat::Data& raddat,
 
 template <std::size_t Bands>
 void resize_bands(std::size_t groups, Work::OfBands<Bands>& group) {
-  for (auto* powers : {&group.absorptivity, &group.source, &group.incident, &group.gathered,
-                       &group.J, &group.J_next}) {
-    powers->resize(groups + 1);  // a place for nobody, which fills the last slice of a panel
+  for (auto* powers : {&group.absorptivity, &group.source, &group.incident, &group.gathered}) {
+    powers->resize(groups + 1);  // one for nobody, which fills the last slice of a panel
+  }
+  for (auto* powers : {&group.J, &group.J_next}) {
+    powers->resize(tsrf_module_raddat::places_of(groups));  // the empty ones stay 0
   }
 }
 
@@ -199,7 +256,9 @@ std::vector<std::uint32_t> cut(const Panel<Index>& panel) {
 
 }  // namespace
 
-void Work::prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands) {
+void Work::prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands,
+                   frame::InstructionSet instruction_set) {
+  set = instruction_set;
   const auto groups = static_cast<std::size_t>(raddat.NPGID);
   area.resize(groups);
   if (bands == 1) resize_bands(groups, one);

@@ -12,6 +12,7 @@
 
 #include "frame/array_list.hpp"
 #include "frame/crew.hpp"
+#include "frame/instruction_set.hpp"
 #include "radiation/raddat.hpp"
 
 namespace tsrf_module_radref {
@@ -35,7 +36,7 @@ struct Work {
     Powers<Bands> source;    // S
     Powers<Bands> incident;  // E: from outside the exchange
     Powers<Bands> gathered;  // G
-    Powers<Bands> J;         // radiosity before a sweep
+    Powers<Bands> J;         // radiosity before a sweep, by place (see view_factor_panels.hpp)
     Powers<Bands> J_next;    // and behind it
   };
   std::vector<double> area;  // A
@@ -47,9 +48,11 @@ struct Work {
   /// Stretches of slices with about as many octets each, panel by panel: from cuts[n] to before
   /// cuts[n+1].
   std::vector<std::vector<std::uint32_t>> cuts;
+  frame::InstructionSet set = frame::InstructionSet::common;
 
   /// Takes the arrays for the groups and the table of `raddat` and 1 or 2 bands at a time.
-  void prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands);
+  void prepare(const tsrf_module_raddat::Data& raddat, std::size_t bands,
+               frame::InstructionSet instruction_set = frame::widest_set());
 };
 
 /// Solves one band or two. `surface_row` and `area` are per patch. The sums keep the order of the

@@ -2,14 +2,14 @@
 //
 // The table is the largest structure of a run and passes the processor in each sweep, so what
 // counts is its bytes, and that the radiosities which it points at stay near the processor. Both
-// come from panels: the factors whose sources are among 65,536 groups in a row, told by 16 bits,
-// whose radiosities are 1 MB. A panel holds slices of eight destinations, and a slice holds octets:
-// one factor of each of its destinations, so that eight sums grow side by side and none waits for
-// its last addition. Destinations of a slice have about as many factors each, and what is missing
-// is filled up with factors of 0. A destination gets its factors in the order of the file, panel
-// after panel; where a file has them in an order that panels would change, one panel holds all, and
-// 32 bits tell the source. Made by ViewFactorGatherer, owned by tsrf_module_raddat, read by the
-// exchange.
+// come from panels: the factors whose sources are among 65,535 groups in a row, told by 16 bits,
+// whose radiosities are 1 MB. Behind these stands an empty place, of radiosity 0. A panel holds
+// slices of eight destinations, and a slice holds octets: one factor of each of its destinations,
+// so that eight sums grow side by side and none waits for its last addition. Destinations of a
+// slice have about as many factors each, and what is missing is filled up with factors of 0 from
+// the empty place. A destination gets its factors in the order of the file, panel after panel;
+// where a file has them in an order that panels would change, one panel holds all, and 32 bits tell
+// the source. Made by ViewFactorGatherer, owned by tsrf_module_raddat, read by the exchange.
 #pragma once
 
 #include <array>
@@ -20,20 +20,29 @@
 
 namespace tsrf_module_raddat {
 
-inline constexpr std::size_t kAbreast = 8;       ///< destinations of a slice
-inline constexpr std::uint32_t kPanelBits = 16;  ///< of a source in one of several panels
-inline constexpr std::uint32_t kPanelSources = 1U << kPanelBits;
+inline constexpr std::size_t kAbreast = 8;  ///< destinations of a slice
+inline constexpr std::uint32_t kPanelPlaces = 1U << 16;
+inline constexpr std::uint32_t kPanelSources = kPanelPlaces - 1;  ///< the last place is empty
+
+/// Where the sweeps keep the radiosity of group g: an empty place stands behind each panel's, and
+/// one behind the last group's.
+constexpr std::size_t place_of(std::size_t g) { return g + g / kPanelSources; }
+constexpr std::size_t group_at(std::size_t place) { return place - place / kPanelPlaces; }
+/// Places of so many groups, with the empty ones.
+constexpr std::size_t places_of(std::size_t groups) {
+  return groups == 0 ? 1 : place_of(groups - 1) + 2;
+}
 
 /// The next factor of each destination of a slice; a factor of 0 where there is none.
 template <class Index>
 struct Octet {
-  std::array<Index, kAbreast> source;  ///< counted from the first source of the panel
+  std::array<Index, kAbreast> source;  ///< place, counted from the first of the panel
   std::array<float, kAbreast> factor;
 };
 
 template <class Index>
 struct Panel {
-  std::size_t first_source = 0;
+  std::size_t first_place = 0;
   std::vector<std::uint32_t> destination;  ///< eight a slice; the number of groups for nobody
   std::vector<std::uint32_t> first;        ///< octets first[s] .. first[s + 1] - 1 are of slice s
   std::vector<Octet<Index>> octets;
@@ -84,7 +93,7 @@ struct ViewFactors {
         auto& octet = panel.octets[k];
         for (std::size_t lane = 0; lane < kAbreast; ++lane) {
           if (octet.factor[lane] == 0.0F) continue;
-          take(std::size_t{destinations[lane]}, panel.first_source + octet.source[lane],
+          take(std::size_t{destinations[lane]}, group_at(panel.first_place + octet.source[lane]),
                octet.factor[lane]);
         }
       }

@@ -11,8 +11,8 @@ namespace tsrf_module_raddat {
 
 namespace {
 
-constexpr std::size_t kPieceSize = 1 << 20;
-constexpr std::size_t kPieces = 2;  // for each hand before they are taken
+constexpr std::size_t kPieceSize = 1 << 18;
+constexpr std::size_t kPieces = 8;  // for each hand before they are taken
 
 struct Piece {
   std::string_view text;

@@ -1,6 +1,7 @@
 #include "radiation/view_factor_table.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -13,9 +14,9 @@ constexpr std::uint32_t kMostPanels = 16;
 /// Entries of a destination in a panel, in the mean, from which on panels pay: the sums of each
 /// destination are taken up and put down once a panel.
 constexpr std::uint64_t kFewEntries = 8;
-/// Destinations among which those of a slice are chosen: enough to find some with as many entries,
-/// few enough to stand near each other.
-constexpr std::size_t kWindow = 1024;
+/// Destinations among which those of a slice are chosen: enough to find some with about as many
+/// entries, few enough that the sources near to them stay in the nearest cache from slice to slice.
+constexpr std::size_t kWindow = 64;
 
 constexpr std::uint32_t divided_up(std::uint32_t count, std::uint32_t by) {
   return (count + by - 1) / by;
@@ -27,17 +28,23 @@ std::uint32_t span_width(std::uint32_t groups, std::uint32_t spans, std::uint32_
   return std::clamp(divided_up(divided_up(groups, spans), kSlice) * kSlice, kSlice, widest);
 }
 
+/// Factors of 0 from the empty place behind the sources of the panel.
+template <class Index>
+Octet<Index> empty_octet(std::size_t groups, const Panel<Index>& panel) {
+  const std::size_t last = places_of(groups) - 1 - panel.first_place;
+  Octet<Index> octet{};
+  octet.source.fill(
+      static_cast<Index>(std::min<std::size_t>(last, std::numeric_limits<Index>::max())));
+  return octet;
+}
+
 }  // namespace
 
 ViewFactorGatherer::ViewFactorGatherer(std::int32_t groups)
     : groups_(static_cast<std::uint32_t>(groups)),
       width_(span_width(groups_, kSpans, kWidest)),
-      panels_(std::max(divided_up(groups_, kPanelSources), 1U)),
-      shift_(kPanelBits) {
-  if (panels_ > kMostPanels) {
-    panels_ = 1;
-    shift_ = 31;
-  }
+      panels_(std::max(divided_up(groups_, kPanelSources), 1U)) {
+  if (panels_ > kMostPanels) panels_ = 1;
   spans_.resize(divided_up(groups_, width_));
   counts_.resize(std::size_t{groups_} * panels_);
   reached_.resize(groups_);
@@ -61,7 +68,6 @@ void ViewFactorGatherer::join_counts() {
   }
   counts_.resize(groups_);
   panels_ = 1;
-  shift_ = 31;
 }
 
 std::uint32_t ViewFactorGatherer::count(std::uint32_t destination, std::size_t panel) const {
@@ -99,7 +105,7 @@ std::vector<std::uint32_t> ViewFactorGatherer::ranked(std::size_t begin, std::si
 template <class Index>
 void ViewFactorGatherer::lay_out(frame::Crew& crew, std::size_t index, Panel<Index>& panel) const {
   const std::size_t slices = divided_up(groups_, kAbreast);
-  panel.first_source = index << kPanelBits;
+  panel.first_place = index * kPanelPlaces;
   panel.destination.resize(slices * kAbreast);
   panel.first.resize(slices + 1);
   crew.each(spans_.size(), 1, [&](std::size_t n) {
@@ -126,7 +132,8 @@ std::vector<Panel<Index>> ViewFactorGatherer::panels(frame::Crew& crew) {
     // The table grows span by span, within the memory reserved, so that its pages are taken only
     // as those of the pages are given back.
     for (Panel<Index>& panel : panels) {
-      panel.octets.resize(panel.first[std::min(last * slices, panel.slices())]);
+      panel.octets.resize(panel.first[std::min(last * slices, panel.slices())],
+                          empty_octet(groups_, panel));
     }
     crew.each(last - first, 1, [&](std::size_t n) { sort_span(first + n, panels); });
   }
@@ -151,10 +158,10 @@ void ViewFactorGatherer::sort_span(std::size_t index, std::vector<Panel<Index>>&
     const std::size_t count = page == span.pages.back() ? span.filled : kPageEntries;
     for (std::size_t k = 0; k < count; ++k) {
       const std::uint32_t source = page->source[k];
-      const std::size_t p = source >> shift_;
+      const std::size_t p = panel_of(source);
       auto& [at, lane] = next[std::size_t{page->place[k]} * panels_ + p];
       Octet<Index>& octet = panels[p].octets[at++];
-      octet.source[lane] = static_cast<Index>(source - panels[p].first_source);
+      octet.source[lane] = static_cast<Index>(place_of(source) - panels[p].first_place);
       octet.factor[lane] = page->factor[k];
     }
     page.reset();

@@ -30,7 +30,7 @@ class ViewFactorGatherer {
     page.source[span.filled] = static_cast<std::uint32_t>(source);
     page.factor[span.filled] = factor;
     page.place[span.filled++] = static_cast<std::uint16_t>(d % width_);
-    const auto panel = static_cast<std::uint8_t>(static_cast<std::uint32_t>(source) >> shift_);
+    const auto panel = static_cast<std::uint8_t>(panel_of(static_cast<std::uint32_t>(source)));
     in_order_ = in_order_ && panel >= reached_[d];
     reached_[d] = panel;
     ++counts_[std::size_t{d} * panels_ + panel];
@@ -53,6 +53,9 @@ class ViewFactorGatherer {
     std::size_t filled = kPageEntries;  // of the last page
   };
   static void open_page(Span& span);
+  [[nodiscard]] std::uint32_t panel_of(std::uint32_t source) const {
+    return panels_ == 1 ? 0 : source / kPanelSources;
+  }
   [[nodiscard]] bool worth_panels() const;
   void join_counts();
   [[nodiscard]] std::vector<std::uint32_t> ranked(std::size_t begin, std::size_t end,
@@ -68,7 +71,6 @@ class ViewFactorGatherer {
   std::uint32_t groups_;
   std::uint32_t width_;   // destinations of a span, whole slices
   std::uint32_t panels_;  // 1: one panel for all sources
-  std::uint32_t shift_;   // source >> shift_ is its panel
   bool in_order_ = true;  // each destination has come panel by panel
   std::vector<Span> spans_;
   std::vector<std::uint32_t> counts_;  // entries of each destination, panel by panel
