@@ -18,8 +18,8 @@ namespace check {
 
 namespace {
 
-/// The surface run, whose files `file_name` lists.
-void check_surface(frame::Log& log, frame::UnitTable& units) {
+/// The surface run, whose files `file_name` lists; returns the names that the list tells.
+frame::FileNames check_surface(frame::Log& log, frame::UnitTable& units) {
   frame::Findings& findings = log.findings();
   frame::ProcessLayer layer;
   frame::Crew crew(frame::hands_wanted(log));
@@ -32,15 +32,19 @@ void check_surface(frame::Log& log, frame::UnitTable& units) {
   }
   drop_consequences(parts, findings);
   find_places(parts, *run, findings);
+  return parts.files;
 }
 
 /// The runs that a directory is for: both programs have a list of files, mostly one is there.
 void check_files(frame::Log& log, const std::string& directory) {
   frame::UnitTable units(directory);
   const bool flow = std::filesystem::exists(units.path_of("flow_file_name"));
-  if (!flow || std::filesystem::exists(units.path_of("file_name"))) check_surface(log, units);
+  frame::FileNames files;
+  if (!flow || std::filesystem::exists(units.path_of("file_name"))) {
+    files = check_surface(log, units);
+  }
   frame::UnitTable flow_units(directory);
-  if (flow) read_flow(log, flow_units);
+  if (flow) read_flow(log, flow_units, files);
 }
 
 void tell_end(const frame::Findings& findings, std::ostream& out) {

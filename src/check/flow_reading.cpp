@@ -1,5 +1,7 @@
 #include "check/flow_reading.hpp"
 
+#include <algorithm>
+#include <filesystem>
 #include <memory>
 
 #include "check/whole.hpp"
@@ -31,6 +33,15 @@ void place_names(const frame::UnitTable& units, const flow::FileNames& names, st
   }
 }
 
+/// Leaves out the results of a surface run that is still to come.
+void leave_out_results(const frame::UnitTable& units, const frame::FileNames& surface,
+                       flow::FileNames& names) {
+  for (const flow::FileRow row : {flow::kSurfTemp, flow::kBldLoad}) {
+    const bool there = std::filesystem::exists(units.path_of(names[row]));
+    if (!there && std::ranges::find(surface, names[row]) != surface.end()) names[row].clear();
+  }
+}
+
 void read_records(flow::Desk& desk, flow::Run& run) {
   frame::Log& log = desk.log;
   flow::Settings& settings = run.settings;
@@ -52,10 +63,11 @@ void read_records(flow::Desk& desk, flow::Run& run) {
 
 }  // namespace
 
-void read_flow(frame::Log& log, frame::UnitTable& units) {
+void read_flow(frame::Log& log, frame::UnitTable& units, const frame::FileNames& surface) {
   const std::size_t first = log.findings().all().size();
   flow::FileNames names;
   frame::attempt(log, [&] { names = flow::read_file_names(log, units); });
+  leave_out_results(units, surface, names);
   frame::GridSize size;
   const bool sized = units.has_input(frame::kUnitControl) && whole(log, [&] {
                        size = frame::read_grid_size(log, units.input(frame::kUnitControl));

@@ -4,12 +4,14 @@
 // into. Called by the check of a directory that has a flow_file_name.
 #pragma once
 
+#include "driver/file_table.hpp"
 #include "frame/log.hpp"
 #include "frame/unit_table.hpp"
 
 namespace check {
 
-/// Reads all that `flow_file_name` in the directory of `units` lists.
-void read_flow(frame::Log& log, frame::UnitTable& units);
+/// Reads all that `flow_file_name` in the directory of `units` lists. Files of `surface`, the list
+/// of the surface run beside it, may lack: that run writes them first.
+void read_flow(frame::Log& log, frame::UnitTable& units, const frame::FileNames& surface);
 
 }  // namespace check

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <sstream>
 
+#include "check/check.hpp"
 #include "run_case.hpp"
 #include "run_parts.hpp"
 #include "scene/open_air.hpp"
@@ -202,6 +204,8 @@ TEST(CaseFlow, CarriesTheHeatOfTheSurfacesAway) {
   const TempFolder folder;
   write_run(parts.run(), folder.path());
   const run_case::RunCase run(folder.path());
+  std::ostringstream said;  // of results that the flow takes and that are still to come as well
+  EXPECT_EQ(check::check_run(run.path().string(), false, said), 0) << said.str();
   ASSERT_EQ(run.run().status, 0);
   const run_case::Outcome outcome = run.run(TOWNSKIN_FLOW_PROGRAM);
   ASSERT_EQ(outcome.status, 0) << outcome.err;
