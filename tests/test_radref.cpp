@@ -111,6 +111,11 @@ TEST(Exchange, EqualsItsPlainFormToTheLastBit) {
       together.solve(exchange, three, wide, true);
       narrow.solve(exchange, one, common, true);
       apart.solve(exchange, one, wide, false);
+      const auto& groups_of = exchange.raddat.pgx;
+      for (std::size_t i = 0; i < groups_of.size() && step == 0; ++i) {
+        const auto g = static_cast<std::size_t>(groups_of[i]);
+        ASSERT_EQ(wide.two.now(g)[1] / wide.area[g], plain.J[1][i]);
+      }
       for (const ExchangeState* fast : {&together, &narrow, &apart}) {
         for (std::size_t b = 0; b < 2; ++b) {
           ASSERT_TRUE(same(fast->incident[b], plain.incident[b])) << groups << ' ' << step;

@@ -31,8 +31,6 @@ void note_exchange(const tsrf_module_raddat::Data& raddat, Data& data) {
 void add_exchange(frame::Crew& crew, const tsrf_module_patch::Data& patch,
                   const tsrf_module_raddat::Data& raddat, const tsrf_module_radref::Work& exchange,
                   double dt, Data& data) {
-  const auto& J = exchange.two.J;
-  const auto& before = exchange.two.J_next;  // what the last sweep went out from
   crew.each(data.exchange.size(), 1, [&](std::size_t block) {
     std::array<Exchange, 2> sums{};
     const std::size_t last = std::min((block + 1) * kBlock, data.group_sent.size());
@@ -40,10 +38,12 @@ void add_exchange(frame::Crew& crew, const tsrf_module_patch::Data& patch,
       const double sky = data.group_sky[g];
       const double sent = data.group_sent[g];
       const double nowhere = (1.0 - sky) - sent;
+      const auto& J = exchange.two.now(g);
+      const auto& before = exchange.two.before(g);
       for (std::size_t band = 0; band < sums.size(); ++band) {
-        sums[band].to_sky += sky * J[g][band];
-        sums[band].table += nowhere * J[g][band];
-        sums[band].sweeps += sent * (J[g][band] - before[g][band]);
+        sums[band].to_sky += sky * J[band];
+        sums[band].table += nowhere * J[band];
+        sums[band].sweeps += sent * (J[band] - before[band]);
       }
     }
     for (std::size_t band = 0; band < sums.size(); ++band) {

@@ -4,13 +4,13 @@
 #include <cmath>
 #include <string>
 
+#include "account/balance.hpp"
 #include "frame/numbers.hpp"
 
 namespace tsrf_module_account {
 
 namespace {
 
-constexpr double kJoulesPerKilowattHour = 3.6e6;
 constexpr double kSecondsPerDay = 86400.0;
 
 constexpr std::array<std::string_view, kKinds> kKindNames{
@@ -44,52 +44,6 @@ struct Totals {
   }
 };
 
-/// Appends `text` and blanks up to `width`.
-void append_padded(std::string& out, std::string_view text, std::size_t width) {
-  out += text;
-  out.append(text.size() < width ? width - text.size() : 0, ' ');
-  out += ' ';
-}
-
-/// The rows of one balance.
-class Balance {
- public:
-  Balance(frame::Log& log, frame::TextOutput& file, const Data& data, std::string_view name,
-          std::string_view whose, double area)
-      : log_(log), file_(file), data_(data), name_(name), whose_(whose), area_(area) {}
-
-  /// A gain, or a negative loss [J].
-  void term(std::string_view name, double value) {
-    sum_ += value;
-    row(name, value);
-  }
-  void close() { row("remainder", sum_); }
-
- private:
-  void row(std::string_view name, double value) {
-    std::string& out = file_.buffer();
-    const double kWh = value / kJoulesPerKilowattHour;
-    frame::append_int(out, std::llround(std::floor(data_.from / kSecondsPerDay)) + 1, 6);
-    frame::append_int(out, std::llround(data_.seconds), 7);
-    out += "  ";
-    append_padded(out, name_, 9);
-    append_padded(out, whose_, 9);
-    append_padded(out, name, 24);
-    frame::append_e13(out, kWh, 10);
-    out += ' ';
-    frame::append_e13(out, area_ > 0.0 ? kWh / area_ : 0.0, 5);
-    out += '\n';
-    file_.row_done(log_);
-  }
-
-  frame::Log& log_;
-  frame::TextOutput& file_;
-  const Data& data_;
-  std::string_view name_, whose_;
-  double area_;
-  double sum_ = 0.0;
-};
-
 /// Where a statement goes, and of what.
 struct Page {
   frame::Log& log;
@@ -102,9 +56,8 @@ struct Page {
   }
 };
 
-void write_surface(const Page& page, Kind kind) {
-  const Flows& of = page.sums.of[kind];
-  Balance b = page.open("surface", kKindNames[kind], page.data.area[kind]);
+/// What falls on the patches of a kind, less what they reflect.
+void add_incident(Balance& b, const Flows& of) {
   b.term("beam", of[kBeam]);
   b.term("sky_light", of[kSkyLight]);
   b.term("neighbours_light", of[kLight] - of[kBeam] - of[kSkyLight]);
@@ -112,6 +65,12 @@ void write_surface(const Page& page, Kind kind) {
   b.term("sky_longwave", of[kSkyLongwave]);
   b.term("neighbours_longwave", of[kLongwave] - of[kSkyLongwave]);
   b.term("reflected_longwave", of[kAbsorbedLongwave] - of[kLongwave]);
+}
+
+void write_surface(const Page& page, Kind kind) {
+  const Flows& of = page.sums.of[kind];
+  Balance b = page.open("surface", kKindNames[kind], page.data.area[kind]);
+  add_incident(b, of);
   b.term("emission", -of[kEmission]);
   b.term("convection", of[kConvection]);
   b.term("evaporation", of[kLatent]);
@@ -134,13 +93,7 @@ void write_column(const Page& page, Kind kind) {
 void write_held(const Page& page, Kind kind) {
   const Flows& of = page.sums.of[kind];
   Balance b = page.open("held", kKindNames[kind], page.data.area[kind]);
-  b.term("beam", of[kBeam]);
-  b.term("sky_light", of[kSkyLight]);
-  b.term("neighbours_light", of[kLight] - of[kBeam] - of[kSkyLight]);
-  b.term("reflected_light", of[kAbsorbedLight] - of[kLight]);
-  b.term("sky_longwave", of[kSkyLongwave]);
-  b.term("neighbours_longwave", of[kLongwave] - of[kSkyLongwave]);
-  b.term("reflected_longwave", of[kAbsorbedLongwave] - of[kLongwave]);
+  add_incident(b, of);
   b.term("emission", -of[kSource]);
   b.term("given_up", of[kSource] - of[kAbsorbedLight] - of[kAbsorbedLongwave]);
   b.close();

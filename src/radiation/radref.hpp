@@ -38,6 +38,14 @@ struct Work {
     Powers<Bands> gathered;  // G
     Powers<Bands> J;         // radiosity before a sweep, by place (see view_factor_panels.hpp)
     Powers<Bands> J_next;    // and behind it
+
+    /// What leaves group g behind the last sweep, and what left it before.
+    [[nodiscard]] const std::array<double, Bands>& now(std::size_t g) const {
+      return J[tsrf_module_raddat::place_of(g)];
+    }
+    [[nodiscard]] const std::array<double, Bands>& before(std::size_t g) const {
+      return J_next[tsrf_module_raddat::place_of(g)];
+    }
   };
   std::vector<double> area;  // A
   OfBands<1> one;
