@@ -6,12 +6,11 @@
 
 #include "account/balance.hpp"
 #include "frame/numbers.hpp"
+#include "inputs/calendar.hpp"
 
 namespace tsrf_module_account {
 
 namespace {
-
-constexpr double kSecondsPerDay = 86400.0;
 
 constexpr std::array<std::string_view, kKinds> kKindNames{
     "ground", "walls", "roofs", "windows", "water", "panels", "leaves", "mirrors", "far", "other"};
@@ -115,29 +114,21 @@ void write_kinds(const Page& page) {
   }
 }
 
-/// The exchange in both bands: what came from sky and sun, and where it stayed.
-void write_exchange(const Page& page) {
-  const auto& [of, all, exchange, rooms, leaves] = page.sums;
-  Balance light = page.open("light", "district", page.data.plan);
-  light.term("beam", all[kBeam]);
-  light.term("sky", all[kSkyLight]);
-  light.term("to_sky", -exchange[1].to_sky);
+/// A band of the exchange: what came from outside, and where it stayed. The flows are what the sky
+/// sends, what patches give the exchange and what they absorb.
+void write_band(const Page& page, std::string_view name, const Exchange& band, Flow sky,
+                Flow source, Flow absorbed) {
+  Balance b = page.open(name, "district", page.data.plan);
+  if (sky == kSkyLight) b.term("beam", page.sums.all[kBeam]);
+  b.term("sky", page.sums.all[sky]);
+  b.term("to_sky", -band.to_sky);
   for (std::size_t k = 0; k < kKinds; ++k) {
-    if (there(page, k)) light.term(kKindNames[k], of[k][kSourceLight] - of[k][kAbsorbedLight]);
+    const Flows& of = page.sums.of[k];
+    if (there(page, k)) b.term(kKindNames[k], of[source] - of[absorbed]);
   }
-  light.term("view_factors", -exchange[1].table);
-  light.term("sweeps", -exchange[1].sweeps);
-  light.close();
-
-  Balance longwave = page.open("longwave", "district", page.data.plan);
-  longwave.term("sky", all[kSkyLongwave]);
-  longwave.term("to_sky", -exchange[0].to_sky);
-  for (std::size_t k = 0; k < kKinds; ++k) {
-    if (there(page, k)) longwave.term(kKindNames[k], of[k][kSource] - of[k][kAbsorbedLongwave]);
-  }
-  longwave.term("view_factors", -exchange[0].table);
-  longwave.term("sweeps", -exchange[0].sweeps);
-  longwave.close();
+  b.term("view_factors", -band.table);
+  b.term("sweeps", -band.sweeps);
+  b.close();
 }
 
 void write_rooms(const Page& page) {
@@ -311,7 +302,7 @@ void write_heading(frame::Log& log, frame::TextOutput& file, std::string_view da
   frame::append_number(out, data.from + data.seconds);
   out += " s";
   if (!date.empty()) (out += ", ") += date;
-  if (std::fabs(data.seconds - kSecondsPerDay) > 0.5) out += ", no whole day";
+  if (std::fabs(data.seconds - tsrf_module_calendar::kSecondsPerDay) > 0.5) out += ", no whole day";
   out += '\n';
 }
 
@@ -322,7 +313,8 @@ void write_day(frame::Log& log, frame::TextOutput& file, std::string_view date, 
   const Page page{log, file, data, sums};
   write_heading(log, file, date, data);
   write_district(page);
-  write_exchange(page);
+  write_band(page, "light", sums.exchange[1], kSkyLight, kSourceLight, kAbsorbedLight);
+  write_band(page, "longwave", sums.exchange[0], kSkyLongwave, kSource, kAbsorbedLongwave);
   write_kinds(page);
   if (!data.houses.empty()) write_rooms(page);
   if (!data.leaf_blocks.empty()) write_leaves(page);

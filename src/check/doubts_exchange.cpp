@@ -187,8 +187,7 @@ void look_at_pairs(const Table& table, frame::Findings& findings) {
 
 void doubt_exchange(const Parts& parts, tsrf_main01::Run& run) {
   tsrf_module_raddat::Data& data = run.radiation.raddat;
-  const bool known = !data.view_factors.narrow.empty() || !data.view_factors.wide.empty();
-  if (!parts.exchange || !parts.whole_list || !known) return;
+  if (!parts.exchange || !parts.whole_list || data.view_factors.empty()) return;
   frame::Findings& findings = run.desk.log.findings();
   Rows rows = rows_of(data);
   put_in_order(run.desk.crew, rows);

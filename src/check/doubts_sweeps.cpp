@@ -84,8 +84,8 @@ double missing(double now, double next, double last) {
 
 void doubt_sweeps(const Parts& parts, tsrf_main01::Run& run) {
   const tsrf_module_raddat::Data& raddat = run.radiation.raddat;
-  const bool known = !raddat.view_factors.narrow.empty() || !raddat.view_factors.wide.empty();
-  if (!parts.exchange || !parts.whole_list || !parts.materials || !known) return;
+  if (!parts.exchange || !parts.whole_list || !parts.materials) return;
+  if (raddat.view_factors.empty()) return;
   if (raddat.settings.LCRADS <= 0 || raddat.settings.LOPREF <= 0) return;
   EvenSky town(run);
   const Powers now = town.after(raddat.settings.LOPREF);

@@ -76,6 +76,8 @@ struct ViewFactors {
     for (const auto& panel : wide) each_of(panel, take);
   }
 
+  /// True before it is read.
+  [[nodiscard]] bool empty() const { return narrow.empty() && wide.empty(); }
   /// Bytes of the table.
   [[nodiscard]] std::size_t bytes() const {
     std::size_t sum = 0;
